@@ -1,0 +1,31 @@
+# What every target is compiled with: the language, the warnings, and the checks of the test builds.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+add_library(vardeko_options INTERFACE)
+target_compile_options(vardeko_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_include_directories(vardeko_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
+
+if(WIN32)
+  # Windows 10 is the oldest system supported; STRICT keeps the handle types apart.
+  target_compile_definitions(vardeko_options INTERFACE
+    UNICODE _UNICODE STRICT NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000006)
+  # One file, nothing beside it.
+  target_link_options(vardeko_options INTERFACE -static -municode)
+endif()
+
+if(VARDEKO_CHECKED)
+  # Traps need no sanitizer run-time, which the cross compiler does not have.
+  target_compile_options(vardeko_options INTERFACE
+    -O1 -fsanitize=undefined -fsanitize-undefined-trap-on-error)
+  target_compile_definitions(vardeko_options INTERFACE _GLIBCXX_ASSERTIONS)
+endif()
+
+if(VARDEKO_SANITIZE)
+  target_compile_options(vardeko_options INTERFACE
+    -O1 -fno-omit-frame-pointer -fsanitize=${VARDEKO_SANITIZE} -fno-sanitize-recover=all)
+  target_compile_definitions(vardeko_options INTERFACE _GLIBCXX_ASSERTIONS)
+  target_link_options(vardeko_options INTERFACE -fsanitize=${VARDEKO_SANITIZE})
+endif()

@@ -1,0 +1,89 @@
+// The list of source folders that a copy run works through.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+// One source folder and how it is copied. A field without a value is one the table file marks so; it
+// counts as false or empty.
+struct SourceFolderRow {
+    std::optional<bool> Aktive;             // takes part in copy runs and in reindexing
+    std::optional<std::wstring> Directory;  // at most 255 characters
+    std::optional<bool> Rekursiv;           // with its sub-folders
+    std::optional<std::wstring> Extensions;     // separated by commas, with their dots; at most 255 characters
+    std::optional<std::wstring> ExtensionMode;  // "NO", "IN" or "EX"; at most 5 characters
+    std::optional<bool> History;  // keep earlier copies under numbered names
+    std::optional<bool> Hidden;   // hidden folders too
+
+    friend bool operator==(const SourceFolderRow&, const SourceFolderRow&) = default;
+};
+
+// The source-folder table: rows in the order of insertion, a cursor that stands on one of them, and an edit
+// state. Changes are made to a working copy of the current row and reach the table when they are posted.
+class TSourceFolderTable {
+public:
+    enum class TState { Closed, Browse, Edit, Insert };
+
+    bool IsOpen() const { return state_ != TState::Closed; }
+    TState State() const { return state_; }
+    void Open();
+    // Drops the rows, an edit in progress included.
+    void Close();
+
+    std::size_t RecordCount() const { return rows_.size(); }
+    bool IsEmpty() const { return rows_.empty(); }
+    const std::vector<SourceFolderRow>& Rows() const { return rows_; }
+
+    // The cursor. Moving it posts an edit in progress. Eof is true behind the last row and for an empty
+    // table.
+    void First();
+    void Next();
+    void MoveTo(std::size_t row);
+    bool Eof() const { return eof_; }
+    std::size_t RowNumber() const { return row_; }
+
+    // The current row as its editor sees it: the working copy while one exists. An empty row when the table
+    // is empty and nothing is being inserted.
+    const SourceFolderRow& Current() const;
+    // The automatic number of a row, never used twice while the table is open; 0 when there is no such row.
+    std::uint64_t RecId(std::size_t row) const;
+
+    // Edit of an empty table begins an insertion. Append adds behind the last row, Insert before the current
+    // one. Post and Cancel without an edit do nothing.
+    void Edit();
+    void Append();
+    void Insert();
+    void Post();
+    void Cancel();
+    void Delete();
+    // The working copy, for the duration of an edit; changing it outside of one is a programming error.
+    SourceFolderRow& Working();
+
+    // Whether the rows differ from what was last loaded or saved.
+    bool Modified() const { return modified_; }
+    void SetModified(bool modified) { modified_ = modified; }
+
+    // Replaces all rows, as loading does; the cursor stands on the first.
+    void Assign(std::vector<SourceFolderRow> rows);
+
+    // Called after every change of rows, cursor or state.
+    void SetChangeHandler(std::function<void()> handler) { changed_ = std::move(handler); }
+
+private:
+    void Changed() const;
+
+    std::vector<SourceFolderRow> rows_;
+    std::vector<std::uint64_t> recIds_;
+    std::uint64_t nextRecId_ = 1;
+    std::size_t row_ = 0;
+    bool eof_ = true;
+    TState state_ = TState::Closed;
+    SourceFolderRow working_;
+    std::size_t insertAt_ = 0;
+    bool modified_ = false;
+    std::function<void()> changed_;
+};

@@ -1,0 +1,170 @@
+#include "support/file_access.h"
+
+#include <algorithm>
+
+#include "support/path_text.h"
+
+namespace {
+
+constexpr DWORD kLargestTransfer = 16 * 1024 * 1024;
+
+// A file opened through the table of platform calls, closed through it too.
+class TOpenFile {
+public:
+    TOpenFile(const TPlatformCalls& calls, std::wstring_view path, DWORD access, DWORD sharing,
+              DWORD disposition)
+        : calls_(calls),
+          handle_(calls.CreateFileW(ExtendedPath(path).c_str(), access, sharing, nullptr, disposition,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr)),
+          openError_(handle_ == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS) {}
+    TOpenFile(const TOpenFile&) = delete;
+    TOpenFile& operator=(const TOpenFile&) = delete;
+    ~TOpenFile() {
+        if (handle_ != INVALID_HANDLE_VALUE) {
+            calls_.CloseHandle(handle_);
+        }
+    }
+
+    TErrorCode OpenError() const { return openError_; }
+    HANDLE Get() const { return handle_; }
+
+    TErrorCode Write(std::string_view bytes) const {
+        while (!bytes.empty()) {
+            const auto size = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), kLargestTransfer));
+            DWORD written = 0;
+            if (!calls_.WriteFile(handle_, bytes.data(), size, &written, nullptr)) {
+                return GetLastError();
+            }
+            if (written == 0) {
+                return ERROR_WRITE_FAULT;
+            }
+            bytes.remove_prefix(written);
+        }
+        return ERROR_SUCCESS;
+    }
+
+    TErrorCode Flush() const {
+        return calls_.FlushFileBuffers(handle_) ? ERROR_SUCCESS : GetLastError();
+    }
+
+private:
+    const TPlatformCalls& calls_;
+    HANDLE handle_;
+    TErrorCode openError_;
+};
+
+TErrorCode WriteBeside(const TPlatformCalls& calls, const std::wstring& path,
+                       const std::function<TErrorCode(const TByteSink&)>& write) {
+    const TOpenFile file(calls, path, GENERIC_WRITE, 0, CREATE_ALWAYS);
+    if (file.OpenError() != ERROR_SUCCESS) {
+        return file.OpenError();
+    }
+    if (const TErrorCode error = write([&file](std::string_view bytes) { return file.Write(bytes); })) {
+        return error;
+    }
+    return file.Flush();
+}
+
+}  // namespace
+
+std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& calls, std::wstring_view path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (!calls.GetFileAttributesExW(ExtendedPath(path).c_str(), GetFileExInfoStandard, &data)) {
+        return std::nullopt;
+    }
+    return data;
+}
+
+bool FileExists(const TPlatformCalls& calls, std::wstring_view path) {
+    const auto data = QueryAttributes(calls, path);
+    return data && (data->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+bool FolderExists(const TPlatformCalls& calls, std::wstring_view path) {
+    const auto data = QueryAttributes(calls, path);
+    return data && (data->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
+    if (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr)) {
+        return true;
+    }
+    const TErrorCode error = GetLastError();
+    if (error == ERROR_ALREADY_EXISTS) {
+        return FolderExists(calls, path);
+    }
+    if (error != ERROR_PATH_NOT_FOUND) {
+        return false;
+    }
+    const std::wstring_view parent = RemoveTrailingSeparator(FolderPart(path));
+    if (parent.size() <= DrivePart(path).size() || parent.size() >= path.size()) {
+        return false;
+    }
+    return CreateFolders(calls, parent) && (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr) ||
+                                            FolderExists(calls, path));
+}
+
+TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, std::string& bytes) {
+    bytes.clear();
+    const TOpenFile file(calls, path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                         OPEN_EXISTING);
+    if (file.OpenError() != ERROR_SUCCESS) {
+        return file.OpenError();
+    }
+    LARGE_INTEGER size{};
+    if (!calls.GetFileSizeEx(file.Get(), &size)) {
+        return GetLastError();
+    }
+    bytes.resize(static_cast<std::size_t>(size.QuadPart));
+    std::size_t filled = 0;
+    while (filled < bytes.size()) {
+        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size() - filled, kLargestTransfer));
+        DWORD received = 0;
+        if (!calls.ReadFile(file.Get(), bytes.data() + filled, wanted, &received, nullptr)) {
+            return GetLastError();
+        }
+        if (received == 0) {
+            break;
+        }
+        filled += received;
+    }
+    bytes.resize(filled);
+    return ERROR_SUCCESS;
+}
+
+TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
+                            const std::function<TErrorCode(const TByteSink&)>& write) {
+    const std::wstring beside = std::wstring(path) + L".new";
+    TErrorCode error = WriteBeside(calls, beside, write);
+    if (error == ERROR_SUCCESS) {
+        const auto old = QueryAttributes(calls, path);
+        if (old && (old->dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
+            // A read-only file cannot be replaced by a rename.
+            calls.SetFileAttributesW(ExtendedPath(path).c_str(), FILE_ATTRIBUTE_NORMAL);
+        }
+        if (!calls.MoveFileExW(ExtendedPath(beside).c_str(), ExtendedPath(path).c_str(),
+                               MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+            error = GetLastError();
+        }
+    }
+    if (error != ERROR_SUCCESS) {
+        calls.DeleteFileW(ExtendedPath(beside).c_str());
+    }
+    return error;
+}
+
+TErrorCode AppendToFile(const TPlatformCalls& calls, std::wstring_view path, std::string_view bytes) {
+    for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS}) {
+        const TOpenFile file(calls, path, GENERIC_WRITE, FILE_SHARE_READ, disposition);
+        if (file.OpenError() == ERROR_SUCCESS) {
+            if (!calls.SetFilePointerEx(file.Get(), LARGE_INTEGER{}, nullptr, FILE_END)) {
+                return GetLastError();
+            }
+            return file.Write(bytes);
+        }
+        if (disposition == CREATE_ALWAYS) {
+            return file.OpenError();
+        }
+    }
+    return ERROR_SUCCESS;
+}

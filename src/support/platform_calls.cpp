@@ -1,0 +1,27 @@
+#include "support/platform_calls.h"
+
+const TPlatformCalls& SystemPlatformCalls() {
+    static const TPlatformCalls calls{
+        .FindFirstFileExW = &::FindFirstFileExW,
+        .FindNextFileW = &::FindNextFileW,
+        .FindClose = &::FindClose,
+        .GetFileAttributesExW = &::GetFileAttributesExW,
+        .SetFileAttributesW = &::SetFileAttributesW,
+        .CopyFileExW = &::CopyFileExW,
+        .MoveFileW = &::MoveFileW,
+        .MoveFileExW = &::MoveFileExW,
+        .DeleteFileW = &::DeleteFileW,
+        .CreateDirectoryW = &::CreateDirectoryW,
+        .CreateFileW = &::CreateFileW,
+        .ReadFile = &::ReadFile,
+        .WriteFile = &::WriteFile,
+        .SetFilePointerEx = &::SetFilePointerEx,
+        .GetFileSizeEx = &::GetFileSizeEx,
+        .GetFileInformationByHandle = &::GetFileInformationByHandle,
+        .FlushFileBuffers = &::FlushFileBuffers,
+        .SetFileTime = &::SetFileTime,
+        .CloseHandle = &::CloseHandle,
+        .SendMessageW = &::SendMessageW,
+    };
+    return calls;
+}

@@ -1,0 +1,35 @@
+// The platform calls that a test must be able to fail, slow down, count or fake.
+#pragma once
+
+#include <windows.h>
+
+// One function pointer per call, with the platform's own signature. Code that copies, lists or saves gets
+// the table passed in; the program passes SystemPlatformCalls(), a test its own.
+struct TPlatformCalls {
+    // Files and folders.
+    decltype(&::FindFirstFileExW) FindFirstFileExW;
+    decltype(&::FindNextFileW) FindNextFileW;
+    decltype(&::FindClose) FindClose;
+    decltype(&::GetFileAttributesExW) GetFileAttributesExW;
+    decltype(&::SetFileAttributesW) SetFileAttributesW;
+    decltype(&::CopyFileExW) CopyFileExW;
+    decltype(&::MoveFileW) MoveFileW;
+    decltype(&::MoveFileExW) MoveFileExW;
+    decltype(&::DeleteFileW) DeleteFileW;
+    decltype(&::CreateDirectoryW) CreateDirectoryW;
+    decltype(&::CreateFileW) CreateFileW;
+    decltype(&::ReadFile) ReadFile;
+    decltype(&::WriteFile) WriteFile;
+    decltype(&::SetFilePointerEx) SetFilePointerEx;
+    decltype(&::GetFileSizeEx) GetFileSizeEx;
+    decltype(&::GetFileInformationByHandle) GetFileInformationByHandle;
+    decltype(&::FlushFileBuffers) FlushFileBuffers;
+    decltype(&::SetFileTime) SetFileTime;
+    decltype(&::CloseHandle) CloseHandle;
+
+    // Windows.
+    decltype(&::SendMessageW) SendMessageW;
+};
+
+// The table of the real functions.
+const TPlatformCalls& SystemPlatformCalls();
