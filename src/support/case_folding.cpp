@@ -29,7 +29,9 @@ const TUpperCaseTable& UpperCaseTable() {
 
 }  // namespace
 
-wchar_t UpperCaseOf(wchar_t letter) { return UpperCaseTable()[static_cast<std::uint16_t>(letter)]; }
+wchar_t UpperCaseOf(wchar_t letter) {
+    return UpperCaseTable()[static_cast<std::uint16_t>(letter)];
+}
 
 std::wstring FoldedCase(std::wstring_view text) {
     const TUpperCaseTable& table = UpperCaseTable();

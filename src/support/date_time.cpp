@@ -19,8 +19,8 @@ TDateTime ToDateTime(const TCalendarTime& time) {
     if (!date.ok() || !clockIsValid) {
         return {};
     }
-    const auto sinceMidnight = hours{time.hour} + minutes{time.minute} + seconds{time.second} +
-                               milliseconds{time.millisecond};
+    const auto sinceMidnight =
+        hours{time.hour} + minutes{time.minute} + seconds{time.second} + milliseconds{time.millisecond};
     return {duration_cast<milliseconds>(sys_days{date} - kDayZero + sinceMidnight).count()};
 }
 

@@ -11,7 +11,9 @@ bool IsDriveLetter(wchar_t letter) {
     return (letter >= L'A' && letter <= L'Z') || (letter >= L'a' && letter <= L'z');
 }
 
-bool IsSeparator(wchar_t letter) { return letter == L'\\' || letter == L'/'; }
+bool IsSeparator(wchar_t letter) {
+    return letter == L'\\' || letter == L'/';
+}
 
 bool StartsWithTwoSeparators(std::wstring_view path) {
     return path.size() >= 2 && IsSeparator(path[0]) && IsSeparator(path[1]);
@@ -71,7 +73,9 @@ std::wstring_view FolderPart(std::wstring_view path) {
     return last == std::wstring_view::npos ? std::wstring_view{} : path.substr(0, last + 1);
 }
 
-std::wstring_view FileNamePart(std::wstring_view path) { return path.substr(FolderPart(path).size()); }
+std::wstring_view FileNamePart(std::wstring_view path) {
+    return path.substr(FolderPart(path).size());
+}
 
 std::wstring_view ExtensionPart(std::wstring_view path) {
     const std::wstring_view name = FileNamePart(path);

@@ -28,5 +28,6 @@ std::wstring NumberedName(std::wstring_view path, std::uint64_t number);
 // "\\?\UNC\server\share\...". That form is taken literally by the system, so "/" is turned into "\",
 // doubled separators are joined and "." and ".." are resolved first; a bare drive "X:" means its root.
 // A path that is relative, or already in this form, is returned as it is.
-// See "Maximum Path Length Limitation" and "Naming Files, Paths, and Namespaces" in the Windows documentation.
+// See "Maximum Path Length Limitation" and "Naming Files, Paths, and Namespaces" in the Windows
+// documentation.
 std::wstring ExtendedPath(std::wstring_view path);

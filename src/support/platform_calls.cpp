@@ -21,6 +21,8 @@ const TPlatformCalls& SystemPlatformCalls() {
         .FlushFileBuffers = &::FlushFileBuffers,
         .SetFileTime = &::SetFileTime,
         .CloseHandle = &::CloseHandle,
+        .WNetAddConnection2W = &::WNetAddConnection2W,
+        .WNetCancelConnection2W = &::WNetCancelConnection2W,
         .SendMessageW = &::SendMessageW,
     };
     return calls;

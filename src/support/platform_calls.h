@@ -27,6 +27,10 @@ struct TPlatformCalls {
     decltype(&::SetFileTime) SetFileTime;
     decltype(&::CloseHandle) CloseHandle;
 
+    // Network connections.
+    decltype(&::WNetAddConnection2W) WNetAddConnection2W;
+    decltype(&::WNetCancelConnection2W) WNetCancelConnection2W;
+
     // Windows.
     decltype(&::SendMessageW) SendMessageW;
 };

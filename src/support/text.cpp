@@ -7,8 +7,12 @@ namespace {
 constexpr wchar_t kReplacementCharacter = 0xFFFD;
 constexpr bool kUnitsAreUtf16 = sizeof(wchar_t) == 2;
 
-bool IsHighSurrogate(char32_t value) { return value >= 0xD800 && value < 0xDC00; }
-bool IsLowSurrogate(char32_t value) { return value >= 0xDC00 && value < 0xE000; }
+bool IsHighSurrogate(char32_t value) {
+    return value >= 0xD800 && value < 0xDC00;
+}
+bool IsLowSurrogate(char32_t value) {
+    return value >= 0xDC00 && value < 0xE000;
+}
 
 void AppendCodePoint(std::wstring& text, char32_t value) {
     if (kUnitsAreUtf16 && value > 0xFFFF) {

@@ -1,0 +1,38 @@
+#include "config/credential_protection.h"
+
+#include <stdexcept>
+
+#include "support/rw_csp.h"
+
+namespace {
+
+constexpr std::wstring_view kPassPhrase = L"5D1E2A90-7B3C-4E8F-9A61-0C2B7D4E3F18";
+
+TRwCspKeyReference ProtectionKey(TRwCSP& csp) {
+    csp.ActivateDefaultProvider(PROV_RSA_AES);
+    return csp.DeriveKey(CALG_AES_256, kPassPhrase, {}, 0);
+}
+
+}  // namespace
+
+std::wstring Protect(std::wstring_view plain) {
+    if (plain.empty()) {
+        return {};
+    }
+    TRwCSP csp;
+    return csp.EncryptString(plain, *ProtectionKey(csp), TRwEncoding::Base64);
+}
+
+std::wstring Unprotect(std::wstring_view protectedText) {
+    if (protectedText.empty()) {
+        return {};
+    }
+    try {
+        TRwCSP csp;
+        return csp.DecryptString(protectedText, *ProtectionKey(csp), TRwEncoding::Base64,
+                                 TRwPadding::Default);
+    } catch (const std::exception& error) {
+        // Callers show the message and need no more of it.
+        throw std::runtime_error(error.what());
+    }
+}

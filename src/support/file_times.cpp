@@ -1,0 +1,44 @@
+#include "support/file_times.h"
+
+#include "support/file_access.h"
+#include "support/path_text.h"
+
+std::optional<TFileTimes> ReadFileTimes(const TPlatformCalls& calls, std::wstring_view path) {
+    const auto data = QueryAttributes(calls, path);
+    if (!data) {
+        return std::nullopt;
+    }
+    return TFileTimes{data->ftCreationTime, data->ftLastAccessTime, data->ftLastWriteTime};
+}
+
+bool WriteFileTimes(const TPlatformCalls& calls, std::wstring_view path, const TFileTimes& times) {
+    const HANDLE file = calls.CreateFileW(ExtendedPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool written = calls.SetFileTime(file, &times.creation, &times.lastAccess, &times.lastWrite) != 0;
+    calls.CloseHandle(file);
+    return written;
+}
+
+TLocalTimeRule::TLocalTimeRule() {
+    GetTimeZoneInformation(&zone_);
+}
+
+TDateTime TLocalTimeRule::ToLocal(const FILETIME& time) const {
+    SYSTEMTIME universal{};
+    SYSTEMTIME local{};
+    if (!FileTimeToSystemTime(&time, &universal) ||
+        !SystemTimeToTzSpecificLocalTime(&zone_, &universal, &local)) {
+        return {};
+    }
+    return ToDateTime({local.wYear, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond,
+                       local.wMilliseconds});
+}
+
+TDateTime LastWriteDateTime(const TPlatformCalls& calls, const TLocalTimeRule& rule, std::wstring_view path) {
+    const auto data = QueryAttributes(calls, path);
+    return data ? rule.ToLocal(data->ftLastWriteTime) : TDateTime{};
+}
