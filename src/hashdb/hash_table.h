@@ -2,22 +2,24 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
-#include <vector>
 
+#include "hashdb/hash_store.h"
 #include "support/date_time.h"
 #include "support/path_digest.h"
 
-// One known source file: the hash of its path, and the date of its copy.
-struct HashRecord {
-    TPathDigest HASH;
-    TDateTime Datum;
-};
-
 // What a look-up needs, frozen: safe to read on any thread while the table goes on changing.
-class THashSnapshot;
+class THashSnapshot {
+public:
+    explicit THashSnapshot(std::shared_ptr<const THashStore> store) : store_(std::move(store)) {}
+
+    // The date of the first record with that HASH; a record whose date has no value counts as 0.
+    std::optional<TDateTime> Find(const TPathDigest& hash) const { return store_->Find(hash); }
+
+private:
+    std::shared_ptr<const THashStore> store_;
+};
 
 // The hash table NasData: records with an index on HASH, compact enough for millions of files. Belongs to
 // the window's thread; another thread reads a snapshot.
@@ -28,32 +30,48 @@ public:
     THashTable& operator=(const THashTable&) = delete;
     ~THashTable();
 
-    bool IsOpen() const;
-    void Open();
+    bool IsOpen() const { return isOpen_; }
+    void Open() { isOpen_ = true; }
     // Drops the records.
     void Close();
 
-    std::size_t RecordCount() const;
+    std::size_t RecordCount() const { return store_->RecordCount(); }
 
-    bool HasIndex() const;
-    // Indexes the table on HASH and keeps it sorted on it. Of records with the same HASH the first in table
-    // order is the one that is found.
-    void AddIndex();
-    void ClearIndex();
+    // With the index the table's order is that of HASH, without it the one in which the records came. Of
+    // records with the same HASH the first in table order is the one that is found, and they keep their
+    // order. Sorting is done when the order is asked for, that is when the file is written.
+    bool HasIndex() const { return hasIndex_; }
+    void AddIndex() { hasIndex_ = true; }
+    void ClearIndex() { hasIndex_ = false; }
 
     // The date of the first record with that HASH; a record whose date has no value counts as 0. Works with
     // and without an index.
-    std::optional<TDateTime> Find(const TPathDigest& hash) const;
+    std::optional<TDateTime> Find(const TPathDigest& hash) const { return store_->Find(hash); }
 
     // Sets the date of the record with that HASH, or appends one.
     void RecordCopiedFile(const TPathDigest& hash, TDateTime date);
     // Appends without looking.
     void Append(const TPathDigest& hash, TDateTime date);
 
-    // Whether records changed since the table was last loaded or saved.
-    bool Modified() const;
-    void SetModified(bool modified);
+    // Replaces all records and opens the table, as loading does.
+    void Assign(THashStore store);
+    const THashStore& Store() const { return *store_; }
 
-    // A look-up copy that costs nothing until the table is next changed.
+    // Whether records changed since the table was last loaded or saved.
+    bool Modified() const { return modified_; }
+    void SetModified(bool modified) { modified_ = modified; }
+
+    // A look-up copy that costs nothing until the table is next changed; that change copies the records.
     std::shared_ptr<const THashSnapshot> Snapshot() const;
+
+private:
+    THashStore& StoreToChange();
+
+    std::shared_ptr<THashStore> store_;
+    // Set once a snapshot was given out, whether or not it still lives: asking who else holds the store
+    // would race with another thread that lets go of it.
+    mutable bool storeIsShared_ = false;
+    bool isOpen_ = false;
+    bool hasIndex_ = false;
+    bool modified_ = false;
 };

@@ -1,6 +1,7 @@
 #include "support/file_access.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "support/path_text.h"
 
@@ -114,7 +115,11 @@ TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, st
     if (!calls.GetFileSizeEx(file.Get(), &size)) {
         return GetLastError();
     }
-    bytes.resize(static_cast<std::size_t>(size.QuadPart));
+    try {
+        bytes.resize(static_cast<std::size_t>(size.QuadPart));
+    } catch (const std::exception&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
     std::size_t filled = 0;
     while (filled < bytes.size()) {
         const auto wanted =

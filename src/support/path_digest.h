@@ -20,5 +20,8 @@ inline constexpr std::size_t kPathHashLength = 64;
 // The digest as 64 upper-case hexadecimal characters, first byte first, high nibble first.
 std::string ToPathHashText(const TPathDigest& digest);
 
+// Writes the same 64 characters to `text`, without a terminator.
+void WritePathHashText(const TPathDigest& digest, char* text);
+
 // The digest of such a text; nothing for any other text, lower-case digits included.
 std::optional<TPathDigest> FromPathHashText(std::string_view text);

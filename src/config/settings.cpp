@@ -1,0 +1,30 @@
+#include "config/settings.h"
+
+#include <stdexcept>
+
+#include "config/ini_file.h"
+#include "config/table_file.h"
+#include "support/case_folding.h"
+#include "support/file_access.h"
+#include "support/path_text.h"
+#include "support/system_code_page.h"
+#include "support/system_error.h"
+
+TSettings LoadSettings(const TPlatformCalls& calls, std::wstring_view iniPath, const TUnprotect& unprotect) {
+    std::string bytes;
+    const TErrorCode error = ReadWholeFile(calls, iniPath, bytes);
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
+        throw std::runtime_error(FileNotReadMessage(iniPath, ToUtf8(SystemErrorText(error))));
+    }
+    const TIniFile ini(bytes, TSystemCodePage());
+    const auto text = [&ini](std::wstring_view key) { return ini.Text(kSettingsSection, key).value_or(L""); };
+
+    TSettings settings;
+    settings.NAS = LocaleUpperCase(RemoveTrailingSeparator(text(L"NASDIR")));
+    settings.UseConnect = ini.Boolean(kSettingsSection, L"CONNECT", false);
+    if (settings.UseConnect) {
+        settings.AUser = unprotect(text(L"USER"));
+        settings.APass = unprotect(text(L"PASS"));
+    }
+    return settings;
+}
