@@ -44,7 +44,9 @@ public:
         return ERROR_SUCCESS;
     }
 
-    TErrorCode Flush() const { return calls_.FlushFileBuffers(handle_) ? ERROR_SUCCESS : GetLastError(); }
+    TErrorCode Flush() const {
+        return calls_.FlushFileBuffers(handle_) ? ERROR_SUCCESS : GetLastError();
+    }
 
 private:
     const TPlatformCalls& calls_;
@@ -66,8 +68,7 @@ TErrorCode WriteBeside(const TPlatformCalls& calls, const std::wstring& path,
 
 }  // namespace
 
-std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& calls,
-                                                         std::wstring_view path) {
+std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& calls, std::wstring_view path) {
     WIN32_FILE_ATTRIBUTE_DATA data{};
     if (!calls.GetFileAttributesExW(ExtendedPath(path).c_str(), GetFileExInfoStandard, &data)) {
         return std::nullopt;
@@ -100,8 +101,8 @@ bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
     if (parent.size() <= DrivePart(path).size() || parent.size() >= path.size()) {
         return false;
     }
-    return CreateFolders(calls, parent) &&
-           (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr) || FolderExists(calls, path));
+    return CreateFolders(calls, parent) && (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr) ||
+                                            FolderExists(calls, path));
 }
 
 TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, std::string& bytes) {
@@ -122,8 +123,7 @@ TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, st
     }
     std::size_t filled = 0;
     while (filled < bytes.size()) {
-        const auto wanted =
-            static_cast<DWORD>(std::min<std::size_t>(bytes.size() - filled, kLargestTransfer));
+        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size() - filled, kLargestTransfer));
         DWORD received = 0;
         if (!calls.ReadFile(file.Get(), bytes.data() + filled, wanted, &received, nullptr)) {
             return GetLastError();

@@ -1,19 +1,11 @@
 #include "support/path_digest.h"
 
-<<<<<<< HEAD
-#include "support/hex.h"
-
-std::string ToPathHashText(const TPathDigest& digest) {
-    std::string text(kPathHashLength, '0');
-    WriteHex(digest.bytes, text.data());
-=======
 // Both directions go over all characters without a branch, so that the compiler can take many at a time:
 // loading and saving a table of millions of files is mostly this.
 
 std::string ToPathHashText(const TPathDigest& digest) {
     std::string text(kPathHashLength, '\0');
     WritePathHashText(digest, text.data());
->>>>>>> 2f0d0f8 (Add the table file format, the source-folder table, settings and the hash table)
     return text;
 }
 
@@ -28,11 +20,6 @@ void WritePathHashText(const TPathDigest& digest, char* text) {
 }
 
 std::optional<TPathDigest> FromPathHashText(std::string_view text) {
-<<<<<<< HEAD
-    TPathDigest digest;
-    if (!ReadHex(text, digest.bytes)) {
-        return std::nullopt;
-=======
     if (text.size() != kPathHashLength) {
         return std::nullopt;
     }
@@ -52,7 +39,6 @@ std::optional<TPathDigest> FromPathHashText(std::string_view text) {
     TPathDigest digest;
     for (std::size_t index = 0; index < digest.bytes.size(); ++index) {
         digest.bytes[index] = static_cast<std::uint8_t>(nibbles[2 * index] << 4 | nibbles[2 * index + 1]);
->>>>>>> 2f0d0f8 (Add the table file format, the source-folder table, settings and the hash table)
     }
     return digest;
 }
