@@ -1,0 +1,14 @@
+#!/bin/bash
+# Configures and builds presets, quietly unless something is wrong:
+#   scripts/build.sh windows-x64 [native ...]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+mkdir -p build
+for preset in "$@"; do
+    log=build/$preset.log
+    if ! { cmake --preset "$preset" && cmake --build --preset "$preset"; } </dev/null >"$log" 2>&1; then
+        grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking)' "$log" | tail -n 60 >&2
+        echo "Preset $preset does not build; all of it is in $log." >&2
+        exit 1
+    fi
+done

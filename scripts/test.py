@@ -1,0 +1,182 @@
+"""The stages of ./test, one after the other, and what came of them.
+
+usage: test.py [--list | STAGE...]
+"""
+import glob
+import os
+import re
+import signal
+import subprocess
+import sys
+import time
+from dataclasses import dataclass, field
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+IN_WINE = os.path.join(ROOT, "scripts", "in_wine.sh")
+# A test program that takes longer hangs; the slowest ones take seconds.
+PROGRAM_SECONDS = 300
+
+
+@dataclass
+class Outcome:
+    passed: int = 0
+    failed: int = 0
+    failures: list = field(default_factory=list)
+
+    def add(self, passed, failed, what=None):
+        self.passed += passed
+        self.failed += failed
+        if failed:
+            self.failures.append(what)
+
+
+def run(command, seconds, **options):
+    """Runs a command with its output in one text; the exit code (None: it took too long) and the text."""
+    process = subprocess.Popen(command, cwd=ROOT, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                               stderr=subprocess.STDOUT, start_new_session=True, **options)
+    try:
+        output, _ = process.communicate(timeout=seconds)
+        code = process.returncode
+    except subprocess.TimeoutExpired:
+        # All that it started goes with it; first asked, so that in_wine.sh cleans up.
+        os.killpg(process.pid, signal.SIGTERM)
+        try:
+            output, _ = process.communicate(timeout=20)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            output, _ = process.communicate()
+        code = None
+    return code, output.decode("utf-8", "replace").replace("\r", "")
+
+
+def failed_parts(output):
+    """Of a test program's output, what belongs to tests that failed, or the end when it broke off."""
+    parts, current = [], []
+    for line in output.splitlines():
+        if line.startswith("[ RUN"):
+            current = []
+        current.append(line)
+        if re.match(r"\[  FAILED  \] .*\(\d+ ms\)$", line):
+            parts += current
+            current = []
+        elif line.startswith("[       OK ]"):
+            current = []
+    if not parts or "[==========]" not in "\n".join(output.splitlines()[-30:]):
+        parts += current[-40:]
+    return "\n".join(parts)
+
+
+def count_tests(name, code, output, outcome):
+    """Counts the cases of a test program that reports as GoogleTest does."""
+    passed = len(re.findall(r"^\[       OK \]", output, re.M))
+    failed = len(re.findall(r"^\[  FAILED  \] .*\(\d+ ms\)$", output, re.M))
+    skipped = len(re.findall(r"^\[  SKIPPED \] .*\(\d+ ms\)$", output, re.M))
+    if code != 0 and failed == 0:
+        failed = 1
+    reason = "took too long" if code is None else f"exit code {code}"
+    print(f"  {name}: {passed} passed"
+          + (f", {skipped} skipped" if skipped else "") + (f", {failed} FAILED ({reason})" if failed else ""))
+    if failed:
+        print(failed_parts(output))
+    outcome.add(passed, failed, name)
+
+
+def check(name, command, outcome, seconds=600):
+    """A check that is one test: passed when the command says so."""
+    code, output = run(command, seconds)
+    if code != 0:
+        print(output.rstrip())
+        print(f"  {name}: FAILED")
+    outcome.add(code == 0, code != 0, name)
+
+
+def check_sources(outcome):
+    files = [path for folder in ("src", "tests", "bench", "fuzz") for end in ("h", "cpp")
+             for path in glob.glob(os.path.join(ROOT, folder, "**", "*." + end), recursive=True)]
+    check("layering", [sys.executable, "scripts/check_layering.py"], outcome)
+    check("formatting", ["clang-format", "--dry-run", "--Werror", *sorted(files)], outcome)
+
+
+def build(preset):
+    def stage(outcome):
+        check(f"build of {preset}", ["scripts/build.sh", preset], outcome, seconds=1200)
+    return stage
+
+
+def test_native(preset, environment):
+    def stage(outcome):
+        for program in sorted(glob.glob(os.path.join(ROOT, "build", preset, "bin", "*_test"))):
+            code, output = run([program], PROGRAM_SECONDS, env={**os.environ, **environment})
+            count_tests(f"{os.path.basename(program)} ({preset})", code, output, outcome)
+    return stage
+
+
+def test_in_wine(outcome):
+    # One prefix, server and display for all programs: making them costs more than most programs take.
+    programs = sorted(glob.glob(os.path.join(ROOT, "build", "windows-x64-checked", "bin", "*_test.exe")))
+    if not programs:
+        return
+    code, output = run([IN_WINE, sys.executable, os.path.abspath(__file__), "--in-wine", *programs],
+                       PROGRAM_SECONDS * 3)
+    parts = re.split(r"^@@@ (\S+) (\S+)\n", output, flags=re.M)
+    for program, result, text in zip(parts[1::3], parts[2::3], parts[3::3]):
+        count_tests(f"{program} (Wine)", None if result == "None" else int(result), text, outcome)
+    if code != 0 or len(parts) // 3 != len(programs):
+        print(parts[0] + f"  the programs under Wine broke off with exit code {code}")
+        outcome.add(0, 1, "programs under Wine")
+
+
+def in_wine(programs):
+    for program in programs:
+        code, output = run(["wine", program], PROGRAM_SECONDS)
+        print(f"@@@ {os.path.basename(program)} {code}\n{output}", flush=True)
+
+
+def test_whole_run(outcome):
+    code, output = run([IN_WINE, sys.executable, "tests/whole_run/whole_run_test.py"], 600,
+                       env={**os.environ, "WINE_TZ": "CET-1CEST,M3.5.0,M10.5.0/3"})
+    count_tests("whole_run_test (Wine)", code, output, outcome)
+
+
+STAGES = {
+    "sources": check_sources,
+    "build-windows-x64": build("windows-x64"),
+    "build-windows-x64-checked": build("windows-x64-checked"),
+    "wine": test_in_wine,
+    "whole-run": test_whole_run,
+    "build-native": build("native"),
+    "native": test_native("native", {"ASAN_OPTIONS": "detect_stack_use_after_return=1"}),
+    "build-native-thread": build("native-thread"),
+    "native-thread": test_native("native-thread", {"TSAN_OPTIONS": "halt_on_error=1"}),
+}
+
+
+def main(names):
+    unknown = [name for name in names if name not in STAGES]
+    if unknown:
+        print(f"There is no stage {' '.join(unknown)}; the stages are {' '.join(STAGES)}.")
+        return 64
+    start = time.monotonic()
+    total = Outcome()
+    for name in names or STAGES:
+        began = time.monotonic()
+        print(f"-- {name}", flush=True)
+        STAGES[name](total)
+        print(f"   {time.monotonic() - began:.0f} s", flush=True)
+    print(f"\nAll of it took {time.monotonic() - start:.0f} s.")
+    if total.failures:
+        print("Failed: " + ", ".join(total.failures))
+    if total.passed + total.failed == 0:
+        total.add(0, 1, "nothing was tested")
+    print(f"{total.passed} passed, {total.failed} failed")
+    return 1 if total.failed else 0
+
+
+if __name__ == "__main__":
+    if sys.argv[1:2] == ["--in-wine"]:
+        in_wine(sys.argv[2:])
+        sys.exit(0)
+    if sys.argv[1:2] == ["--list"]:
+        print("\n".join(STAGES))
+        sys.exit(0)
+    sys.exit(main(sys.argv[1:]))
