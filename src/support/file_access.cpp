@@ -153,9 +153,17 @@ TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
         }
     }
     if (error != ERROR_SUCCESS) {
-        calls.DeleteFileW(ExtendedPath(beside).c_str());
+        RemoveFile(calls, beside);
     }
     return error;
+}
+
+void RemoveFile(const TPlatformCalls& calls, std::wstring_view path) {
+    const std::wstring extended = ExtendedPath(path);
+    if (!calls.DeleteFileW(extended.c_str()) && GetLastError() == ERROR_ACCESS_DENIED) {
+        calls.SetFileAttributesW(extended.c_str(), FILE_ATTRIBUTE_NORMAL);
+        calls.DeleteFileW(extended.c_str());
+    }
 }
 
 TErrorCode AppendToFile(const TPlatformCalls& calls, std::wstring_view path, std::string_view bytes) {

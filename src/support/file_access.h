@@ -36,6 +36,9 @@ using TByteSink = std::function<TErrorCode(std::string_view)>;
 [[nodiscard]] TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
                                           const std::function<TErrorCode(const TByteSink&)>& write);
 
+// Deletes a file, a read-only one too.
+void RemoveFile(const TPlatformCalls& calls, std::wstring_view path);
+
 // Appends the bytes to a file, creating it when it cannot be opened.
 [[nodiscard]] TErrorCode AppendToFile(const TPlatformCalls& calls, std::wstring_view path,
                                       std::string_view bytes);

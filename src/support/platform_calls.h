@@ -31,8 +31,6 @@ struct TPlatformCalls {
     decltype(&::WNetAddConnection2W) WNetAddConnection2W;
     decltype(&::WNetCancelConnection2W) WNetCancelConnection2W;
 
-    // Windows.
-    decltype(&::SendMessageW) SendMessageW;
 };
 
 // The table of the real functions.

@@ -1,0 +1,58 @@
+#include "support/folder_listing.h"
+
+#include "support/path_text.h"
+
+TFolderListing::TFolderListing(const TPlatformCalls& calls, std::wstring_view folder) : calls_(calls) {
+    std::wstring pattern = ExtendedPath(folder);
+    pattern += pattern.ends_with(L'\\') ? L"*" : L"\\*";
+    // The basic level leaves out the short names, which cost a question each; the larger buffer saves round
+    // trips.
+    find_ = calls_.FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &entry_, FindExSearchNameMatch, nullptr,
+                                    FIND_FIRST_EX_LARGE_FETCH);
+    firstIsPending_ = find_ != INVALID_HANDLE_VALUE;
+    if (!firstIsPending_) {
+        error_ = GetLastError();
+        if (error_ == ERROR_NO_MORE_FILES) {
+            error_ = ERROR_SUCCESS;
+        }
+    }
+}
+
+TFolderListing::~TFolderListing() {
+    if (find_ != INVALID_HANDLE_VALUE) {
+        calls_.FindClose(find_);
+    }
+}
+
+bool TFolderListing::Next() {
+    while (Advance()) {
+        const std::wstring_view name = entry_.cFileName;
+        if (name != L"." && name != L"..") {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool TFolderListing::Advance() {
+    if (find_ == INVALID_HANDLE_VALUE || error_ != ERROR_SUCCESS) {
+        return false;
+    }
+    if (firstIsPending_) {
+        firstIsPending_ = false;
+        return true;
+    }
+    if (calls_.FindNextFileW(find_, &entry_)) {
+        return true;
+    }
+    const TErrorCode error = GetLastError();
+    error_ = error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error;
+    calls_.FindClose(find_);
+    find_ = INVALID_HANDLE_VALUE;
+    return false;
+}
+
+bool TFolderListing::FolderIsMissing() const {
+    // An existing folder without any entry (a drive's root can be) answers "file not found".
+    return error_ == ERROR_PATH_NOT_FOUND || error_ == ERROR_FILE_NOT_FOUND;
+}

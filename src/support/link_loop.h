@@ -1,0 +1,35 @@
+// Folder links that would lead a scan round in circles.
+#pragma once
+
+#include <windows.h>
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "support/platform_calls.h"
+
+// Finds out whether a folder that is a reparse point (junction, mount point, directory link, cloud folder)
+// leads back to one of the folders above it.
+class TLinkLoopCheck {
+public:
+    explicit TLinkLoopCheck(const TPlatformCalls& calls) : calls_(calls) {}
+
+    // The plain path of the reparse point. False also when the folder's identity cannot be asked for.
+    bool LeadsBackToAncestor(const std::wstring& path);
+
+private:
+    // Volume serial number and file index, which together name a folder whatever path leads to it.
+    struct TIdentity {
+        std::uint32_t volume = 0;
+        std::uint64_t index = 0;
+        friend bool operator==(const TIdentity&, const TIdentity&) = default;
+    };
+
+    std::optional<TIdentity> IdentityOf(const std::wstring& path);
+
+    const TPlatformCalls& calls_;
+    std::unordered_map<std::wstring, std::optional<TIdentity>> known_;
+};
