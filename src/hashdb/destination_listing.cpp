@@ -1,0 +1,39 @@
+#include "hashdb/destination_listing.h"
+
+#include "support/case_folding.h"
+#include "support/file_access.h"
+#include "support/folder_listing.h"
+#include "support/temporary_name.h"
+
+TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder)
+    : calls_(calls), folder_(std::move(folder)) {
+    Read();
+}
+
+void TDestinationListing::Read() {
+    TFolderListing listing(calls_, folder_);
+    while (listing.Next()) {
+        const WIN32_FIND_DATAW& entry = listing.Entry();
+        if (IsFolder(entry)) {
+            continue;
+        }
+        if (IsLeftOverTemporaryName(entry.cFileName)) {
+            RemoveFile(calls_, folder_ + L"\\" + entry.cFileName);
+        } else if (!IsTemporaryName(entry.cFileName)) {
+            filesByFoldedName_.emplace(FoldedCase(entry.cFileName), entry.ftLastWriteTime);
+        }
+    }
+    complete_ = listing.Error() == ERROR_SUCCESS || listing.FolderIsMissing();
+}
+
+std::optional<FILETIME> TDestinationListing::LastWriteOf(std::wstring_view fileName) const {
+    if (!complete_) {
+        const auto attributes = QueryAttributes(calls_, folder_ + L"\\" + std::wstring(fileName));
+        if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+            return std::nullopt;
+        }
+        return attributes->ftLastWriteTime;
+    }
+    const auto found = filesByFoldedName_.find(FoldedCase(fileName));
+    return found == filesByFoldedName_.end() ? std::nullopt : std::optional(found->second);
+}
