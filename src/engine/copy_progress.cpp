@@ -1,0 +1,25 @@
+#include "engine/copy_progress.h"
+
+#include "engine/message_kind.h"
+
+namespace {
+
+void SendValue(void* window, UINT message, LARGE_INTEGER value) {
+    SendMessageW(static_cast<HWND>(window), message, value.LowPart, value.HighPart);
+}
+
+}  // namespace
+
+DWORD CALLBACK CopyProgressRoutine(LARGE_INTEGER totalSize, LARGE_INTEGER transferred, LARGE_INTEGER,
+                                   LARGE_INTEGER, DWORD, DWORD reason, HANDLE, HANDLE, void* data) {
+    if (CopyIdle) {
+        SendValue(data, kProgressResetMessage, {});
+        return PROGRESS_STOP;
+    }
+    if (reason == CALLBACK_CHUNK_FINISHED) {
+        SendValue(data, kProgressPositionMessage, transferred);
+    } else if (reason == CALLBACK_STREAM_SWITCH) {
+        SendValue(data, kProgressMaximumMessage, totalSize);
+    }
+    return PROGRESS_CONTINUE;
+}

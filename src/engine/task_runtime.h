@@ -1,0 +1,133 @@
+// Background tasks that talk to the window's thread by messages.
+#pragma once
+
+#include <any>
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <variant>
+#include <vector>
+
+using TStringList = std::vector<std::wstring>;
+
+// What a message carries. An object is handed over whole: the receiver owns it.
+using TTaskValue = std::variant<std::monostate, std::wstring, std::int64_t, std::unique_ptr<TStringList>>;
+
+struct TTaskMessage {
+    std::uint16_t identifier = 0;
+    TTaskValue value;
+};
+
+enum class TTaskPriority { Idle, Lowest, BelowNormal, Normal, AboveNormal, Highest };
+
+inline constexpr std::uint32_t kUnlimitedWait = 0xFFFFFFFF;  // milliseconds
+
+class TOmniEventMonitor;
+
+// The task's own side: its parameters, the way to send messages, and whether it is asked to stop.
+class IOmniTask : public std::enable_shared_from_this<IOmniTask> {
+public:
+    const std::wstring& Name() const { return name_; }
+    // True once a stop has been requested.
+    bool Terminated() const { return terminated_.load(); }
+    // Never waits for the receiver.
+    void Send(std::uint16_t identifier, TTaskValue value);
+
+    // A parameter by name; asking for one that was not set, or as another type, is a mistake in the program
+    // (std::out_of_range, std::bad_any_cast).
+    template <typename Value>
+    const Value& Parameter(const std::wstring& name) const {
+        return std::any_cast<const Value&>(parameters_.at(name));
+    }
+
+private:
+    friend class IOmniTaskControl;
+
+    std::wstring name_;
+    std::map<std::wstring, std::any> parameters_;
+    TOmniEventMonitor* monitor_ = nullptr;
+    std::atomic<bool> terminated_ = false;
+    std::mutex mutex_;
+    std::condition_variable endedCondition_;
+    bool ended_ = false;
+};
+
+using TTaskMethod = std::function<void(IOmniTask&)>;
+
+// The owner's side of a task: made, given its parameters, run once. The thread is joined when the control
+// goes, so the monitor must outlive it.
+class IOmniTaskControl {
+public:
+    IOmniTaskControl(TTaskMethod method, std::wstring name);
+    IOmniTaskControl(const IOmniTaskControl&) = delete;
+    IOmniTaskControl& operator=(const IOmniTaskControl&) = delete;
+    ~IOmniTaskControl();
+
+    // All three before Run.
+    void MonitorWith(TOmniEventMonitor& monitor) { task_->monitor_ = &monitor; }
+    void SetParameter(const std::wstring& name, std::any value) {
+        task_->parameters_[name] = std::move(value);
+    }
+    // `apply` is called on the new thread with the level.
+    void SetPriority(TTaskPriority level, void (*apply)(TTaskPriority));
+
+    void Run();
+
+    // Asks the task to stop and waits for its end up to `maxWait` milliseconds, calling `whileWaiting` a few
+    // times a second; true when it has ended.
+    bool Terminate(std::uint32_t maxWait, const std::function<void()>& whileWaiting = {});
+    // The same without asking it to stop.
+    bool WaitFor(std::uint32_t maxWait, const std::function<void()>& whileWaiting = {});
+
+    const std::shared_ptr<IOmniTask>& Task() const { return task_; }
+
+private:
+    void RunTask();
+
+    std::shared_ptr<IOmniTask> task_ = std::make_shared<IOmniTask>();
+    TTaskMethod method_;
+    TTaskPriority priority_ = TTaskPriority::Normal;
+    void (*applyPriority_)(TTaskPriority) = nullptr;
+    std::thread thread_;
+};
+
+// Brings the messages and the ends of tasks to the window's thread, in the order in which they were sent.
+class TOmniEventMonitor {
+public:
+    using TMessageHandler = std::function<void(IOmniTask& task, TTaskMessage& message)>;
+    using TTerminatedHandler = std::function<void(IOmniTask& task)>;
+
+    TMessageHandler OnTaskMessage;
+    TTerminatedHandler OnTaskTerminated;
+
+    // `wakeUp` is called on the task's thread whenever something waits; it must lead to a call of Deliver on
+    // the window's thread.
+    explicit TOmniEventMonitor(std::function<void()> wakeUp) : wakeUp_(std::move(wakeUp)) {}
+
+    // Calls the handlers for everything that waits. May be entered again from within a handler.
+    void Deliver();
+
+private:
+    friend class IOmniTask;
+    friend class IOmniTaskControl;
+
+    struct TEvent {
+        std::shared_ptr<IOmniTask> task;
+        std::optional<TTaskMessage> message;  // none: the task has ended
+    };
+
+    void Add(TEvent event);
+    std::optional<TEvent> TakeFirst();
+
+    std::function<void()> wakeUp_;
+    std::mutex mutex_;
+    std::deque<TEvent> events_;
+};

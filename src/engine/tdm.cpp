@@ -1,0 +1,254 @@
+#include "engine/tdm.h"
+
+#include <stdexcept>
+
+#include "config/credential_protection.h"
+#include "config/source_folder_file.h"
+#include "engine/file_size_text.h"
+#include "engine/scan_folders.h"
+#include "hashdb/hash_table_file.h"
+#include "support/path_hash.h"
+#include "support/system_error.h"
+#include "support/system_helpers.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr UINT kCopyTimerInterval = 1000;       // milliseconds
+constexpr std::uint32_t kLongestWait = 60'000;  // milliseconds
+
+void ApplyThreadPriority(TTaskPriority level) {
+    constexpr int kLevels[] = {THREAD_PRIORITY_IDLE,         THREAD_PRIORITY_LOWEST,
+                               THREAD_PRIORITY_BELOW_NORMAL, THREAD_PRIORITY_NORMAL,
+                               THREAD_PRIORITY_ABOVE_NORMAL, THREAD_PRIORITY_HIGHEST};
+    SetThreadPriority(GetCurrentThread(), kLevels[static_cast<std::size_t>(level)]);
+}
+
+// Lets windows repaint themselves while the window's thread waits; input stays in the queue.
+void PaintWhileWaiting() {
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
+        DispatchMessageW(&message);
+    }
+}
+
+}  // namespace
+
+TDM::TDM(const TPlatformCalls& calls)
+    : calls_(calls),
+      shareLogon_(calls),
+      taskWakeUp_([this] { OmniEventMonitor.Deliver(); }),
+      OmniEventMonitor([this] { taskWakeUp_.Post(); }),
+      CopyTimer(kCopyTimerInterval, [this] { CopyTimerTimer(); }) {
+    OmniEventMonitor.OnTaskMessage = [this](IOmniTask& task, TTaskMessage& message) {
+        OmniEventMonitorTaskMessage(task, message);
+    };
+    OmniEventMonitor.OnTaskTerminated = [this](IOmniTask& task) { OmniEventMonitorTaskTerminated(task); };
+}
+
+// A task that still runs is joined before what it reports to goes.
+TDM::~TDM() {
+    if (FScanTask) {
+        FScanTask->Terminate(0);
+        FScanTask.reset();
+    }
+}
+
+void TDM::DataModuleCreate() {
+    hostName_ = HostName();
+    configurationFolder_ = ::ConfigurationFolder(calls_);
+    CreateHashContext();
+    if (FileExists(calls_, SourceFolderFile())) {
+        LoadSourceFolders(calls_, SourceFolderFile(), MemData);
+    } else {
+        MemData.Open();
+        MemData.SetModified(true);
+    }
+    sourceFoldersLoaded_ = true;
+}
+
+void TDM::DataModuleDestroy() {
+    CopyFileList.clear();
+    // Rows that did not change are not written: another copy of the program may have written newer ones.
+    if (sourceFoldersLoaded_ && MemData.Modified()) {
+        if (const TErrorCode error = SaveSourceFolders(calls_, SourceFolderFile(), MemData)) {
+            ReportFailure(L"\"" + SourceFolderFile() + L"\" konnte nicht gespeichert werden: " +
+                          SystemErrorText(error));
+        }
+    }
+    MemData.Close();
+    NasData.Close();
+    if (UseConnect) {
+        Res = shareLogon_.Cancel();
+        if (Res != 0) {
+            Report(SystemErrorText(Res), TMessagePos::Memo);
+        }
+    }
+}
+
+void TDM::Report(const std::wstring& text, TMessagePos kind) {
+    if (SetMessage) {
+        SetMessage(*this, text, kind);
+    }
+}
+
+void TDM::ReportFailure(const std::wstring& text) {
+    ++failures_;
+    Report(text, TMessagePos::Error);
+}
+
+void TDM::StartCopy() {
+    CopyIdle = false;
+    ++runNumber_;
+    CopiedBytes = 0;
+    failures_ = 0;
+    errorLogFailed_ = false;
+    knownFolder_.clear();
+    CopyFileList.clear();
+    localTime_ = TLocalTimeRule();
+    nasDataMayBeSaved_ = false;
+    try {
+        if (!PrepareRun()) {
+            return;
+        }
+        StartScanTask();
+    } catch (const std::exception& error) {
+        // Nothing is scanned: the next tick finds the run ended.
+        ReportFailure(FromUtf8Lossy(error.what()));
+    }
+    CopyTimer.SetEnabled(true);
+}
+
+bool TDM::PrepareRun() {
+    UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini", &Unprotect));
+    LoadNasData();
+    if (UseConnect) {
+        Res = shareLogon_.Connect(NAS, AUser, APass);
+        if (Res != 0) {
+            Report(SystemErrorText(Res), TMessagePos::Memo);
+            return false;
+        }
+        if (nasDataFileMissing_) {
+            // Perhaps it was only out of reach: without its records they would be lost at the next save.
+            LoadNasData();
+        }
+    }
+    if (!ReachDestination()) {
+        return false;
+    }
+    nasDataMayBeSaved_ = true;
+    return true;
+}
+
+void TDM::UseSettings(const TSettings& settings) {
+    NAS = settings.NAS;
+    UseConnect = settings.UseConnect;
+    if (UseConnect) {
+        AUser = settings.AUser;
+        APass = settings.APass;
+    }
+    VardekoDataFile = HostFolder() + L"\\Vardeko.dat";
+}
+
+// A table that cannot be read stays as it is on the destination: nothing will be written over it.
+void TDM::LoadNasData() {
+    // A destination that cannot be reached yet counts as one without a table.
+    nasDataFileMissing_ =
+        !FileExists(calls_, VardekoDataFile) || !LoadHashTable(calls_, VardekoDataFile, NasData);
+    if (!NasData.HasIndex()) {
+        NasData.AddIndex();
+    }
+    NasData.Open();
+}
+
+bool TDM::ReachDestination() {
+    // Without a destination the path below would name the current drive's root.
+    if (NAS.empty() || !FolderExists(calls_, NAS + L"\\")) {
+        Report(L"Error: Destination Directory does not exist, " + NAS, TMessagePos::Memo);
+        return false;
+    }
+    if (!FolderExists(calls_, HostFolder()) && !CreateFolders(calls_, HostFolder())) {
+        Report(L"Error: Can not create Subdirectory, " + HostFolder(), TMessagePos::Memo);
+        return false;
+    }
+    return true;
+}
+
+void TDM::StartScanTask() {
+    const TPlatformCalls& calls = calls_;
+    FScanTask = std::make_unique<IOmniTaskControl>(
+        [&calls](IOmniTask& task) {
+            TFolderScan scan(task, calls,
+                             {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
+                              task.Parameter<std::shared_ptr<const THashSnapshot>>(L"NasData"),
+                              task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST")});
+            scan.Run();
+        },
+        L"ScanFolders");
+    FScanTask->MonitorWith(OmniEventMonitor);
+    FScanTask->SetParameter(L"DataSet", std::shared_ptr<const std::vector<SourceFolderRow>>(
+                                            std::make_shared<std::vector<SourceFolderRow>>(MemData.Rows())));
+    FScanTask->SetParameter(L"NasData", NasData.Snapshot());
+    FScanTask->SetParameter(L"NAS", NAS);
+    FScanTask->SetParameter(L"HOST", hostName_);
+    FScanTask->SetPriority(TTaskPriority::Highest, &ApplyThreadPriority);
+    FScanTask->Run();
+}
+
+void TDM::EndScanTask() {
+    if (!FScanTask) {
+        return;
+    }
+    const std::unique_ptr<IOmniTaskControl> task = std::move(FScanTask);
+    task->Terminate(kUnlimitedWait, &PaintWhileWaiting);
+    task->WaitFor(kLongestWait, &PaintWhileWaiting);
+    // What the task still sent belongs to this run, not to the next one.
+    OmniEventMonitor.Deliver();
+}
+
+void TDM::SaveNasData() {
+    if (!nasDataMayBeSaved_ || !NasData.IsOpen() || !(NasData.Modified() || nasDataFileMissing_)) {
+        return;
+    }
+    if (const TErrorCode error = SaveHashTable(calls_, VardekoDataFile, NasData)) {
+        ReportFailure(L"\"" + VardekoDataFile + L"\" konnte nicht gespeichert werden: " +
+                      SystemErrorText(error));
+        return;
+    }
+    nasDataFileMissing_ = false;
+}
+
+std::wstring TDM::FormatFileSize(double bytes) {
+    wchar_t separator[8] = L",";
+    GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, separator,
+                    static_cast<int>(std::size(separator)));
+    return FileSizeText(bytes, separator);
+}
+
+void TDM::OmniEventMonitorTaskMessage(IOmniTask&, TTaskMessage& message) {
+    const auto text = [&message] { return std::get<std::wstring>(message.value); };
+    switch (static_cast<TScanMessage>(message.identifier)) {
+        case TScanMessage::StatusText:
+            return Report(text(), TMessagePos::Status);
+        case TScanMessage::MemoText:
+            return Report(text(), TMessagePos::Memo);
+        case TScanMessage::IgnoreText:
+            return Report(text(), TMessagePos::Ignore);
+        case TScanMessage::Number:
+            return Report(std::to_wstring(std::get<std::int64_t>(message.value)), TMessagePos::ThreadMsg);
+        case TScanMessage::FailureText:
+            return ReportFailure(text());
+        case TScanMessage::FilesToCopy: {
+            auto& files = *std::get<std::unique_ptr<TStringList>>(message.value);
+            CopyFileList.insert(CopyFileList.end(), std::make_move_iterator(files.begin()),
+                                std::make_move_iterator(files.end()));
+            return;
+        }
+    }
+}
+
+void TDM::OmniEventMonitorTaskTerminated(IOmniTask& task) {
+    if (FScanTask && FScanTask->Task().get() == &task) {
+        FScanTask.reset();
+    }
+}

@@ -1,0 +1,131 @@
+// The half of a copy run that copies: the timer's pass over the waiting files.
+#include "engine/copy_progress.h"
+#include "engine/error_log.h"
+#include "engine/safe_copy.h"
+#include "engine/tdm.h"
+#include "hashdb/destination_folder.h"
+#include "support/path_hash.h"
+#include "support/path_text.h"
+#include "support/system_error.h"
+#include "support/system_helpers.h"
+
+namespace {
+
+// Smaller files are copied without telling their progress.
+constexpr std::int64_t kProgressThreshold = 64 * 1024 * 1024;
+
+std::int64_t SizeOf(const WIN32_FILE_ATTRIBUTE_DATA& attributes) {
+    return static_cast<std::int64_t>(attributes.nFileSizeHigh) << 32 | attributes.nFileSizeLow;
+}
+
+TFileTimes TimesOf(const WIN32_FILE_ATTRIBUTE_DATA& attributes) {
+    return {attributes.ftCreationTime, attributes.ftLastAccessTime, attributes.ftLastWriteTime};
+}
+
+}  // namespace
+
+void TDM::CopyTimerTimer() {
+    if (inPass_) {
+        // A report of the pass further up the stack processes messages, and a new run was started there. The
+        // timer stays on for it.
+        return;
+    }
+    CopyTimer.SetEnabled(false);
+    // Catches what a wake-up that the system refused has left lying.
+    OmniEventMonitor.Deliver();
+    if (CopyIdle) {
+        return;
+    }
+    const std::uint64_t run = runNumber_;
+    CopyFiles();
+    if (run != runNumber_) {
+        return;
+    }
+    if (CopyIdle) {
+        // Stopped in mid-file: what was recorded after the stop saved the table is saved now.
+        SaveNasData();
+    } else if (FScanTask) {
+        CopyTimer.SetEnabled(true);
+    } else if (CopyFileList.empty() && DoNasFinishMsg) {
+        DoNasFinishMsg(*this);
+    }
+}
+
+void TDM::CopyFiles() {
+    const std::uint64_t run = runNumber_;
+    inPass_ = true;
+    try {
+        while (!CopyFileList.empty() && !CopyIdle && run == runNumber_) {
+            CopyNextFile();
+        }
+    } catch (...) {
+        inPass_ = false;
+        throw;
+    }
+    inPass_ = false;
+    if (FScanTask && run == runNumber_) {
+        Report(L"Suche nach veränderten Daten..", TMessagePos::Status);
+    }
+}
+
+void TDM::CopyNextFile() {
+    const std::wstring source = std::move(CopyFileList.front());
+    CopyFileList.pop_front();
+    // The only question about the source: existence, size and times together.
+    const auto attributes = QueryAttributes(calls_, source);
+    if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return;
+    }
+    Report(source, TMessagePos::Status);
+    const std::wstring folder(RemoveTrailingSeparator(DestinationFolder(NAS, hostName_, source)));
+    if (folder != knownFolder_) {
+        if (!FolderExists(calls_, folder) && !CreateFolders(calls_, folder)) {
+            return;
+        }
+        knownFolder_ = folder;
+    }
+    CopyOneFile(source, folder, *attributes);
+    Report(std::wstring(FileNamePart(source)), TMessagePos::FileMsg);
+}
+
+void TDM::CopyOneFile(const std::wstring& source, const std::wstring& folder,
+                      const WIN32_FILE_ATTRIBUTE_DATA& attributes) {
+    const std::wstring target = folder + L"\\" + std::wstring(FileNamePart(source));
+    // The current row's switch counts, whichever row the file comes from.
+    if (MemData.Current().History.value_or(false) && !MoveAsideWithNumber(calls_, target)) {
+        // The newest state is worth more than an older one, so the copy goes on; but somebody must know.
+        ReportFailure(L"Die frühere Fassung konnte nicht aufgehoben werden: " + target);
+    }
+    const std::int64_t size = SizeOf(attributes);
+    const TFileTimes times = TimesOf(attributes);
+    const bool isLarge = size >= kProgressThreshold;
+    const TErrorCode error =
+        CopyFileSafely(calls_, {.source = source,
+                                .target = target,
+                                .times = &times,
+                                .progressRoutine = isLarge ? &CopyProgressRoutine : nullptr,
+                                .progressData = isLarge ? myHandle : nullptr});
+    if (error != ERROR_SUCCESS) {
+        // The folder may be gone: the next file asks again.
+        knownFolder_.clear();
+        ReportFailedCopy(source);
+        return;
+    }
+    CopiedBytes += size;
+    Report(FormatFileSize(static_cast<double>(CopiedBytes)), TMessagePos::Bytes);
+    Report(source, TMessagePos::Memo);
+    NasData.RecordCopiedFile(PathDigest(source), localTime_.ToLocal(times.lastWrite));
+}
+
+void TDM::ReportFailedCopy(const std::wstring& source) {
+    ReportFailure(source);
+    if (errorLogFailed_) {
+        return;
+    }
+    const std::wstring log = HostFolder() + L"\\Error.log";
+    if (const TErrorCode error = WriteErrorLog(calls_, log, source + L" Copy Error")) {
+        // One row is enough: the log is out of reach for the files that follow, too.
+        errorLogFailed_ = true;
+        ReportFailure(L"\"" + log + L"\" konnte nicht geschrieben werden: " + SystemErrorText(error));
+    }
+}

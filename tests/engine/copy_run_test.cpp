@@ -1,0 +1,429 @@
+// Whole runs of the engine on real folders.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "engine/tdm.h"
+#include "support/path_hash.h"
+#include "support/text.h"
+#include "test_folder.h"
+
+namespace {
+
+struct TReport {
+    std::wstring text;
+    TMessagePos kind;
+};
+
+// A data module with a source and a destination folder, and the reports of its runs.
+class CopyRun : public testing::Test {
+protected:
+    CopyRun() {
+        CopyIdle = true;
+        configuration_ = ConfigurationFolder(SystemPlatformCalls());
+        DeleteFileW((configuration_ + L"\\NASConf.Dat").c_str());
+        WriteSettings("NASDIR=" + ToUtf8(destination_.Path()) + "\\\r\n");
+    }
+
+    void WriteSettings(const std::string& lines) const {
+        std::ofstream file(std::filesystem::path(configuration_ + L"\\NASConf.ini"), std::ios::binary);
+        file << "[CONFIG]\r\n" << lines;
+    }
+
+    TDM& Dm() {
+        if (!dm_) {
+            dm_ = std::make_unique<TDM>(calls_);
+            dm_->DataModuleCreate();
+            dm_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind) {
+                reports_.push_back({text, kind});
+                if (onReport_) {
+                    onReport_(reports_.back());
+                }
+            };
+            dm_->DoNasFinishMsg = [this](TDM&) { finished_ = true; };
+        }
+        return *dm_;
+    }
+
+    void AddSource(const std::wstring& folder, bool recursive = true) {
+        Dm().MemData.Append();
+        SourceFolderRow& row = Dm().MemData.Working();
+        row.Aktive = true;
+        row.Directory = folder;
+        row.Rekursiv = recursive;
+        row.ExtensionMode = L"NO";
+        Dm().MemData.Post();
+    }
+
+    // A run to its end as the window would see it, the table saved; fails after some seconds.
+    void Run() {
+        reports_.clear();
+        finished_ = false;
+        Dm().StartCopy();
+        for (int step = 0; step < 5000 && !finished_ && !CopyIdle; ++step) {
+            Sleep(1);
+            ProcessPendingMessages();
+            Dm().CopyTimerTimer();
+        }
+        EXPECT_TRUE(finished_ || CopyIdle) << "the run did not end";
+        CopyIdle = true;
+        Dm().EndScanTask();
+        Dm().SaveNasData();
+    }
+
+    std::vector<std::wstring> Texts(TMessagePos kind) const {
+        std::vector<std::wstring> texts;
+        for (const TReport& report : reports_) {
+            if (report.kind == kind) {
+                texts.push_back(report.text);
+            }
+        }
+        return texts;
+    }
+
+    std::wstring HostFolder() const { return destination_.Path() + L"\\" + HostName(); }
+    // The copy of a file below the source folder, relative to the destination.
+    std::wstring CopyOf(std::wstring_view relative) const {
+        return HostName() + L"\\drive_" + source_.Path().substr(0, 1) + source_.Path().substr(2) + L"\\" +
+               std::wstring(relative);
+    }
+
+    TTestFolder source_;
+    TTestFolder destination_;
+    TPlatformCalls calls_ = SystemPlatformCalls();
+    std::wstring configuration_;
+    std::vector<TReport> reports_;
+    std::function<void(const TReport&)> onReport_;
+    bool finished_ = false;
+    std::unique_ptr<TDM> dm_;
+};
+
+TEST_F(CopyRun, CopiesOnceAndThenOnlyWhatChanged) {
+    source_.Write(L"a.txt", "one", TestTime(0));
+    source_.Write(L"sub\\ä€.txt", "two", TestTime(1));
+    source_.Write(L"sub\\.cache\\left out.txt", "dot", TestTime(1));
+    AddSource(source_.Path() + L"\\");
+    Run();
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "one");
+    EXPECT_EQ(destination_.Read(CopyOf(L"sub\\ä€.txt")), "two");
+    EXPECT_EQ(Texts(TMessagePos::Memo), (std::vector{source_.At(L"a.txt"), source_.At(L"sub\\ä€.txt")}));
+    EXPECT_EQ(Texts(TMessagePos::Bytes), (std::vector<std::wstring>{L"3 B", L"6 B"}));
+    EXPECT_EQ(Texts(TMessagePos::FileMsg), (std::vector<std::wstring>{L"a.txt", L"ä€.txt"}));
+    EXPECT_EQ(Texts(TMessagePos::Ignore),
+              std::vector<std::wstring>{L"Dateivergleich mit 2 Dateien abgeschlossen"});
+    EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko.dat")->size(), 42 + 78 * 2);
+    const auto times = ReadFileTimes(SystemPlatformCalls(), destination_.At(CopyOf(L"a.txt")));
+    EXPECT_EQ(CompareFileTime(&times->lastWrite, &*std::make_unique<FILETIME>(TestTime(0))), 0);
+
+    Run();
+    EXPECT_TRUE(Texts(TMessagePos::Memo).empty()) << "nothing has changed";
+
+    source_.Write(L"a.txt", "changed", TestTime(1));
+    source_.Write(L"new.txt", "three", TestTime(0));
+    Run();
+    auto copied = Texts(TMessagePos::Memo);
+    std::ranges::sort(copied);
+    EXPECT_EQ(copied, (std::vector{source_.At(L"a.txt"), source_.At(L"new.txt")}));
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "changed");
+    EXPECT_EQ(destination_.FileCount(), 4U) << "three copies and the table, nothing beside them";
+}
+
+TEST_F(CopyRun, TheLastRowsFilterRulesAllFolders) {
+    source_.Write(L"a\\x.doc", "1");
+    source_.Write(L"a\\y.jpg", "2");
+    source_.Write(L"b\\z.txt", "3");
+    AddSource(source_.At(L"a"));
+    Dm().MemData.Edit();
+    Dm().MemData.Working().Extensions = L".doc";
+    Dm().MemData.Working().ExtensionMode = L"IN";
+    Dm().MemData.Post();
+    AddSource(source_.At(L"b"));
+    AddSource(source_.At(L"missing"));
+    Run();
+    EXPECT_EQ(Texts(TMessagePos::Memo).size(), 3U);
+    EXPECT_TRUE(Texts(TMessagePos::Error).empty()) << "a missing source folder stays silent";
+}
+
+TEST_F(CopyRun, HistoryOfTheCurrentRowKeepsEarlierCopies) {
+    source_.Write(L"report.txt", "new", TestTime(5));
+    destination_.Write(CopyOf(L"report.txt"), "old", TestTime(1));
+    destination_.Write(CopyOf(L"report #001.txt"), "older", TestTime(0));
+    AddSource(source_.Path());
+    Dm().MemData.Edit();
+    Dm().MemData.Working().History = true;
+    Dm().MemData.Post();
+    Run();
+    EXPECT_EQ(destination_.Read(CopyOf(L"report.txt")), "new");
+    EXPECT_EQ(destination_.Read(CopyOf(L"report #001.txt")), "older");
+    EXPECT_EQ(destination_.Read(CopyOf(L"report #002.txt")), "old");
+}
+
+TEST_F(CopyRun, LongPathsAreCopiedUnderTheirPlainHash) {
+    const std::wstring name(80, L'n');
+    std::wstring relative = L"deep";
+    for (int level = 0; level < 5; ++level) {
+        relative += L"\\" + name;
+    }
+    relative += L"\\file.txt";
+    source_.Write(relative, "deep", TestTime(0));
+    AddSource(source_.Path());
+    Run();
+    EXPECT_EQ(destination_.Read(CopyOf(relative)), "deep");
+    EXPECT_TRUE(Dm().NasData.Find(PathDigest(source_.At(relative))).has_value());
+    Run();
+    EXPECT_TRUE(Texts(TMessagePos::Memo).empty());
+}
+
+TEST_F(CopyRun, AFailedCopyIsToldLoggedAndLeavesTheOldOne) {
+    source_.Write(L"a.txt", "new", TestTime(5));
+    source_.Write(L"b.txt", "b", TestTime(5));
+    destination_.Write(CopyOf(L"a.txt"), "old", TestTime(1));
+    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                            DWORD flags) -> BOOL {
+        if (std::wstring_view(from).ends_with(L"a.txt")) {
+            std::ofstream(std::filesystem::path(to), std::ios::binary) << "hal";
+            SetLastError(ERROR_DISK_FULL);
+            return FALSE;
+        }
+        return ::CopyFileExW(from, to, routine, data, cancel, flags);
+    };
+    AddSource(source_.Path());
+    Run();
+    EXPECT_EQ(Texts(TMessagePos::Error), std::vector{source_.At(L"a.txt")});
+    EXPECT_EQ(Texts(TMessagePos::Memo), std::vector{source_.At(L"b.txt")});
+    EXPECT_EQ(Dm().Failures(), 1U);
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "old");
+    EXPECT_FALSE(Dm().NasData.Find(PathDigest(source_.At(L"a.txt"))));
+    const std::string log = destination_.Read(HostName() + L"\\Error.log").value_or("");
+    EXPECT_TRUE(log.starts_with("[") &&
+                log.ends_with("] " + ToUtf8(source_.At(L"a.txt")) + " Copy Error\r\n"))
+        << log;
+    EXPECT_EQ(destination_.FileCount(), 4U) << "two copies, table and log: no half file";
+}
+
+// Sends what CopyFileExW documents for a large file, one chunk a call, until it is stopped.
+BOOL WINAPI CopyWithProgress(LPCWSTR, LPCWSTR, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL, DWORD) {
+    LARGE_INTEGER total{};
+    total.QuadPart = 5'000'000'000;
+    LARGE_INTEGER done{};
+    DWORD answer = routine(total, done, total, done, 1, CALLBACK_STREAM_SWITCH, nullptr, nullptr, data);
+    while (answer == PROGRESS_CONTINUE && done.QuadPart < total.QuadPart) {
+        done.QuadPart += 1'250'000'000;
+        answer = routine(total, done, total, done, 1, CALLBACK_CHUNK_FINISHED, nullptr, nullptr, data);
+    }
+    SetLastError(ERROR_REQUEST_ABORTED);
+    return FALSE;
+}
+
+TEST_F(CopyRun, LargeFilesTellTheirProgressAndCanBeStopped) {
+    const std::wstring large = source_.WriteZeros(L"large.bin", 67'108'864);
+    std::vector<std::pair<UINT, std::uint64_t>> messages;
+    const TMessageWindow window([&](UINT message, WPARAM low, LPARAM high) -> std::optional<LRESULT> {
+        if (message < kProgressResetMessage || message > kProgressMaximumMessage) {
+            return std::nullopt;
+        }
+        messages.emplace_back(message, static_cast<std::uint64_t>(high) << 32 | low);
+        if (messages.size() == 3) {
+            CopyIdle = true;
+        }
+        return 0;
+    });
+    calls_.CopyFileExW = &CopyWithProgress;
+    AddSource(source_.Path());
+    Dm().myHandle = window.Handle();
+    Run();
+    EXPECT_EQ(messages,
+              (std::vector<std::pair<UINT, std::uint64_t>>{{kProgressMaximumMessage, 5'000'000'000},
+                                                           {kProgressPositionMessage, 1'250'000'000},
+                                                           {kProgressPositionMessage, 2'500'000'000},
+                                                           {kProgressResetMessage, 0}}));
+    EXPECT_EQ(Texts(TMessagePos::Error), std::vector{large});
+    EXPECT_FALSE(finished_);
+}
+
+TEST_F(CopyRun, OneByteBelowTheThresholdIsCopiedWithoutProgress) {
+    source_.WriteZeros(L"small.bin", 67'108'863);
+    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                            DWORD flags) -> BOOL {
+        EXPECT_EQ(routine, nullptr);
+        EXPECT_EQ(data, nullptr);
+        EXPECT_EQ(flags, 4U);
+        return ::CopyFileExW(from, to, routine, data, cancel, flags);
+    };
+    AddSource(source_.Path());
+    Run();
+    EXPECT_EQ(Texts(TMessagePos::Memo).size(), 1U);
+}
+
+TEST_F(CopyRun, ReadOnlySourcesAndTargetsAreNoObstacle) {
+    const std::wstring path = source_.Write(L"a.txt", "new", TestTime(5));
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
+    const std::wstring copy = destination_.Write(CopyOf(L"a.txt"), "old", TestTime(0));
+    SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+    // As Windows does: no writing to a read-only source, no replacing of a read-only target.
+    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                            DWORD flags) -> BOOL {
+        if (flags == COPY_FILE_OPEN_SOURCE_FOR_WRITE) {
+            SetLastError(ERROR_ACCESS_DENIED);
+            return FALSE;
+        }
+        return ::CopyFileExW(from, to, routine, data, cancel, flags);
+    };
+    calls_.MoveFileExW = [](LPCWSTR from, LPCWSTR to, DWORD flags) -> BOOL {
+        const DWORD attributes = GetFileAttributesW(to);
+        if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+            SetLastError(ERROR_ACCESS_DENIED);
+            return FALSE;
+        }
+        return ::MoveFileExW(from, to, flags);
+    };
+    AddSource(source_.Path());
+    Run();
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "new");
+    EXPECT_TRUE(Texts(TMessagePos::Error).empty());
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(CopyRun, WhatPreventsARunIsToldAndTouchesNothing) {
+    AddSource(source_.Path());
+    source_.Write(L"a.txt", "x");
+
+    WriteSettings("NASDIR=" + ToUtf8(destination_.At(L"gone")) + "\r\n");
+    Dm().StartCopy();
+    EXPECT_EQ(Texts(TMessagePos::Memo),
+              std::vector{L"Error: Destination Directory does not exist, " + Dm().NAS});
+    EXPECT_FALSE(CopyIdle) << "the window keeps its running state until the user stops";
+    CopyIdle = true;
+
+    std::filesystem::remove(configuration_ + L"\\NASConf.ini");
+    reports_.clear();
+    Dm().StartCopy();
+    EXPECT_EQ(Texts(TMessagePos::Memo),
+              std::vector<std::wstring>{L"Error: Destination Directory does not exist, "});
+    CopyIdle = true;
+
+    WriteSettings("NASDIR=" + ToUtf8(destination_.Path()) +
+                  "\r\nCONNECT=1\r\nUSER=AAAAAAAAAAAAAAAAAAAAAA==\r\n");
+    Run();
+    ASSERT_EQ(Texts(TMessagePos::Error).size(), 1U);
+    EXPECT_NE(Texts(TMessagePos::Error).front().find(L"NTE_BAD_DATA"), std::wstring::npos);
+    EXPECT_TRUE(finished_) << "an unattended program must come to its end";
+    EXPECT_EQ(destination_.FileCount(), 0U);
+}
+
+TEST_F(CopyRun, ADamagedHashTableIsToldAndStaysAsItIs) {
+    source_.Write(L"a.txt", "x");
+    const std::wstring table = HostName() + L"\\Vardeko.dat";
+    destination_.Write(table, "Ver, but nothing behind it");
+    AddSource(source_.Path());
+    Run();
+    ASSERT_EQ(Texts(TMessagePos::Error).size(), 1U);
+    EXPECT_NE(Texts(TMessagePos::Error).front().find(L"Vardeko.dat"), std::wstring::npos)
+        << ToUtf8(Texts(TMessagePos::Error).front());
+    Dm().DataModuleDestroy();
+    EXPECT_EQ(destination_.Read(table), "Ver, but nothing behind it");
+    EXPECT_EQ(destination_.FileCount(), 1U);
+}
+
+TEST_F(CopyRun, StopAndStartFromWithinAReportAreSafe) {
+    for (int index = 0; index < 20; ++index) {
+        source_.Write(L"f" + std::to_wstring(index) + L".txt", "x", TestTime(0));
+    }
+    AddSource(source_.Path());
+    bool restarted = false;
+    onReport_ = [&](const TReport& report) {
+        if (report.kind == TMessagePos::Memo && !restarted) {
+            restarted = true;
+            CopyIdle = true;
+            Dm().EndScanTask();
+            Dm().SaveNasData();
+            Dm().StartCopy();
+            Dm().CopyTimerTimer();
+        }
+    };
+    Run();
+    EXPECT_TRUE(restarted);
+    EXPECT_TRUE(finished_);
+    EXPECT_EQ(destination_.FileCount(), 21U);
+    EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko.dat")->size(), 42U + 78 * 20);
+}
+
+TEST_F(CopyRun, LeftOversOfInterruptedRunsDisappear) {
+    source_.Write(L"a.txt", "x", TestTime(0));
+    destination_.Write(CopyOf(L"~vardeko-12-34-56.tmp"), "half");
+    destination_.Write(CopyOf(L"~vardeko-notes.tmp"), "somebody's own file");
+    AddSource(source_.Path());
+    Run();
+    EXPECT_FALSE(destination_.Read(CopyOf(L"~vardeko-12-34-56.tmp")));
+    EXPECT_TRUE(destination_.Read(CopyOf(L"~vardeko-notes.tmp")));
+}
+
+TEST_F(CopyRun, AListingThatBreaksOffIsNoEmptyFolder) {
+    source_.Write(L"sub\\a.txt", "x", TestTime(0));
+    source_.Write(L"sub\\b.txt", "y", TestTime(0));
+    AddSource(source_.Path());
+    Run();
+    calls_.FindNextFileW = [](HANDLE, LPWIN32_FIND_DATAW) -> BOOL {
+        SetLastError(ERROR_UNEXP_NET_ERR);
+        return FALSE;
+    };
+    Run();
+    const auto errors = Texts(TMessagePos::Error);
+    ASSERT_EQ(errors.size(), 1U) << "the source folder's listing breaks off before its sub-folder";
+    EXPECT_NE(errors.front().find(source_.Path()), std::wstring::npos);
+    EXPECT_EQ(Dm().Failures(), 1U);
+}
+
+TEST_F(CopyRun, ADestinationListingThatBreaksOffIsAskedFileByFile) {
+    source_.Write(L"a.txt", "x", TestTime(0));
+    source_.Write(L"b.txt", "y", TestTime(0));
+    AddSource(source_.Path());
+    Run();
+    calls_.FindFirstFileExW = [](LPCWSTR pattern, FINDEX_INFO_LEVELS level, LPVOID data,
+                                 FINDEX_SEARCH_OPS search, LPVOID filter, DWORD flags) -> HANDLE {
+        if (std::wstring_view(pattern).find(L"drive_") != std::wstring_view::npos) {
+            SetLastError(ERROR_NETNAME_DELETED);
+            return INVALID_HANDLE_VALUE;
+        }
+        return ::FindFirstFileExW(pattern, level, data, search, filter, flags);
+    };
+    Run();
+    EXPECT_TRUE(Texts(TMessagePos::Memo).empty());
+    EXPECT_EQ(Dm().Failures(), 0U);
+}
+
+TEST_F(CopyRun, TaskMessagesReachTheirKinds) {
+    IOmniTask task;
+    for (const std::uint16_t identifier : std::initializer_list<std::uint16_t>{1, 2, 3, 99}) {
+        TTaskMessage message{identifier, std::wstring(L"text")};
+        Dm().OmniEventMonitorTaskMessage(task, message);
+    }
+    TTaskMessage number{4, std::int64_t{42}};
+    Dm().OmniEventMonitorTaskMessage(task, number);
+    ASSERT_EQ(reports_.size(), 4U) << "an unknown identifier is ignored";
+    EXPECT_EQ(reports_[0].kind, TMessagePos::Status);
+    EXPECT_EQ(reports_[1].kind, TMessagePos::Memo);
+    EXPECT_EQ(reports_[2].kind, TMessagePos::Ignore);
+    EXPECT_EQ(reports_[3].kind, TMessagePos::ThreadMsg);
+    EXPECT_EQ(reports_[3].text, L"42");
+}
+
+TEST_F(CopyRun, AFreshStartWritesAnEmptyTableAndAnUnchangedOneIsLeftAlone) {
+    const std::wstring path = configuration_ + L"\\NASConf.Dat";
+    Dm().DataModuleDestroy();
+    std::string bytes;
+    ASSERT_EQ(ReadWholeFile(SystemPlatformCalls(), path, bytes), ERROR_SUCCESS);
+    EXPECT_TRUE(bytes.starts_with("Ver"));
+
+    dm_.reset();
+    Dm();
+    // Meanwhile another copy of the program saves its rows.
+    std::ofstream(std::filesystem::path(path), std::ios::binary) << "newer";
+    Dm().DataModuleDestroy();
+    ASSERT_EQ(ReadWholeFile(SystemPlatformCalls(), path, bytes), ERROR_SUCCESS);
+    EXPECT_EQ(bytes, "newer");
+    EXPECT_THROW(TDM(SystemPlatformCalls()).DataModuleCreate(), std::runtime_error);
+}
+
+}  // namespace
