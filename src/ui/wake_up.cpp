@@ -9,8 +9,7 @@ constexpr UINT kWakeUpMessage = WM_APP + 1;
 }  // namespace
 
 TWakeUp::TWakeUp(std::function<void()> handler)
-    : handler_(std::move(handler)),
-      window_([this](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
+    : handler_(std::move(handler)), window_([this](UINT message, WPARAM, LPARAM) -> std::optional<LRESULT> {
           if (message != kWakeUpMessage) {
               return std::nullopt;
           }

@@ -15,7 +15,9 @@ std::function<void(const std::wstring&)>& UnexpectedErrorHandler() {
     return handler;
 }
 
-HINSTANCE ProgramInstance() { return GetModuleHandleW(nullptr); }
+HINSTANCE ProgramInstance() {
+    return GetModuleHandleW(nullptr);
+}
 
 }  // namespace
 
@@ -35,19 +37,9 @@ void SetUnexpectedErrorHandler(std::function<void(const std::wstring& text)> han
     UnexpectedErrorHandler() = std::move(handler);
 }
 
-void ProcessPendingMessages() {
-    MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (message.message == WM_QUIT) {
-            PostQuitMessage(static_cast<int>(message.wParam));
-            return;
-        }
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
+TWindow::~TWindow() {
+    Destroy();
 }
-
-TWindow::~TWindow() { Destroy(); }
 
 void TWindow::Destroy() {
     if (handle_ != nullptr) {

@@ -47,7 +47,8 @@ protected:
 
     // Answers one message: the result, or nothing for the default processing. Exceptions that leave it are
     // told to the handler below and end the message only.
-    virtual std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) = 0;
+    virtual std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter,
+                                                 LPARAM longParameter) = 0;
 
     // What happens when nothing was answered.
     virtual LRESULT DefaultProcessing(UINT message, WPARAM wordParameter, LPARAM longParameter);
@@ -62,8 +63,8 @@ private:
 // A window without a picture that only receives messages.
 class TMessageWindow final : public TWindow {
 public:
-    using Handler = std::function<std::optional<LRESULT>(UINT message, WPARAM wordParameter,
-                                                         LPARAM longParameter)>;
+    using Handler =
+        std::function<std::optional<LRESULT>(UINT message, WPARAM wordParameter, LPARAM longParameter)>;
 
     // Throws std::system_error when the system refuses another window.
     explicit TMessageWindow(Handler handler);
@@ -82,5 +83,6 @@ bool RunGuarded(const std::function<void()>& work);
 // Where exceptions of message handlers are told; the default writes them to the debugger.
 void SetUnexpectedErrorHandler(std::function<void(const std::wstring& text)> handler);
 
-// Handles the messages that wait, without waiting for more. A WM_QUIT is posted again for the outer loop.
+// Handles the messages that wait, painting included, without waiting for more. A WM_QUIT is posted again for
+// the outer loop.
 void ProcessPendingMessages();
