@@ -23,6 +23,12 @@ const TPlatformCalls& SystemPlatformCalls() {
         .CloseHandle = &::CloseHandle,
         .WNetAddConnection2W = &::WNetAddConnection2W,
         .WNetCancelConnection2W = &::WNetCancelConnection2W,
+        .SendMessageW = &::SendMessageW,
+        .OpenProcessToken = &::OpenProcessToken,
+        .LookupPrivilegeValueW = &::LookupPrivilegeValueW,
+        .AdjustTokenPrivileges = &::AdjustTokenPrivileges,
+        .InitiateSystemShutdownW = &::InitiateSystemShutdownW,
+        .SetThreadExecutionState = &::SetThreadExecutionState,
     };
     return calls;
 }

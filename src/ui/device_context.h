@@ -20,6 +20,20 @@ private:
     HDC context_;
 };
 
+// A context that bitmaps are selected into.
+class TMemoryContext {
+public:
+    explicit TMemoryContext(HDC like) : context_(CreateCompatibleDC(like)) {}
+    TMemoryContext(const TMemoryContext&) = delete;
+    TMemoryContext& operator=(const TMemoryContext&) = delete;
+    ~TMemoryContext() { DeleteDC(context_); }
+
+    HDC Get() const { return context_; }
+
+private:
+    HDC context_;
+};
+
 // Selects a GDI object for its own lifetime.
 class TSelection {
 public:
@@ -33,55 +47,42 @@ private:
     HGDIOBJ previous_;
 };
 
-// A picture in memory that reaches its target whole when it goes, so that nothing flickers. Coordinates are
-// those of the target.
-class TBufferedContext {
-public:
-    TBufferedContext(HDC target, const RECT& area)
-        : target_(target),
-          area_(area),
-          context_(CreateCompatibleDC(target)),
-          bitmap_(CreateCompatibleBitmap(target, area.right - area.left, area.bottom - area.top)),
-          previous_(SelectObject(context_, bitmap_.Get())) {
-        SetViewportOrgEx(context_, -area.left, -area.top, nullptr);
-    }
-    TBufferedContext(const TBufferedContext&) = delete;
-    TBufferedContext& operator=(const TBufferedContext&) = delete;
-    ~TBufferedContext() {
-        BitBlt(target_, area_.left, area_.top, area_.right - area_.left, area_.bottom - area_.top, context_,
-               area_.left, area_.top, SRCCOPY);
-        SelectObject(context_, previous_);
-        DeleteDC(context_);
-    }
-
-    HDC Get() const { return context_; }
-
-private:
-    HDC target_;
-    RECT area_;
-    HDC context_;
-    TBitmap bitmap_;
-    HGDIOBJ previous_;
-};
-
-// The device context of one WM_PAINT, drawn to through a picture in memory.
+// The painting of one WM_PAINT, made in memory and shown whole when the object goes, so that nothing
+// flickers.
 class TPaintContext {
 public:
-    explicit TPaintContext(HWND window) : window_(window), screen_(BeginPaint(window, &paint_)) {
-        GetClientRect(window, &client_);
-    }
+    explicit TPaintContext(HWND window)
+        : window_(window),
+          screen_(BeginPaint(window, &paint_)),
+          client_(ClientArea(window)),
+          memory_(screen_),
+          bitmap_(CreateCompatibleBitmap(screen_, client_.right, client_.bottom)),
+          previous_(SelectObject(memory_.Get(), bitmap_.Get())) {}
     TPaintContext(const TPaintContext&) = delete;
     TPaintContext& operator=(const TPaintContext&) = delete;
-    ~TPaintContext() { EndPaint(window_, &paint_); }
+    ~TPaintContext() {
+        BitBlt(screen_, 0, 0, client_.right, client_.bottom, memory_.Get(), 0, 0, SRCCOPY);
+        SelectObject(memory_.Get(), previous_);
+        EndPaint(window_, &paint_);
+    }
 
-    HDC Screen() const { return screen_; }
+    HDC Get() const { return memory_.Get(); }
     const RECT& Client() const { return client_; }
 
 private:
+    static RECT ClientArea(HWND window) {
+        RECT area{};
+        GetClientRect(window, &area);
+        return area;
+    }
+
     HWND window_;
     PAINTSTRUCT paint_{};
     HDC screen_;
-    RECT client_{};
+    RECT client_;
+    TMemoryContext memory_;
+    TBitmap bitmap_;
+    HGDIOBJ previous_;
 };
 
 inline COLORREF ColorRefOf(TColour colour) {

@@ -1,0 +1,67 @@
+#include "app/status_list_model.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "support/text.h"
+
+namespace {
+
+constexpr std::size_t kBlockSize = 64 * 1024;
+
+}  // namespace
+
+const TRowStyle& StyleOfStatus(std::optional<int> status) {
+    switch (status.value_or(kFileNameStatus)) {
+        case kInfoStatus:
+            return InfoStyle;
+        case kErrorStatus:
+            return ErrorStyle;
+        case kIgnoreStatus:
+            return IgnoreStyle;
+        default:
+            return FileNameStyle;
+    }
+}
+
+std::wstring TStatusListModel::Text(std::size_t row) const {
+    const TRow& found = Row(row);
+    return FromUtf8Lossy({found.text, found.length});
+}
+
+std::optional<int> TStatusListModel::Status(std::size_t row) const {
+    const std::int32_t status = Row(row).status;
+    return status == kNoStatus ? std::nullopt : std::optional<int>(status);
+}
+
+void TStatusListModel::InsertAtTop(std::wstring_view text, std::optional<int> status) {
+    const std::string bytes = ToUtf8(text);
+    rows_.push_back({Keep(bytes), static_cast<std::uint32_t>(bytes.size()), status.value_or(kNoStatus)});
+}
+
+void TStatusListModel::Clear() {
+    rows_ = {};
+    blocks_ = {};
+    blockBytes_ = freeBytes_ = 0;
+    free_ = nullptr;
+    ++generation_;
+}
+
+const char* TStatusListModel::Keep(const std::string& text) {
+    if (text.size() > freeBytes_) {
+        const std::size_t size = std::max(kBlockSize, text.size());
+        blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
+        blockBytes_ += size;
+        free_ = blocks_.back().get();
+        freeBytes_ = size;
+    }
+    char* kept = free_;
+    std::memcpy(kept, text.data(), text.size());
+    free_ += text.size();
+    freeBytes_ -= text.size();
+    return kept;
+}
+
+std::size_t TStatusListModel::BytesHeld() const {
+    return blockBytes_ + blocks_.size() * sizeof(blocks_.front()) + rows_.size() * sizeof(TRow);
+}

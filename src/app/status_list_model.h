@@ -1,0 +1,71 @@
+// The rows of the status list.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ui/theme.h"
+
+// What a row is about, by its status code. A row may have another code or none.
+enum TRowStatus : int {
+    kInfoStatus = -1,
+    kFileNameStatus = 0,
+    kErrorStatus = 1,
+    kIgnoreStatus = 2,
+};
+
+// The style of a status; FileNameStyle for no status and for any other.
+const TRowStyle& StyleOfStatus(std::optional<int> status);
+
+// Holds the rows of the status list, the newest first. Adding costs the same however many there are; texts
+// are kept in UTF-8, one behind the other.
+class TStatusListModel {
+public:
+    std::size_t RowCount() const { return rows_.size(); }
+    // Rows by their place in the list, 0 being the newest.
+    std::wstring Text(std::size_t row) const;
+    std::optional<int> Status(std::size_t row) const;
+
+    void InsertAtTop(std::wstring_view text, std::optional<int> status);
+    void Clear();
+    // How often the list was emptied: tells a view that what it shows is gone.
+    unsigned Generation() const { return generation_; }
+
+    // The texts of the given rows, each with a line break behind it.
+    template <typename Rows>
+    std::wstring TextOfRows(const Rows& rows) const {
+        std::wstring text;
+        for (const std::size_t row : rows) {
+            text += Text(row) + L"\r\n";
+        }
+        return text;
+    }
+
+    // The memory held for texts and rows, in bytes.
+    std::size_t BytesHeld() const;
+
+private:
+    static constexpr std::int32_t kNoStatus = std::numeric_limits<std::int32_t>::min();
+
+    struct TRow {
+        const char* text;
+        std::uint32_t length;
+        std::int32_t status;  // kNoStatus when the row has none
+    };
+
+    const char* Keep(const std::string& text);
+    const TRow& Row(std::size_t row) const { return rows_.at(rows_.size() - 1 - row); }
+
+    std::deque<TRow> rows_;  // the oldest first
+    std::deque<std::unique_ptr<char[]>> blocks_;
+    std::size_t blockBytes_ = 0;
+    char* free_ = nullptr;
+    std::size_t freeBytes_ = 0;
+    unsigned generation_ = 0;
+};

@@ -1,0 +1,270 @@
+#include "app/status_list_view.h"
+
+#include <algorithm>
+#include <cwchar>
+
+#include "ui/clipboard.h"
+#include "ui/dark_mode.h"
+#include "ui/device_context.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+// Sizes at a scale of 100 %.
+constexpr int kRowPadding = 6;
+constexpr int kTextMargin = 8;
+constexpr int kErrorMargin = 4;
+
+bool IsKeyDown(int key) { return GetKeyState(key) < 0; }
+
+}  // namespace
+
+bool TStatusListView::CreateIn(HWND parent, int id, TScale scale, HFONT font) {
+    handle_ = CreateWindowExW(0, WC_LISTVIEWW, L"Meldungen",
+                              WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_GROUP | LVS_REPORT | LVS_OWNERDATA |
+                                  LVS_NOCOLUMNHEADER | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER,
+                              0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+                              GetModuleHandleW(nullptr), nullptr);
+    if (handle_ == nullptr) {
+        return false;
+    }
+    UseDarkScrollBars(handle_);
+    const DWORD style = LVS_EX_DOUBLEBUFFER | LVS_EX_FULLROWSELECT;
+    SendMessageW(handle_, LVM_SETEXTENDEDLISTVIEWSTYLE, style, static_cast<LPARAM>(style));
+    SendMessageW(handle_, LVM_SETBKCOLOR, 0, static_cast<LPARAM>(ColorRefOf(Theme::ControlGround)));
+    SendMessageW(handle_, LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(ColorRefOf(Theme::ControlGround)));
+    SendMessageW(handle_, LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(ColorRefOf(FileNameStyle.text)));
+    LVCOLUMNW column{};
+    column.mask = LVCF_WIDTH;
+    SendMessageW(handle_, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
+    SetScale(scale, font);
+    return true;
+}
+
+void TStatusListView::SetScale(TScale scale, HFONT font) {
+    scale_ = scale;
+    font_ = font;
+    SendMessageW(handle_, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+    const HIMAGELIST height = ImageList_Create(1, TextHeight(font) + scale(kRowPadding), ILC_COLOR, 1, 1);
+    // The control releases the list it has at its own end, and a replaced one is ours.
+    SendMessageW(handle_, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(height));
+    if (rowHeight_ != nullptr) {
+        ImageList_Destroy(rowHeight_);
+    }
+    rowHeight_ = height;
+    FitColumn();
+}
+
+void TStatusListView::Place(const RECT& area) {
+    SetWindowPos(handle_, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+    FitColumn();
+}
+
+void TStatusListView::FitColumn() {
+    RECT client{};
+    GetClientRect(handle_, &client);
+    if (SendMessageW(handle_, LVM_GETCOLUMNWIDTH, 0, 0) != client.right) {
+        SendMessageW(handle_, LVM_SETCOLUMNWIDTH, 0, client.right);
+    }
+}
+
+void TStatusListView::ShowChanges() {
+    const int rows = static_cast<int>(model_.RowCount());
+    if (handle_ == nullptr) {
+        return;
+    }
+    if (shownGeneration_ != model_.Generation()) {
+        shownGeneration_ = model_.Generation();
+        shownRows_ = 0;
+        SendMessageW(handle_, LVM_SETITEMCOUNT, 0, 0);
+        selection_.clear();
+        selectionChanged_ = false;
+    }
+    if (rows != shownRows_) {
+        ShowNewRows(rows - shownRows_);
+    }
+}
+
+// Rows that came in since the last ShowChanges are not on the screen yet.
+std::optional<std::size_t> TStatusListView::ModelRow(int row) const {
+    if (row < 0 || row >= shownRows_ || shownGeneration_ != model_.Generation()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(row) + model_.RowCount() - static_cast<std::size_t>(shownRows_);
+}
+
+void TStatusListView::ShowNewRows(int count) {
+    if (selectionChanged_) {
+        ReadSelection();
+    }
+    const int top = static_cast<int>(SendMessageW(handle_, LVM_GETTOPINDEX, 0, 0));
+    const int mark = static_cast<int>(SendMessageW(handle_, LVM_GETSELECTIONMARK, 0, 0));
+    const int focused = static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+    shownRows_ += count;
+    // While the newest row is in sight the list shows the newest rows; further down it stays where it is.
+    const bool follows = top == 0;
+    if (!follows) {
+        SendMessageW(handle_, WM_SETREDRAW, FALSE, 0);
+    }
+    SendMessageW(handle_, LVM_SETITEMCOUNT, static_cast<WPARAM>(shownRows_),
+                 LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
+    MoveSelection(count);
+    if (focused >= 0) {
+        SetRowState(focused + count, LVIS_FOCUSED, LVIS_FOCUSED);
+    }
+    if (mark >= 0) {
+        SendMessageW(handle_, LVM_SETSELECTIONMARK, 0, mark + count);
+    }
+    if (!follows) {
+        RECT row{};
+        SendMessageW(handle_, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
+        SendMessageW(handle_, LVM_SCROLL, 0, static_cast<LPARAM>(count) * (row.bottom - row.top));
+        SendMessageW(handle_, WM_SETREDRAW, TRUE, 0);
+    }
+    FitColumn();
+    InvalidateRect(handle_, nullptr, FALSE);
+    selectionChanged_ = false;
+}
+
+// Only after the user has changed the selection: asking for a million selected rows takes its time.
+void TStatusListView::ReadSelection() {
+    selection_.clear();
+    int row = -1;
+    for (;;) {
+        row = static_cast<int>(
+            SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
+        if (row < 0) {
+            return;
+        }
+        if (!selection_.empty() && selection_.back().second == row) {
+            ++selection_.back().second;
+        } else {
+            selection_.emplace_back(row, row + 1);
+        }
+    }
+}
+
+// Of every range only its ends change: as many rows at each as came in above.
+void TStatusListView::MoveSelection(int count) {
+    for (const auto& [first, behind] : selection_) {
+        for (int row = first; row < std::min(first + count, behind); ++row) {
+            SetRowState(row, 0, LVIS_SELECTED);
+        }
+    }
+    for (auto& [first, behind] : selection_) {
+        for (int row = std::max(behind, first + count); row < behind + count; ++row) {
+            SetRowState(row, LVIS_SELECTED, LVIS_SELECTED);
+        }
+        first += count;
+        behind += count;
+    }
+}
+
+void TStatusListView::SetRowState(int row, UINT state, UINT mask) {
+    LVITEMW item{};
+    item.state = state;
+    item.stateMask = mask;
+    SendMessageW(handle_, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+}
+
+std::vector<std::size_t> TStatusListView::SelectedRows() const {
+    std::vector<std::size_t> rows;
+    LRESULT row = -1;
+    while ((row = SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED)) >= 0) {
+        rows.push_back(static_cast<std::size_t>(row));
+    }
+    return rows;
+}
+
+void TStatusListView::SelectAll() { SetRowState(-1, LVIS_SELECTED, LVIS_SELECTED); }
+
+void TStatusListView::CopySelection() {
+    ShowChanges();  // rows are counted from the top
+    if (const std::wstring text = model_.TextOfRows(SelectedRows()); !text.empty()) {
+        CopyToClipboard(handle_, text);
+    }
+}
+
+std::optional<LRESULT> TStatusListView::HandleNotification(NMHDR& notification) {
+    switch (notification.code) {
+        case LVN_GETDISPINFOW:
+            FillDisplayInformation(reinterpret_cast<NMLVDISPINFOW&>(notification));
+            return 0;
+        case NM_CUSTOMDRAW:
+            return CustomDraw(reinterpret_cast<const NMLVCUSTOMDRAW&>(notification));
+        case LVN_ITEMCHANGED:
+        case LVN_ODSTATECHANGED:
+            selectionChanged_ = true;
+            return 0;
+        case LVN_KEYDOWN: {
+            const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(notification).wVKey;
+            if (IsKeyDown(VK_CONTROL) && !IsKeyDown(VK_MENU)) {
+                if (key == 'A') {
+                    SelectAll();
+                } else if (key == 'C' || key == VK_INSERT) {
+                    CopySelection();
+                }
+            }
+            return 0;
+        }
+        default:
+            return std::nullopt;
+    }
+}
+
+void TStatusListView::FillDisplayInformation(NMLVDISPINFOW& information) const {
+    LVITEMW& item = information.item;
+    if ((item.mask & LVIF_TEXT) == 0 || item.pszText == nullptr || item.cchTextMax <= 0) {
+        return;
+    }
+    const auto row = ModelRow(item.iItem);
+    const std::wstring text = row ? model_.Text(*row) : std::wstring();
+    const std::size_t length = std::min(text.size(), static_cast<std::size_t>(item.cchTextMax) - 1);
+    std::wmemcpy(item.pszText, text.data(), length);
+    item.pszText[length] = 0;
+}
+
+LRESULT TStatusListView::CustomDraw(const NMLVCUSTOMDRAW& draw) {
+    switch (draw.nmcd.dwDrawStage) {
+        case CDDS_PREPAINT:
+            return CDRF_NOTIFYITEMDRAW;
+        case CDDS_ITEMPREPAINT:
+            DrawRow(draw.nmcd.hdc, static_cast<int>(draw.nmcd.dwItemSpec));
+            return CDRF_SKIPDEFAULT;
+        default:
+            return CDRF_DODEFAULT;
+    }
+}
+
+void TStatusListView::DrawRow(HDC context, int row) const {
+    const auto modelRow = ModelRow(row);
+    if (!modelRow) {
+        return;
+    }
+    RECT area{};
+    area.left = LVIR_BOUNDS;
+    SendMessageW(handle_, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
+    const bool selected =
+        SendMessageW(handle_, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_SELECTED) != 0;
+    const TRowStyle& style = StyleOfStatus(model_.Status(*modelRow));
+    FillArea(context, area,
+             !selected                 ? Theme::ControlGround
+             : GetFocus() == handle_ ? Theme::Selection
+                                       : Theme::SelectionIdle);
+    const std::wstring text = model_.Text(*modelRow);
+    const TSelection font(context, font_);
+    RECT textArea{area.left + scale_(kTextMargin), area.top, area.right - scale_(kTextMargin), area.bottom};
+    if (style.ground != Theme::ControlGround) {
+        SIZE size{};
+        GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
+        const int right = std::min<int>(textArea.left + size.cx, textArea.right);
+        FillArea(context, {textArea.left - scale_(kErrorMargin), area.top + scale_(1), right + scale_(kErrorMargin),
+                           area.bottom - scale_(1)},
+                 style.ground);
+    }
+    SetBkMode(context, TRANSPARENT);
+    SetTextColor(context, ColorRefOf(style.text));
+    DrawTextW(context, text.c_str(), static_cast<int>(text.size()), &textArea,
+              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+}

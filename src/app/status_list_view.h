@@ -1,0 +1,65 @@
+// The status list on the screen.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <cstddef>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "app/status_list_model.h"
+#include "support/handles.h"
+#include "ui/dpi.h"
+
+// Shows a TStatusListModel in the system's list control, which keeps no row of its own: it asks for what it
+// shows. New rows come in above; the rows the user looks at, and the selected ones, stay where they are.
+class TStatusListView {
+public:
+    explicit TStatusListView(const TStatusListModel& model) : model_(model) {}
+    TStatusListView(const TStatusListView&) = delete;
+    TStatusListView& operator=(const TStatusListView&) = delete;
+
+    // False when the system refuses the control.
+    [[nodiscard]] bool CreateIn(HWND parent, int id, TScale scale, HFONT font);
+    HWND Handle() const { return handle_; }
+    void SetScale(TScale scale, HFONT font);
+    void Place(const RECT& area);
+
+    // Brings the rows that were added or removed since the last call to the screen.
+    void ShowChanges();
+
+    // Answers the control's notifications; nothing for those it does not care about.
+    std::optional<LRESULT> HandleNotification(NMHDR& notification);
+
+    std::vector<std::size_t> SelectedRows() const;
+    void SelectAll();
+    void CopySelection();
+
+private:
+    using TRange = std::pair<int, int>;  // first row, and the one behind the last
+
+    // The model's number of a row on the screen; nothing for one the model has no more.
+    std::optional<std::size_t> ModelRow(int row) const;
+    void ShowNewRows(int count);
+    void ReadSelection();
+    void MoveSelection(int count);
+    void SetRowState(int row, UINT state, UINT mask);
+    LRESULT CustomDraw(const NMLVCUSTOMDRAW& draw);
+    void DrawRow(HDC context, int row) const;
+    void FillDisplayInformation(NMLVDISPINFOW& information) const;
+    void FitColumn();
+
+    const TStatusListModel& model_;
+    HWND handle_ = nullptr;
+    TScale scale_;
+    HFONT font_ = nullptr;
+    // An empty image list: its height is the rows' height.
+    HIMAGELIST rowHeight_ = nullptr;
+    int shownRows_ = 0;
+    unsigned shownGeneration_ = 0;
+    // What is selected, read from the control when the user has changed it.
+    std::vector<TRange> selection_;
+    bool selectionChanged_ = false;
+};

@@ -1,0 +1,125 @@
+#include "ui/icons.h"
+
+namespace {
+
+constexpr double kLine = 1.8;
+
+// The colours of one drawing.
+struct TInk {
+    TColour line;
+    TColour accent;
+    TColour stop;
+    TColour warning;
+};
+
+constexpr TInk kNormalInk{{0xD7, 0xDB, 0xE0}, {0x4D, 0xB8, 0xFF}, {0xFF, 0x6B, 0x6B}, {0xFF, 0xC1, 0x45}};
+constexpr TInk kDisabledInk{Theme::DisabledText, Theme::DisabledText, Theme::DisabledText,
+                            Theme::DisabledText};
+
+// A door and the way out of it.
+void DrawClose(TIconCanvas& canvas, const TInk& ink) {
+    canvas.Line({{13, 4}, {6, 4}, {4, 6}, {4, 18}, {6, 20}, {13, 20}}, kLine, ink.line);
+    canvas.Line({{9, 12}, {20, 12}}, kLine, ink.accent);
+    canvas.Line({{16, 8}, {20, 12}, {16, 16}}, kLine, ink.accent);
+}
+
+// Two sheets, the copy in front.
+void DrawStartCopy(TIconCanvas& canvas, const TInk& ink) {
+    canvas.Line({{4, 15}, {4, 5}, {5, 4}, {15, 4}}, kLine, ink.line);
+    canvas.Line({{9, 8}, {19, 8}, {20, 9}, {20, 19}, {19, 20}, {9, 20}, {8, 19}, {8, 9}, {9, 8}}, kLine,
+                ink.accent);
+    canvas.Line({{11, 14}, {13.5, 16.5}, {17, 11.5}}, kLine, ink.accent);
+}
+
+void DrawStopCopy(TIconCanvas& canvas, const TInk& ink) {
+    canvas.RoundedBox({5, 5}, {19, 19}, 2.5, ink.stop);
+}
+
+// Three sliders.
+void DrawConfigure(TIconCanvas& canvas, const TInk& ink) {
+    const auto slider = [&](double y, double knob) {
+        canvas.Line({{3, y}, {21, y}}, kLine, ink.line);
+        canvas.Circle({knob, y}, 3, ink.accent);
+    };
+    slider(5, 8);
+    slider(12, 16);
+    slider(19, 9);
+}
+
+// The sign of a switch.
+void DrawPower(TIconCanvas& canvas, TColour arc, TColour line) {
+    canvas.Arc({12, 13}, 8, -55, 235, kLine, arc);
+    canvas.Line({{12, 3}, {12, 11}}, kLine, line);
+}
+
+// A turn all the way round.
+void DrawReindex(TIconCanvas& canvas, const TInk& ink) {
+    canvas.Arc({12, 12}, 8, 30, 300, kLine, ink.line);
+    canvas.Line({{16, 2}, {16, 6}, {11, 6}}, kLine, ink.accent);
+    canvas.Circle({12, 12}, 2.5, ink.accent);
+}
+
+// Something that comes down into a tray.
+void DrawUpdate(TIconCanvas& canvas, const TInk& ink) {
+    canvas.Line({{4, 16}, {4, 20}, {20, 20}, {20, 16}}, kLine, ink.line);
+    canvas.Line({{12, 3}, {12, 15}}, kLine, ink.accent);
+    canvas.Line({{7, 10}, {12, 15}, {17, 10}}, kLine, ink.accent);
+}
+
+void DrawFolder(TIconCanvas& canvas, const TInk& ink) {
+    canvas.Line({{3, 19}, {3, 5}, {9, 5}, {11, 8}, {21, 8}, {21, 19}, {3, 19}}, kLine, ink.line);
+    canvas.Line({{4, 12}, {20, 12}}, kLine, ink.accent);
+}
+
+void DrawAdd(TIconCanvas& canvas, const TInk& ink) {
+    canvas.Line({{12, 5}, {12, 19}}, kLine, ink.accent);
+    canvas.Line({{5, 12}, {19, 12}}, kLine, ink.accent);
+}
+
+void DrawDelete(TIconCanvas& canvas, const TInk& ink) {
+    canvas.Line({{6, 6}, {18, 18}}, kLine, ink.stop);
+    canvas.Line({{18, 6}, {6, 18}}, kLine, ink.stop);
+}
+
+}  // namespace
+
+TIconCanvas DrawImage(TImageIndex image, int size, TImageState state) {
+    TIconCanvas canvas(size);
+    const TInk& ink = state == TImageState::Normal ? kNormalInk : kDisabledInk;
+    switch (image) {
+        case TImageIndex::Close:
+            DrawClose(canvas, ink);
+            break;
+        case TImageIndex::StartCopy:
+            DrawStartCopy(canvas, ink);
+            break;
+        case TImageIndex::StopCopy:
+            DrawStopCopy(canvas, ink);
+            break;
+        case TImageIndex::Configure:
+            DrawConfigure(canvas, ink);
+            break;
+        case TImageIndex::Reindex:
+            DrawReindex(canvas, ink);
+            break;
+        case TImageIndex::Update:
+            DrawUpdate(canvas, ink);
+            break;
+        case TImageIndex::ShutDownChecked:
+            DrawPower(canvas, ink.warning, ink.warning);
+            break;
+        case TImageIndex::ShutDown:
+            DrawPower(canvas, ink.line, ink.accent);
+            break;
+        case TImageIndex::Folder:
+            DrawFolder(canvas, ink);
+            break;
+        case TImageIndex::Add:
+            DrawAdd(canvas, ink);
+            break;
+        case TImageIndex::Delete:
+            DrawDelete(canvas, ink);
+            break;
+    }
+    return canvas;
+}

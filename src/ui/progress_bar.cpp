@@ -1,0 +1,64 @@
+#include "ui/progress_bar.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "ui/device_context.h"
+
+bool TProgressBar::CreateIn(HWND parent) {
+    TCreateOptions options;
+    options.className = L"VardekoProgressBar";
+    options.style = WS_CHILD | WS_VISIBLE;
+    options.parent = parent;
+    options.left = options.top = options.width = options.height = 0;
+    return Create(options);
+}
+
+void TProgressBar::SetPosition(double position) {
+    position_ = position;
+}
+
+void TProgressBar::SetMaximum(double maximum) {
+    maximum_ = maximum;
+}
+
+double TProgressBar::Fraction() const {
+    return maximum_ > 0 ? std::clamp(position_ / maximum_, 0.0, 1.0) : 0.0;
+}
+
+int TProgressBar::FilledPixels() const {
+    RECT area{};
+    GetClientRect(Handle(), &area);
+    return static_cast<int>(std::lround(Fraction() * (area.right - area.left)));
+}
+
+void TProgressBar::ShowChanges() {
+    if (Exists() && FilledPixels() != shownPixels_) {
+        // For screen readers; the text is not drawn.
+        SetWindowTextW(Handle(), (std::to_wstring(std::lround(Fraction() * 100)) + L" %").c_str());
+        InvalidateRect(Handle(), nullptr, FALSE);
+    }
+}
+
+void TProgressBar::Paint() {
+    const TPaintContext paint(Handle());
+    shownPixels_ = FilledPixels();
+    RECT filled = paint.Client();
+    filled.right = filled.left + shownPixels_;
+    FillArea(paint.Get(), paint.Client(), Theme::ControlGround);
+    FillArea(paint.Get(), filled, Theme::Accent);
+    FrameArea(paint.Get(), paint.Client(), Theme::Border);
+}
+
+std::optional<LRESULT> TProgressBar::HandleMessage(UINT message, WPARAM, LPARAM) {
+    switch (message) {
+        case WM_PAINT:
+            Paint();
+            return 0;
+        case WM_ERASEBKGND:
+            return TRUE;
+        default:
+            return std::nullopt;
+    }
+}

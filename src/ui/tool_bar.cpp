@@ -1,0 +1,226 @@
+#include "ui/tool_bar.h"
+
+#include <commctrl.h>
+
+#include "ui/device_context.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+// Sizes at a scale of 100 %.
+constexpr int kMargin = 4;
+constexpr int kButtonWidth = 40;
+constexpr int kImageMargin = 8;
+constexpr int kSeparatorWidth = 13;
+
+std::wstring HintWithShortcut(const TAction& action) {
+    const std::wstring& key = action.Shortcut().name;
+    return key.empty() ? action.Hint() : action.Hint() + L" (" + key + L")";
+}
+
+}  // namespace
+
+bool TToolBar::CreateIn(HWND parent, std::vector<TToolBarItem> items, TScale scale, HFONT font) {
+    scale_ = scale;
+    font_ = font;
+    images_.SetScale(scale);
+    TCreateOptions options;
+    options.className = L"VardekoToolBar";
+    options.style = WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN;
+    options.extendedStyle = WS_EX_CONTROLPARENT;
+    options.parent = parent;
+    options.left = options.top = options.width = options.height = 0;
+    if (!Create(options)) {
+        return false;
+    }
+    for (const TToolBarItem& item : items) {
+        if (item.action == nullptr || item.action->Visible()) {
+            buttons_.push_back({item, nullptr});
+        }
+    }
+    int id = 1;
+    for (TButton& button : buttons_) {
+        if (button.item.action != nullptr) {
+            CreateButton(button, id++);
+        }
+    }
+    PlaceButtons();
+    return true;
+}
+
+void TToolBar::CreateButton(TButton& button, int id) {
+    TAction& action = *button.item.action;
+    const std::wstring& name = button.item.showCaption ? action.Caption() : action.Hint();
+    const DWORD group = id == 1 ? WS_GROUP : 0;
+    button.handle = CreateWindowExW(
+        0, L"BUTTON", name.c_str(), WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW | group, 0, 0, 0, 0,
+        Handle(), reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
+    SetWindowSubclass(button.handle, &TToolBar::ButtonProcedure, 1, reinterpret_cast<DWORD_PTR>(this));
+    toolTips_.SetHint(Handle(), button.handle, HintWithShortcut(action));
+    EnableWindow(button.handle, action.Enabled());
+    action.SetChangeHandler([this, &button] { ActionChanged(button); });
+}
+
+void TToolBar::SetScale(TScale scale, HFONT font) {
+    scale_ = scale;
+    font_ = font;
+    images_.SetScale(scale);
+    PlaceButtons();
+    InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+int TToolBar::ButtonWidth(const TToolBarItem& item) const {
+    if (item.action == nullptr) {
+        return scale_(kSeparatorWidth);
+    }
+    if (!item.showCaption) {
+        return scale_(kButtonWidth);
+    }
+    const TScreenContext screen;
+    const TSelection selection(screen.Get(), font_);
+    SIZE size{};
+    const std::wstring& caption = item.action->Caption();
+    GetTextExtentPoint32W(screen.Get(), caption.c_str(), static_cast<int>(caption.size()), &size);
+    return scale_(kImageMargin) + images_.Size() + scale_(kImageMargin) + size.cx + scale_(kImageMargin + 2);
+}
+
+void TToolBar::PlaceButtons() {
+    int left = scale_(kMargin);
+    for (const TButton& button : buttons_) {
+        const int width = ButtonWidth(button.item);
+        if (button.handle != nullptr) {
+            SetWindowPos(button.handle, nullptr, left, scale_(kMargin), width, scale_(kHeight - 2 * kMargin),
+                         SWP_NOZORDER | SWP_NOACTIVATE);
+        }
+        left += width;
+    }
+}
+
+void TToolBar::ActionChanged(const TButton& button) {
+    const bool enabled = button.item.action->Enabled();
+    if ((IsWindowEnabled(button.handle) != FALSE) != enabled) {
+        // A disabled control would keep the keyboard to itself.
+        if (!enabled && GetFocus() == button.handle) {
+            SetFocus(GetNextDlgTabItem(GetAncestor(Handle(), GA_ROOT), button.handle, FALSE));
+        }
+        EnableWindow(button.handle, enabled);
+    }
+    InvalidateRect(button.handle, nullptr, FALSE);
+}
+
+HWND TToolBar::ButtonOf(const TAction& action) const {
+    for (const TButton& button : buttons_) {
+        if (button.item.action == &action) {
+            return button.handle;
+        }
+    }
+    return nullptr;
+}
+
+const TToolBar::TButton* TToolBar::FindButton(HWND handle) const {
+    for (const TButton& button : buttons_) {
+        if (button.handle != nullptr && button.handle == handle) {
+            return &button;
+        }
+    }
+    return nullptr;
+}
+
+void TToolBar::DrawButton(const DRAWITEMSTRUCT& draw) {
+    const TButton* button = FindButton(draw.hwndItem);
+    if (button == nullptr) {
+        return;
+    }
+    const TAction& action = *button->item.action;
+    const bool enabled = (draw.itemState & ODS_DISABLED) == 0;
+    const bool pressed = (draw.itemState & ODS_SELECTED) != 0;
+    const bool hovered = enabled && hovered_ == draw.hwndItem;
+    const TColour ground = pressed            ? Theme::Pressed
+                           : action.Checked() ? Theme::Checked
+                           : hovered          ? Theme::Hover
+                                              : Theme::WindowGround;
+    FillArea(draw.hDC, draw.rcItem, ground);
+    if (action.Checked()) {
+        FrameArea(draw.hDC, draw.rcItem, hovered ? Theme::Accent : Theme::Border, scale_(1));
+    }
+    if ((draw.itemState & ODS_FOCUS) != 0) {
+        FrameArea(draw.hDC, draw.rcItem, Theme::Accent, scale_(2));
+    }
+    const int height = draw.rcItem.bottom - draw.rcItem.top;
+    images_.Draw(draw.hDC, {scale_(kImageMargin), (height - images_.Size()) / 2}, action.Image(),
+                 enabled ? TImageState::Normal : TImageState::Disabled);
+    if (button->item.showCaption) {
+        RECT area = draw.rcItem;
+        area.left += scale_(2 * kImageMargin) + images_.Size();
+        const TSelection selection(draw.hDC, font_);
+        SetBkMode(draw.hDC, TRANSPARENT);
+        SetTextColor(draw.hDC, ColorRefOf(enabled ? Theme::Text : Theme::DisabledText));
+        DrawTextW(draw.hDC, action.Caption().c_str(), -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+    }
+}
+
+void TToolBar::Paint() {
+    const TPaintContext paint(Handle());
+    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    int left = scale_(kMargin);
+    for (const TButton& button : buttons_) {
+        const int width = ButtonWidth(button.item);
+        if (button.handle == nullptr) {
+            const int middle = left + width / 2;
+            FillArea(paint.Get(), {middle, scale_(10), middle + scale_(1), scale_(kHeight - 10)},
+                     Theme::Border);
+        }
+        left += width;
+    }
+}
+
+std::optional<LRESULT> TToolBar::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
+    switch (message) {
+        case WM_COMMAND:
+            if (const TButton* button = FindButton(reinterpret_cast<HWND>(longParameter));
+                button != nullptr && HIWORD(wordParameter) == BN_CLICKED) {
+                button->item.action->Execute();
+            }
+            return 0;
+        case WM_DRAWITEM:
+            DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
+            return TRUE;
+        case WM_PAINT:
+            Paint();
+            return 0;
+        case WM_ERASEBKGND:
+            return TRUE;
+        default:
+            return std::nullopt;
+    }
+}
+
+// Knows where the pointer is, which an owner-drawn button is not told.
+LRESULT CALLBACK TToolBar::ButtonProcedure(HWND handle, UINT message, WPARAM wordParameter,
+                                           LPARAM longParameter, UINT_PTR id, DWORD_PTR data) {
+    auto* bar = reinterpret_cast<TToolBar*>(data);
+    switch (message) {
+        case WM_MOUSEMOVE:
+            if (bar->hovered_ != handle) {
+                bar->hovered_ = handle;
+                TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, handle, 0};
+                TrackMouseEvent(&track);
+                InvalidateRect(handle, nullptr, FALSE);
+            }
+            break;
+        case WM_MOUSELEAVE:
+            if (bar->hovered_ == handle) {
+                bar->hovered_ = nullptr;
+                InvalidateRect(handle, nullptr, FALSE);
+            }
+            break;
+        case WM_ERASEBKGND:
+            return TRUE;
+        case WM_NCDESTROY:
+            RemoveWindowSubclass(handle, &TToolBar::ButtonProcedure, id);
+            break;
+        default:
+            break;
+    }
+    return DefSubclassProc(handle, message, wordParameter, longParameter);
+}

@@ -1,0 +1,61 @@
+// A row of buttons for actions.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ui/action.h"
+#include "ui/image_list.h"
+#include "ui/tool_tips.h"
+#include "ui/window.h"
+
+struct TToolBarItem {
+    TAction* action = nullptr;  // a separator, when there is none
+    bool showCaption = false;
+};
+
+// Shows actions as buttons: real ones, so that the Tab key, the space bar and screen readers know them, drawn
+// in the dark look.
+class TToolBar final : public TWindow {
+public:
+    // Height at a scale of 100 %.
+    static constexpr int kHeight = 44;
+
+    // Creates the bar. Hidden actions get no button.
+    [[nodiscard]] bool CreateIn(HWND parent, std::vector<TToolBarItem> items, TScale scale, HFONT font);
+    // Places the buttons anew.
+    void SetScale(TScale scale, HFONT font);
+
+    // The button of an action; null when it has none.
+    HWND ButtonOf(const TAction& action) const;
+
+protected:
+    std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
+
+private:
+    struct TButton {
+        TToolBarItem item;
+        HWND handle = nullptr;
+    };
+
+    void CreateButton(TButton& button, int id);
+    void PlaceButtons();
+    int ButtonWidth(const TToolBarItem& item) const;
+    void ActionChanged(const TButton& button);
+    void DrawButton(const DRAWITEMSTRUCT& draw);
+    void Paint();
+    const TButton* FindButton(HWND handle) const;
+    static LRESULT CALLBACK ButtonProcedure(HWND handle, UINT message, WPARAM wordParameter,
+                                            LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
+
+    std::vector<TButton> buttons_;
+    TImages images_;
+    TToolTips toolTips_;
+    TScale scale_;
+    HFONT font_ = nullptr;
+    HWND hovered_ = nullptr;
+};

@@ -1,0 +1,33 @@
+#include "ui/tool_tips.h"
+
+#include <commctrl.h>
+
+#include "ui/dark_mode.h"
+#include "ui/device_context.h"
+
+TToolTips::~TToolTips() {
+    // Gone with its owner, when that was destroyed first.
+    if (IsWindow(handle_)) {
+        DestroyWindow(handle_);
+    }
+}
+
+void TToolTips::SetHint(HWND owner, HWND control, const std::wstring& hint) {
+    if (handle_ == nullptr) {
+        handle_ =
+            CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
+                            0, 0, 0, 0, owner, nullptr, GetModuleHandleW(nullptr), nullptr);
+        RemoveVisualStyle(handle_);
+        SendMessageW(handle_, TTM_SETTIPBKCOLOR, ColorRefOf(Theme::HeaderGround), 0);
+        SendMessageW(handle_, TTM_SETTIPTEXTCOLOR, ColorRefOf(Theme::Text), 0);
+    }
+    std::wstring text = hint;
+    TTTOOLINFOW tool{};
+    tool.cbSize = sizeof(tool);
+    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    tool.hwnd = owner;
+    tool.uId = reinterpret_cast<UINT_PTR>(control);
+    tool.lpszText = text.data();
+    SendMessageW(handle_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    SendMessageW(handle_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}

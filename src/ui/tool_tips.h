@@ -1,0 +1,21 @@
+// The hints that appear beside the pointer.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+// The tool tips of one window's controls, in the dark look.
+class TToolTips {
+public:
+    TToolTips() = default;
+    TToolTips(const TToolTips&) = delete;
+    TToolTips& operator=(const TToolTips&) = delete;
+    ~TToolTips();
+
+    // Gives a control its hint; a second call changes it. The control is a child of any depth of `owner`.
+    void SetHint(HWND owner, HWND control, const std::wstring& hint);
+
+private:
+    HWND handle_ = nullptr;
+};
