@@ -5,7 +5,8 @@
 bool ShutdownSystem(const TPlatformCalls& calls, const std::wstring& machine, const std::wstring& message,
                     unsigned timeout, bool force, bool reboot) {
     TKernelHandle token;
-    if (!calls.OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, token.Receive())) {
+    if (!calls.OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY,
+                                token.Receive())) {
         return false;
     }
     TOKEN_PRIVILEGES privileges{};
@@ -22,6 +23,6 @@ bool ShutdownSystem(const TPlatformCalls& calls, const std::wstring& machine, co
     }
     std::wstring machineName = machine;
     std::wstring messageText = message;
-    return calls.InitiateSystemShutdownW(machineName.empty() ? nullptr : machineName.data(), messageText.data(),
-                                         timeout, force, reboot) != FALSE;
+    return calls.InitiateSystemShutdownW(machineName.empty() ? nullptr : machineName.data(),
+                                         messageText.data(), timeout, force, reboot) != FALSE;
 }

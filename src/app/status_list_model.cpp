@@ -40,8 +40,8 @@ void TStatusListModel::InsertAtTop(std::wstring_view text, std::optional<int> st
 }
 
 void TStatusListModel::Clear() {
-    rows_ = {};
-    blocks_ = {};
+    rows_.clear();
+    blocks_.clear();
     blockBytes_ = freeBytes_ = 0;
     free_ = nullptr;
     ++generation_;

@@ -15,7 +15,9 @@ constexpr int kRowPadding = 6;
 constexpr int kTextMargin = 8;
 constexpr int kErrorMargin = 4;
 
-bool IsKeyDown(int key) { return GetKeyState(key) < 0; }
+bool IsKeyDown(int key) {
+    return GetKeyState(key) < 0;
+}
 
 }  // namespace
 
@@ -100,7 +102,8 @@ void TStatusListView::ShowNewRows(int count) {
     }
     const int top = static_cast<int>(SendMessageW(handle_, LVM_GETTOPINDEX, 0, 0));
     const int mark = static_cast<int>(SendMessageW(handle_, LVM_GETSELECTIONMARK, 0, 0));
-    const int focused = static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+    const int focused =
+        static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
     shownRows_ += count;
     // While the newest row is in sight the list shows the newest rows; further down it stays where it is.
     const bool follows = top == 0;
@@ -132,8 +135,8 @@ void TStatusListView::ReadSelection() {
     selection_.clear();
     int row = -1;
     for (;;) {
-        row = static_cast<int>(
-            SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
+        row =
+            static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
         if (row < 0) {
             return;
         }
@@ -177,7 +180,9 @@ std::vector<std::size_t> TStatusListView::SelectedRows() const {
     return rows;
 }
 
-void TStatusListView::SelectAll() { SetRowState(-1, LVIS_SELECTED, LVIS_SELECTED); }
+void TStatusListView::SelectAll() {
+    SetRowState(-1, LVIS_SELECTED, LVIS_SELECTED);
+}
 
 void TStatusListView::CopySelection() {
     ShowChanges();  // rows are counted from the top
@@ -249,9 +254,9 @@ void TStatusListView::DrawRow(HDC context, int row) const {
         SendMessageW(handle_, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_SELECTED) != 0;
     const TRowStyle& style = StyleOfStatus(model_.Status(*modelRow));
     FillArea(context, area,
-             !selected                 ? Theme::ControlGround
+             !selected               ? Theme::ControlGround
              : GetFocus() == handle_ ? Theme::Selection
-                                       : Theme::SelectionIdle);
+                                     : Theme::SelectionIdle);
     const std::wstring text = model_.Text(*modelRow);
     const TSelection font(context, font_);
     RECT textArea{area.left + scale_(kTextMargin), area.top, area.right - scale_(kTextMargin), area.bottom};
@@ -259,8 +264,9 @@ void TStatusListView::DrawRow(HDC context, int row) const {
         SIZE size{};
         GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
         const int right = std::min<int>(textArea.left + size.cx, textArea.right);
-        FillArea(context, {textArea.left - scale_(kErrorMargin), area.top + scale_(1), right + scale_(kErrorMargin),
-                           area.bottom - scale_(1)},
+        FillArea(context,
+                 {textArea.left - scale_(kErrorMargin), area.top + scale_(1), right + scale_(kErrorMargin),
+                  area.bottom - scale_(1)},
                  style.ground);
     }
     SetBkMode(context, TRANSPARENT);

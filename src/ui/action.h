@@ -12,7 +12,7 @@ struct TShortcut {
     unsigned key = 0;
     bool control = false;
     bool shift = false;
-    std::wstring name;  // as the tool tip shows it
+    std::wstring name = {};  // as the tool tip shows it
 
     friend bool operator==(const TShortcut&, const TShortcut&) = default;
 };
@@ -21,13 +21,13 @@ struct TShortcut {
 class TAction {
 public:
     struct TProperties {
-        std::wstring caption;
-        std::wstring hint;
+        std::wstring caption = {};
+        std::wstring hint = {};
         TImageIndex image = TImageIndex::Close;
-        TShortcut shortcut;
+        TShortcut shortcut = {};
         bool visible = true;
-        std::function<bool()> enabledWhen;  // always, when there is none
-        std::function<void()> execute;      // nothing, when there is none
+        std::function<bool()> enabledWhen = {};  // always, when there is none
+        std::function<void()> execute = {};      // nothing, when there is none
     };
 
     explicit TAction(TProperties properties) : properties_(std::move(properties)) {}

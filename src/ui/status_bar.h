@@ -16,7 +16,7 @@ public:
         int width = 0;  // at a scale of 100 %
         bool grows = false;
         bool holdsPath = false;  // a text too long for the panel is shortened in its middle
-        std::wstring text;
+        std::wstring text = {};
     };
 
     // Height at a scale of 100 %.

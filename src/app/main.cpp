@@ -1,0 +1,82 @@
+// The program's entry.
+#include <windows.h>
+
+#include <commctrl.h>
+#include <objbase.h>
+#include <shellapi.h>
+
+#include <exception>
+#include <memory>
+
+#include "app/main_window.h"
+#include "engine/error_log.h"
+#include "support/text.h"
+
+namespace {
+
+constexpr int kCouldNotStart = 2;
+
+class TComLibrary {
+public:
+    TComLibrary() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE); }
+    TComLibrary(const TComLibrary&) = delete;
+    TComLibrary& operator=(const TComLibrary&) = delete;
+    ~TComLibrary() { CoUninitialize(); }
+};
+
+std::vector<std::wstring> ProgramArguments() {
+    int count = 0;
+    const std::unique_ptr<LPWSTR[], decltype(&LocalFree)> arguments(
+        CommandLineToArgvW(GetCommandLineW(), &count), &LocalFree);
+    return count > 1 ? std::vector<std::wstring>(arguments.get() + 1, arguments.get() + count)
+                     : std::vector<std::wstring>();
+}
+
+void WriteToStandardError(const std::wstring& text) {
+    const std::string bytes = ToUtf8(text + L"\r\n");
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+              nullptr);
+}
+
+// Under "/COPY" nobody may be there to close a message box.
+void ReportFailedStart(const std::wstring& text, bool unattended, const std::wstring& configurationFolder) {
+    if (!unattended) {
+        MessageBoxW(nullptr, text.c_str(), L"Vardeko", MB_ICONERROR | MB_OK);
+        return;
+    }
+    WriteToStandardError(text);
+    if (const TErrorCode error =
+            WriteErrorLog(SystemPlatformCalls(), configurationFolder + L"\\Error.log", text)) {
+        WriteToStandardError(L"Error.log: " + std::to_wstring(error));
+    }
+}
+
+int RunProgram(const TCommandLine& commandLine, int showCommand) {
+    TfmMain fmMain(SystemPlatformCalls(), commandLine);
+    std::unique_ptr<TDM> dataModule;
+    try {
+        fmMain.FormCreate();
+        dataModule = std::make_unique<TDM>(SystemPlatformCalls());
+        dataModule->DataModuleCreate();
+    } catch (const std::exception& error) {
+        ReportFailedStart(FromUtf8Lossy(error.what()), commandLine.copy,
+                          dataModule ? dataModule->ConfigurationFolder() : std::wstring());
+        return kCouldNotStart;
+    }
+    SetUnexpectedErrorHandler([&fmMain](const std::wstring& text) { fmMain.ReportUnexpectedError(text); });
+    fmMain.Show(*dataModule, {}, showCommand);
+    RunMessageLoop([] { return false; }, [&fmMain] { fmMain.ApplicationIdle(); });
+    fmMain.EndDataModule();
+    SetUnexpectedErrorHandler({});
+    return fmMain.ExitCode();
+}
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int showCommand) {
+    const TComLibrary com;
+    const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
+    InitCommonControlsEx(&controls);
+    return RunProgram(ParseCommandLine(ProgramArguments()), showCommand);
+}

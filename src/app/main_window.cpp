@@ -1,0 +1,458 @@
+// The main window's work: runs, reports and the end of the program. Its controls are in
+// main_window_controls.cpp.
+#include "app/main_window.h"
+
+#include <chrono>
+#include <iterator>
+#include <utility>
+
+#include "app/run_texts.h"
+#include "app/shutdown.h"
+#include "support/date_time_text.h"
+#include "ui/device_context.h"
+
+namespace {
+
+constexpr UINT kStartDelay = 1500;       // milliseconds
+constexpr UINT kShowInterval = 60;       // milliseconds
+constexpr UINT kCloseInterval = 20;      // milliseconds
+constexpr unsigned kShutDownDelay = 60;  // seconds
+
+constexpr std::size_t kBytesPanel = 2;
+constexpr std::size_t kPathPanel = 3;
+constexpr std::size_t kProgressPanel = 4;
+
+std::function<bool()> WhenIdle() {
+    return [] { return CopyIdle; };
+}
+
+std::function<bool()> WhenBusy() {
+    return [] { return !CopyIdle; };
+}
+
+std::wstring Now() {
+    return DateTimeText(CurrentDateTime());
+}
+
+// Until the data module can rebuild its table.
+template <typename DataModule>
+void RunReindex(DataModule& dataModule) {
+    if constexpr (requires { dataModule.ReIndexNasData(); }) {
+        dataModule.ReIndexNasData();
+    }
+}
+
+std::wstring DecimalSeparator() {
+    wchar_t separator[8] = L",";
+    GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, separator,
+                    static_cast<int>(std::size(separator)));
+    return separator;
+}
+
+}  // namespace
+
+TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
+    : acClose({.caption = L"Beenden",
+               .hint = L"Beenden",
+               .image = TImageIndex::Close,
+               .shortcut = {.key = 'Q', .control = true, .name = L"Strg+Q"},
+               .enabledWhen = WhenIdle(),
+               .execute = [this] { acCloseExecute(); }}),
+      acStartCopy({.caption = L"Kopieren",
+                   .hint = L"Kopieren",
+                   .image = TImageIndex::StartCopy,
+                   .shortcut = {.key = VK_F5, .name = L"F5"},
+                   .enabledWhen = WhenIdle(),
+                   .execute = [this] { acStartCopyExecute(); }}),
+      acStopCopy({.caption = L"Anhalten",
+                  .hint = L"Anhalten",
+                  .image = TImageIndex::StopCopy,
+                  .shortcut = {.key = VK_F5, .shift = true, .name = L"Umschalt+F5"},
+                  .enabledWhen = WhenBusy(),
+                  .execute = [this] { acStopCopyExecute(); }}),
+      acConfigCopy({.caption = L"Einstellen",
+                    .hint = L"Einstellen",
+                    .image = TImageIndex::Configure,
+                    .shortcut = {.key = 'E', .control = true, .name = L"Strg+E"},
+                    .enabledWhen = WhenIdle(),
+                    .execute = [this] { acConfigCopyExecute(); }}),
+      acShutDown({.caption = L"Shutdown after copy",
+                  .hint = L"PC nach dem Kopieren herunterfahren",
+                  .image = TImageIndex::ShutDown,
+                  .shortcut = {.key = 'H', .control = true, .name = L"Strg+H"},
+                  .execute = [this] { acShutDownExecute(); }}),
+      acReindex({.caption = L"Reindex NAS DB",
+                 .hint = L"Reindex",
+                 .image = TImageIndex::Reindex,
+                 .shortcut = {.key = 'R', .control = true, .shift = true, .name = L"Strg+Umschalt+R"},
+                 .visible = false,
+                 .enabledWhen = WhenIdle(),
+                 .execute = [this] { acReindexExecute(); }}),
+      acUpdate({.caption = L"Update",
+                .hint = L"Update",
+                .image = TImageIndex::Update,
+                .shortcut = {.key = 'U', .control = true, .name = L"Strg+U"},
+                .visible = false,
+                .execute = [this] { acUpdateExecute(); }}),
+      acPauseCopy({.visible = false}),
+      acMinWin({.caption = L"Minimize", .visible = false}),
+      acAbout({.caption = L"About Vardeko", .visible = false}),
+      calls_(calls),
+      commandLine_(commandLine),
+      controlGround_(CreateSolidBrush(ColorRefOf(Theme::ControlGround))),
+      windowGround_(CreateSolidBrush(ColorRefOf(Theme::WindowGround))),
+      Timer(kStartDelay, [this] { TimerTimer(); }),
+      UpdateTimer(kStartDelay, [this] { UpdateTimerTimer(); }),
+      showTimer_(kShowInterval, [this] { PaintNow(); }),
+      closeTimer_(kCloseInterval, [this] { CloseWhenPossible(); }),
+      keyFilter_([this](const MSG& message) { return TranslateKey(message); }) {}
+
+TfmMain::~TfmMain() {
+    Destroy();
+}
+
+void TfmMain::Show(TDM& dataModule, TCompanionWindows companions, int showCommand) {
+    dataModule_ = &dataModule;
+    companions_ = std::move(companions);
+    FormShow();
+    ShowWindow(Handle(), showCommand);
+    UpdateWindow(Handle());
+}
+
+void TfmMain::FormShow() {
+    aShowMessage = true;
+    CloseAfterCopy = false;
+    dataModule_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind) {
+        SetMessage(text, kind);
+    };
+    dataModule_->DoNasFinishMsg = [this](TDM&) { DoNasFinishMsg(); };
+    dataModule_->myHandle = Handle();
+    if (commandLine_.copy) {
+        if (commandLine_.msgOff) {
+            aShowMessage = false;
+        }
+        CloseAfterCopy = true;
+        if (commandLine_.shutDown) {
+            // Not as a click would: the image stays.
+            acShutDown.SetChecked(true);
+        }
+        Timer.SetEnabled(true);
+    }
+}
+
+int TfmMain::ExitCode() const {
+    if (unexpectedErrors_) {
+        return 1;
+    }
+    switch (runState_) {
+        case TRunState::None:
+            return commandLine_.copy ? 1 : 0;
+        case TRunState::Ended:
+            return dataModule_->Failures() == 0 ? 0 : 1;
+        default:
+            return 1;
+    }
+}
+
+// Actions and timers.
+
+void TfmMain::acCloseExecute() {
+    RequestClose();
+}
+
+void TfmMain::acStartCopyExecute() {
+    if (closing_) {
+        return;
+    }
+    CopyIdle = false;
+    runState_ = TRunState::Running;
+    rows_.Clear();
+    sbarMain.SetText(kBytesPanel, L"0");
+    sbarMain.SetText(kPathPanel, L"");
+    AddStatusLine(L"Start: " + Now());
+    startTime = GetTickCount();
+    KeepAwake(true);
+    UpdateActions();
+    PaintNow();
+    const TEngineCall call(*this);
+    dataModule_->StartCopy();
+}
+
+void TfmMain::acStopCopyExecute() {
+    acShutDown.SetChecked(false);
+    acShutDown.SetImage(TImageIndex::ShutDown);
+    SetCurrentFile(L"");
+    CopyIdle = true;
+    if (reindexing_) {
+        // What is under way further up the stack ends itself.
+        return;
+    }
+    runState_ = TRunState::Stopped;
+    EndOfRun();
+    AddStatusLine(L"Anwender Abbruch: " + Now());
+    ShowChanges();
+}
+
+void TfmMain::EndOfRun() {
+    const TEngineCall call(*this);
+    dataModule_->EndScanTask();
+    const double minutes = (GetTickCount() - startTime) / 60000.0;
+    AddStatusLine(TimeTakenText(minutes, DecimalSeparator()));
+    AddStatusLine(L"Fertig: " + Now());
+    sbarMain.SetText(kProgressPanel, L"");
+    dataModule_->SaveNasData();
+    KeepAwake(false);
+    UpdateActions();
+}
+
+void TfmMain::DoNasFinishMsg() {
+    CopyIdle = true;
+    runState_ = TRunState::Ended;
+    EndOfRun();
+    if (acShutDown.Checked()) {
+        ShutdownSystem(calls_, L"", L"Vardeko Shutdown in progress", kShutDownDelay, true, false);
+    } else if (CloseAfterCopy) {
+        RequestClose();
+    }
+}
+
+void TfmMain::acConfigCopyExecute() {
+    if (companions_.showConfiguration) {
+        companions_.showConfiguration();
+    }
+}
+
+void TfmMain::acShutDownExecute() {
+    acShutDown.SetChecked(!acShutDown.Checked());
+    acShutDown.SetImage(acShutDown.Checked() ? TImageIndex::ShutDownChecked : TImageIndex::ShutDown);
+}
+
+void TfmMain::acReindexExecute() {
+    if (MessageBoxW(Handle(), kReindexQuestion, L"Vardeko", MB_ICONWARNING | MB_YESNO) != IDYES || closing_) {
+        return;
+    }
+    CopyIdle = false;
+    reindexing_ = true;
+    UpdateActions();
+    ProcessPendingMessages();
+    AddStatusLine(L"Start: " + Now());
+    KeepAwake(true);
+    RunGuarded([this] { RunReindex(*dataModule_); });
+    KeepAwake(false);
+    AddStatusLine(L"Ende: " + Now());
+    reindexing_ = false;
+    CopyIdle = true;
+    UpdateActions();
+}
+
+void TfmMain::acUpdateExecute() {
+    if (companions_.checkForUpdate) {
+        companions_.checkForUpdate(false);
+    }
+}
+
+void TfmMain::TimerTimer() {
+    Timer.SetEnabled(false);
+    acStartCopy.Execute();
+}
+
+void TfmMain::UpdateTimerTimer() {
+    if (engineCalls_ > 0 || reindexing_ || (dataModule_ != nullptr && dataModule_->InCopyPass())) {
+        // A window opened now would hold up the copying further up the stack. The next tick tries again.
+        return;
+    }
+    UpdateTimer.SetEnabled(false);
+    if (!companions_.checkForUpdate) {
+        return;
+    }
+    ShowWaitCursor(true);
+    bool newUpdateExists = false;
+    RunGuarded([&] { newUpdateExists = companions_.checkForUpdate(true); });
+    ShowWaitCursor(false);
+    if (newUpdateExists && !closing_) {
+        companions_.checkForUpdate(false);
+    }
+}
+
+void TfmMain::KeepAwake(bool awake) {
+    calls_.SetThreadExecutionState(awake ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
+}
+
+void TfmMain::UpdateActions() {
+    for (TAction* action :
+         {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex, &acUpdate}) {
+        action->Update();
+    }
+}
+
+// Reports.
+
+void TfmMain::AddStatusLine(const std::wstring& text, std::optional<int> status) {
+    rows_.InsertAtTop(text, status);
+}
+
+void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {
+    if (!Exists()) {
+        return;
+    }
+    switch (kind) {
+        case TMessagePos::Memo:
+            AddStatusLine(text, kFileNameStatus);
+            break;
+        case TMessagePos::Status:
+            sbarMain.SetText(kPathPanel, text);
+            break;
+        case TMessagePos::Bytes:
+            sbarMain.SetText(kBytesPanel, text);
+            break;
+        case TMessagePos::Error:
+            AddStatusLine(text, kErrorStatus);
+            break;
+        case TMessagePos::FileMsg:
+            SetCurrentFile(text);
+            cxProgressBar.SetPosition(0);
+            break;
+        case TMessagePos::Ignore:
+            AddStatusLine(text, kIgnoreStatus);
+            break;
+        case TMessagePos::ThreadMsg:
+            SetCurrentFile(text);
+            break;
+        default:
+            return;
+    }
+    AfterReport();
+}
+
+void TfmMain::ReportUnexpectedError(const std::wstring& text) {
+    unexpectedErrors_ = true;
+    AddStatusLine(text, kErrorStatus);
+}
+
+void TfmMain::ProgressMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
+    const auto value =
+        static_cast<double>((static_cast<std::uint64_t>(static_cast<std::uint32_t>(longParameter)) << 32) |
+                            static_cast<std::uint32_t>(wordParameter));
+    switch (message) {
+        case kProgressResetMessage:
+            cxProgressBar.SetPosition(0);
+            break;
+        case kProgressPositionMessage:
+            cxProgressBar.SetPosition(value);
+            break;
+        default:
+            cxProgressBar.SetMaximum(value);
+            break;
+    }
+    AfterReport();
+}
+
+void TfmMain::AfterReport() {
+    if (!showTimer_.Enabled()) {
+        showTimer_.SetEnabled(true);
+    }
+    if (engineCalls_ > 0) {
+        return;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    if (throttle_.InputDue(now)) {
+        ProcessPendingInput();
+        throttle_.InputDone(std::chrono::steady_clock::now());
+    }
+    if (throttle_.PaintDue(now)) {
+        PaintNow();
+    }
+}
+
+void TfmMain::PaintNow() {
+    const auto begin = std::chrono::steady_clock::now();
+    if (!throttle_.PaintDue(begin)) {
+        return;
+    }
+    ShowChanges();
+    if (Exists()) {
+        RedrawWindow(Handle(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+    }
+    throttle_.PaintDone(begin, std::chrono::steady_clock::now());
+}
+
+void TfmMain::SetCurrentFile(const std::wstring& text) {
+    if (currentFile_ != text) {
+        currentFile_ = text;
+        currentFileChanged_ = true;
+    }
+}
+
+void TfmMain::ShowChanges() {
+    showTimer_.SetEnabled(false);
+    if (!Exists()) {
+        return;
+    }
+    cxGridTv.ShowChanges();
+    sbarMain.ShowChanges();
+    cxProgressBar.ShowChanges();
+    if (currentFileChanged_) {
+        currentFileChanged_ = false;
+        SetWindowTextW(dxBarStatic2_, currentFile_.c_str());
+    }
+    if (CopyIdle) {
+        taskbarProgress_.Hide();
+    } else {
+        taskbarProgress_.Show(cxProgressBar.Position(), cxProgressBar.Maximum());
+    }
+}
+
+void TfmMain::ApplicationIdle() {
+    UpdateActions();
+    ShowChanges();
+}
+
+// The end.
+
+void TfmMain::RequestClose() {
+    closing_ = true;
+    if (!CopyIdle) {
+        acStopCopyExecute();
+    }
+    CloseWhenPossible();
+}
+
+void TfmMain::CloseWhenPossible() {
+    if (!Exists()) {
+        return;
+    }
+    if (engineCalls_ > 0 || reindexing_ || (dataModule_ != nullptr && dataModule_->InCopyPass())) {
+        closeTimer_.SetEnabled(true);
+        return;
+    }
+    closeTimer_.SetEnabled(false);
+    EndMenu();
+    // Windows in front of this one close as if the user had closed them.
+    EnumThreadWindows(
+        GetCurrentThreadId(),
+        [](HWND window, LPARAM owner) -> BOOL {
+            if (IsWindowVisible(window) && GetWindow(window, GW_OWNER) == reinterpret_cast<HWND>(owner)) {
+                SendMessageW(window, WM_CLOSE, 0, 0);
+            }
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(Handle()));
+    Destroy();
+}
+
+void TfmMain::EndDataModule() {
+    if (dataModule_ != nullptr && !std::exchange(dataModuleEnded_, true)) {
+        const TEngineCall call(*this);
+        dataModule_->DataModuleDestroy();
+    }
+}
+
+// The process may be ended as soon as this returns.
+void TfmMain::SessionEnds() {
+    closing_ = true;
+    if (!CopyIdle) {
+        acStopCopyExecute();
+    }
+    EndDataModule();
+    CloseWhenPossible();
+}

@@ -1,0 +1,178 @@
+// The program's window.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/command_line.h"
+#include "app/status_list_model.h"
+#include "app/status_list_view.h"
+#include "engine/tdm.h"
+#include "support/handles.h"
+#include "support/platform_calls.h"
+#include "ui/action.h"
+#include "ui/message_loop.h"
+#include "ui/progress_bar.h"
+#include "ui/report_throttle.h"
+#include "ui/status_bar.h"
+#include "ui/taskbar_progress.h"
+#include "ui/timer.h"
+#include "ui/tool_bar.h"
+#include "ui/window.h"
+
+// The windows that the main window opens.
+struct TCompanionWindows {
+    // Shows the configuration window and returns.
+    std::function<void()> showConfiguration;
+    // Looks for a newer version: silently, or in a window that returns when it is closed. True when there is
+    // one.
+    std::function<bool(bool silent)> checkForUpdate;
+};
+
+// The main window: starts and stops runs, and shows what the engine reports.
+class TfmMain final : public TWindow {
+public:
+    TfmMain(const TPlatformCalls& calls, TCommandLine commandLine);
+    ~TfmMain() override;
+
+    // Creates the window, hidden. It knows no data module yet. Throws std::system_error when the system
+    // refuses.
+    void FormCreate();
+    // Shows the window and takes up work: from here on the data module reports to it.
+    void Show(TDM& dataModule, TCompanionWindows companions, int showCommand = SW_SHOWNORMAL);
+
+    // What the message loop calls when nothing waits.
+    void ApplicationIdle();
+    // Saves and closes the tables, once.
+    void EndDataModule();
+    // 0: every file of the last run was copied. 1: some were not, or the run did not come to its end.
+    int ExitCode() const;
+
+    // Puts a row on top of the list.
+    void AddStatusLine(const std::wstring& text, std::optional<int> status = kInfoStatus);
+    // The engine's callbacks.
+    void SetMessage(const std::wstring& text, TMessagePos kind);
+    void DoNasFinishMsg();
+    // A mistake that no handler expected: shown as an error, and a run is not a success with it.
+    void ReportUnexpectedError(const std::wstring& text);
+
+    TAction acClose;
+    TAction acStartCopy;
+    TAction acStopCopy;
+    TAction acConfigCopy;
+    TAction acShutDown;
+    TAction acReindex;
+    TAction acUpdate;
+    TAction acPauseCopy;
+    TAction acMinWin;
+    TAction acAbout;
+
+    const TStatusListModel& Rows() const { return rows_; }
+    const TStatusBar& StatusBar() const { return sbarMain; }
+    const TProgressBar& ProgressBar() const { return cxProgressBar; }
+    HWND ListHandle() const { return cxGridTv.Handle(); }
+    HWND CurrentFileField() const { return dxBarStatic2_; }
+
+protected:
+    std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
+
+private:
+    // How the last run of the program went so far.
+    enum class TRunState { None, Running, Stopped, Ended };
+
+    // Where the engine is called further up the stack, reports do not process messages: a click answered
+    // there would start or stop a run in the middle of starting or stopping one.
+    class TEngineCall {
+    public:
+        explicit TEngineCall(TfmMain& window) : window_(window) { ++window_.engineCalls_; }
+        TEngineCall(const TEngineCall&) = delete;
+        TEngineCall& operator=(const TEngineCall&) = delete;
+        ~TEngineCall() { --window_.engineCalls_; }
+
+    private:
+        TfmMain& window_;
+    };
+
+    // Handlers of the actions and timers.
+    void acCloseExecute();
+    void acStartCopyExecute();
+    void acStopCopyExecute();
+    void acConfigCopyExecute();
+    void acShutDownExecute();
+    void acReindexExecute();
+    void acUpdateExecute();
+    void TimerTimer();
+    void UpdateTimerTimer();
+
+    // Handlers of window messages.
+    void Activated(bool active);
+    void ScaleChanged(TScale scale, const RECT& suggestedArea);
+    void SessionEnds();
+    LRESULT ColourControl(HDC context) const;
+    void Paint();
+    bool TranslateKey(const MSG& message);
+    void ProgressMessage(UINT message, WPARAM wordParameter, LPARAM longParameter);
+
+    void CreateControls();
+    void FormShow();
+    void UseScale(TScale scale);
+    void Layout();
+
+    void EndOfRun();
+    void RequestClose();
+    void CloseWhenPossible();
+    void KeepAwake(bool awake);
+    void UpdateActions();
+    void ShowWaitCursor(bool wait);
+
+    // A report was recorded: looks for input and paints, when it is time to.
+    void AfterReport();
+    void PaintNow();
+    // Brings what was recorded to the controls.
+    void ShowChanges();
+    void SetCurrentFile(const std::wstring& text);
+
+    const TPlatformCalls& calls_;
+    const TCommandLine commandLine_;
+    TDM* dataModule_ = nullptr;
+    bool dataModuleEnded_ = false;
+    TCompanionWindows companions_;
+
+    bool aShowMessage = true;
+    bool CloseAfterCopy = false;
+    DWORD startTime = 0;
+    TRunState runState_ = TRunState::None;
+    bool unexpectedErrors_ = false;
+    bool reindexing_ = false;
+    bool closing_ = false;
+    int engineCalls_ = 0;
+
+    TScale scale_;
+    TFont font_;
+    TStatusListModel rows_;
+
+    TToolBar toolBar_;
+    HWND fileLabel_ = nullptr;
+    HWND dxBarStatic2_ = nullptr;  // the current-file field
+    std::wstring currentFile_;
+    bool currentFileChanged_ = false;
+    TStatusListView cxGridTv{rows_};
+    TStatusBar sbarMain;
+    TProgressBar cxProgressBar;
+    TTaskbarProgress taskbarProgress_;
+    TBrush controlGround_;
+    TBrush windowGround_;
+    HWND lastFocus_ = nullptr;
+    bool waitCursor_ = false;
+
+    TReportThrottle throttle_;
+    TTimer Timer;
+    TTimer UpdateTimer;
+    TTimer showTimer_;   // shows what was recorded, while another loop than the program's own runs
+    TTimer closeTimer_;  // closes the window once the engine is off the stack
+    TMessageFilter keyFilter_;
+};

@@ -1,0 +1,290 @@
+// The main window's controls: how they are made, placed and coloured, and where its messages go.
+#include "app/main_window.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <system_error>
+
+#include "app/resource.h"
+#include "ui/dark_mode.h"
+#include "ui/device_context.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+// Sizes at a scale of 100 %.
+constexpr int kWindowWidth = 900;
+constexpr int kWindowHeight = 560;
+constexpr int kLeastWidth = 560;
+constexpr int kLeastHeight = 260;
+constexpr int kFileBarHeight = 36;
+constexpr int kFileFieldWidth = 410;
+constexpr int kFileFieldHeight = 24;
+constexpr int kMargin = 8;
+
+constexpr int kListId = 100;
+
+constexpr DWORD kStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
+// A tool window has no button in the taskbar of its own accord.
+constexpr DWORD kExtendedStyle = WS_EX_TOOLWINDOW | WS_EX_APPWINDOW | WS_EX_CONTROLPARENT;
+
+HICON LoadProgramIcon(int width) {
+    return static_cast<HICON>(LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDI_VARDEKO), IMAGE_ICON,
+                                         width, width, LR_SHARED));
+}
+
+HWND CreateChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD style) {
+    return CreateWindowExW(0, className, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, parent, nullptr,
+                           GetModuleHandleW(nullptr), nullptr);
+}
+
+int WidthOfText(HFONT font, const std::wstring& text) {
+    const TScreenContext screen;
+    const TSelection selection(screen.Get(), font);
+    SIZE size{};
+    GetTextExtentPoint32W(screen.Get(), text.c_str(), static_cast<int>(text.size()), &size);
+    return size.cx;
+}
+
+}  // namespace
+
+void TfmMain::FormCreate() {
+    CopyIdle = true;
+    scale_ = ScaleOfWindow(nullptr);
+    TCreateOptions options;
+    options.className = L"TfmMain";
+    options.caption = L"Vardeko x64";
+    options.style = kStyle;
+    options.extendedStyle = kExtendedStyle;
+    options.width = scale_(kWindowWidth);
+    options.height = scale_(kWindowHeight);
+    options.icon = LoadProgramIcon(GetSystemMetrics(SM_CXICON));
+    options.smallIcon = LoadProgramIcon(GetSystemMetrics(SM_CXSMICON));
+    if (!Create(options)) {
+        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "CreateWindowEx");
+    }
+    UseDarkFrame(Handle());
+    scale_ = ScaleOfWindow(Handle());
+    font_ = MakeMessageFont(scale_);
+    CreateControls();
+    UseScale(scale_);
+    // Focus marks appear once the keyboard is used.
+    SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_INITIALIZE, 0), 0);
+    UpdateActions();
+    UpdateTimer.SetEnabled(true);
+}
+
+void TfmMain::CreateControls() {
+    const HFONT font = font_.Get();
+    bool created = toolBar_.CreateIn(Handle(),
+                                     {{&acClose},
+                                      {},
+                                      {&acStartCopy},
+                                      {&acStopCopy},
+                                      {},
+                                      {&acConfigCopy},
+                                      {&acReindex, true},
+                                      {&acUpdate, true},
+                                      {},
+                                      {&acShutDown, true}},
+                                     scale_, font);
+    fileLabel_ = CreateChild(Handle(), L"STATIC", L"Datei:", SS_LEFT | SS_NOPREFIX);
+    dxBarStatic2_ = CreateChild(Handle(), L"EDIT", L"", ES_READONLY | ES_AUTOHSCROLL | WS_TABSTOP | WS_GROUP);
+    created = cxGridTv.CreateIn(Handle(), kListId, scale_, font) && created;
+    created = sbarMain.CreateIn(Handle(),
+                                {{.width = 50, .text = L"Version"},
+                                 {.width = 30, .text = L"7.8"},
+                                 {.width = 70},
+                                 {.width = 100, .grows = true, .holdsPath = true},
+                                 {.width = 80}},
+                                scale_, font) &&
+              created;
+    created = cxProgressBar.CreateIn(sbarMain.Handle()) && created;
+    if (!created || fileLabel_ == nullptr || dxBarStatic2_ == nullptr) {
+        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "CreateWindowEx");
+    }
+    lastFocus_ = cxGridTv.Handle();
+}
+
+void TfmMain::UseScale(TScale scale) {
+    scale_ = scale;
+    TFont font = MakeMessageFont(scale);
+    toolBar_.SetScale(scale, font.Get());
+    cxGridTv.SetScale(scale, font.Get());
+    sbarMain.SetScale(scale, font.Get());
+    for (const HWND control : {fileLabel_, dxBarStatic2_}) {
+        SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font.Get()), TRUE);
+    }
+    // The former font goes when no control uses it any more.
+    font_ = std::move(font);
+    Layout();
+}
+
+void TfmMain::Layout() {
+    RECT client{};
+    GetClientRect(Handle(), &client);
+    const auto place = [](HWND window, int left, int top, int width, int height) {
+        SetWindowPos(window, nullptr, left, top, std::max(0, width), std::max(0, height),
+                     SWP_NOZORDER | SWP_NOACTIVATE);
+    };
+    const int barHeight = scale_(TToolBar::kHeight);
+    place(toolBar_.Handle(), 0, 0, client.right, barHeight);
+
+    const int textHeight = TextHeight(font_.Get());
+    const int fileTop = barHeight + (scale_(kFileBarHeight) - textHeight) / 2;
+    const int labelWidth = WidthOfText(font_.Get(), L"Datei:");
+    const int fieldLeft = scale_(kMargin) + labelWidth + scale_(kMargin);
+    place(fileLabel_, scale_(kMargin), fileTop, labelWidth, textHeight);
+    place(dxBarStatic2_, fieldLeft + scale_(5), fileTop,
+          std::min(scale_(kFileFieldWidth), static_cast<int>(client.right) - fieldLeft - scale_(kMargin)) -
+              scale_(10),
+          textHeight);
+
+    const int listTop = barHeight + scale_(kFileBarHeight);
+    const int statusTop = static_cast<int>(client.bottom) - scale_(TStatusBar::kHeight);
+    cxGridTv.Place({0, listTop, client.right, std::max(listTop, statusTop)});
+    place(sbarMain.Handle(), 0, statusTop, client.right, scale_(TStatusBar::kHeight));
+
+    const RECT panel = sbarMain.PanelArea(4);
+    place(cxProgressBar.Handle(), panel.left + scale_(4), panel.top + scale_(5),
+          panel.right - panel.left - scale_(8), panel.bottom - panel.top - scale_(10));
+    InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+void TfmMain::Paint() {
+    const TPaintContext paint(Handle());
+    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    RECT field{};
+    GetWindowRect(dxBarStatic2_, &field);
+    MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&field), 2);
+    const int middle = (field.top + field.bottom) / 2;
+    const RECT frame{field.left - scale_(5), middle - scale_(kFileFieldHeight) / 2, field.right + scale_(5),
+                     middle + scale_(kFileFieldHeight) / 2};
+    FillArea(paint.Get(), frame, Theme::ControlGround);
+    FrameArea(paint.Get(), frame, GetFocus() == dxBarStatic2_ ? Theme::Accent : Theme::Border, scale_(1));
+}
+
+// Labels and read-only fields ask for their colours.
+LRESULT TfmMain::ColourControl(HDC context) const {
+    SetTextColor(context, ColorRefOf(Theme::Text));
+    SetBkColor(context, ColorRefOf(Theme::ControlGround));
+    return reinterpret_cast<LRESULT>(controlGround_.Get());
+}
+
+void TfmMain::ScaleChanged(TScale scale, const RECT& suggestedArea) {
+    UseScale(scale);
+    SetWindowPos(Handle(), nullptr, suggestedArea.left, suggestedArea.top,
+                 suggestedArea.right - suggestedArea.left, suggestedArea.bottom - suggestedArea.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+// A window that is no dialog forgets which of its controls had the keyboard.
+void TfmMain::Activated(bool active) {
+    if (!active) {
+        if (const HWND focus = GetFocus(); focus != nullptr && IsChild(Handle(), focus)) {
+            lastFocus_ = focus;
+        }
+    }
+}
+
+bool TfmMain::TranslateKey(const MSG& message) {
+    if (!Exists() || (message.hwnd != Handle() && !IsChild(Handle(), message.hwnd))) {
+        return false;
+    }
+    if (message.message == WM_KEYDOWN) {
+        const bool control = GetKeyState(VK_CONTROL) < 0;
+        const bool shift = GetKeyState(VK_SHIFT) < 0;
+        for (TAction* action :
+             {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex, &acUpdate}) {
+            const TShortcut& shortcut = action->Shortcut();
+            if (shortcut.key == message.wParam && shortcut.control == control && shortcut.shift == shift) {
+                action->Execute();
+                return true;
+            }
+        }
+        if (message.wParam == VK_RETURN && GetParent(message.hwnd) == toolBar_.Handle()) {
+            SendMessageW(message.hwnd, BM_CLICK, 0, 0);
+            return true;
+        }
+    }
+    MSG copy = message;
+    return IsDialogMessageW(Handle(), &copy) != FALSE;
+}
+
+void TfmMain::ShowWaitCursor(bool wait) {
+    waitCursor_ = wait;
+    SetCursor(LoadCursorW(nullptr, wait ? IDC_WAIT : IDC_ARROW));
+}
+
+std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
+    if (message == TTaskbarProgress::ButtonCreatedMessage()) {
+        taskbarProgress_.Attach(Handle());
+        return 0;
+    }
+    switch (message) {
+        case kProgressResetMessage:
+        case kProgressPositionMessage:
+        case kProgressMaximumMessage:
+            ProgressMessage(message, wordParameter, longParameter);
+            return 0;
+        case WM_NOTIFY: {
+            auto& notification = *reinterpret_cast<NMHDR*>(longParameter);
+            return notification.hwndFrom == cxGridTv.Handle() ? cxGridTv.HandleNotification(notification)
+                                                              : std::nullopt;
+        }
+        case WM_SIZE:
+            Layout();
+            return 0;
+        case WM_GETMINMAXINFO:
+            reinterpret_cast<MINMAXINFO*>(longParameter)->ptMinTrackSize = {scale_(kLeastWidth),
+                                                                            scale_(kLeastHeight)};
+            return 0;
+        case WM_DPICHANGED:
+            ScaleChanged(TScale(HIWORD(wordParameter)), *reinterpret_cast<const RECT*>(longParameter));
+            return 0;
+        case WM_ACTIVATE:
+            Activated(LOWORD(wordParameter) != WA_INACTIVE);
+            return std::nullopt;
+        case WM_SETFOCUS:
+            SetFocus(IsWindowEnabled(lastFocus_) ? lastFocus_ : cxGridTv.Handle());
+            return 0;
+        case WM_COMMAND:
+            if (reinterpret_cast<HWND>(longParameter) == dxBarStatic2_) {
+                InvalidateRect(Handle(), nullptr, FALSE);  // its frame shows the focus
+            }
+            return 0;
+        case WM_CTLCOLORSTATIC:
+            if (reinterpret_cast<HWND>(longParameter) == fileLabel_) {
+                const auto context = reinterpret_cast<HDC>(wordParameter);
+                SetTextColor(context, ColorRefOf(Theme::DimText));
+                SetBkColor(context, ColorRefOf(Theme::WindowGround));
+                return reinterpret_cast<LRESULT>(windowGround_.Get());
+            }
+            return ColourControl(reinterpret_cast<HDC>(wordParameter));
+        case WM_SETCURSOR:
+            if (waitCursor_) {
+                SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+                return TRUE;
+            }
+            return std::nullopt;
+        case WM_PAINT:
+            Paint();
+            return 0;
+        case WM_ERASEBKGND:
+            return TRUE;
+        case WM_CLOSE:
+            RequestClose();
+            return 0;
+        case WM_ENDSESSION:
+            if (wordParameter != FALSE) {
+                SessionEnds();
+            }
+            return 0;
+        case WM_DESTROY:
+            PostQuitMessage(0);
+            return 0;
+        default:
+            return std::nullopt;
+    }
+}
