@@ -138,6 +138,10 @@ def test_whole_run(outcome):
     count_tests("whole_run_test (Wine)", code, output, outcome)
 
 
+def lint(outcome):
+    check("clang-tidy", ["scripts/lint.sh"], outcome, seconds=1800)
+
+
 STAGES = {
     "sources": check_sources,
     "build-windows-x64": build("windows-x64"),
@@ -149,19 +153,22 @@ STAGES = {
     "build-native-thread": build("native-thread"),
     "native-thread": test_native("native-thread", {"TSAN_OPTIONS": "halt_on_error=1"}),
 }
+# Run only when named: minutes for what changes little from commit to commit.
+EXTRA_STAGES = {"lint": lint}
 
 
 def main(names):
-    unknown = [name for name in names if name not in STAGES]
+    stages = STAGES | EXTRA_STAGES
+    unknown = [name for name in names if name not in stages]
     if unknown:
-        print(f"There is no stage {' '.join(unknown)}; the stages are {' '.join(STAGES)}.")
+        print(f"There is no stage {' '.join(unknown)}; the stages are {' '.join(stages)}.")
         return 64
     start = time.monotonic()
     total = Outcome()
     for name in names or STAGES:
         began = time.monotonic()
         print(f"-- {name}", flush=True)
-        STAGES[name](total)
+        stages[name](total)
         print(f"   {time.monotonic() - began:.0f} s", flush=True)
     print(f"\nAll of it took {time.monotonic() - start:.0f} s.")
     if total.failures:
@@ -177,6 +184,6 @@ if __name__ == "__main__":
         in_wine(sys.argv[2:])
         sys.exit(0)
     if sys.argv[1:2] == ["--list"]:
-        print("\n".join(STAGES))
+        print("\n".join(STAGES | EXTRA_STAGES))
         sys.exit(0)
     sys.exit(main(sys.argv[1:]))
