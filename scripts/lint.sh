@@ -3,6 +3,7 @@
 # what it finds. Takes some seconds per file, so it works on as many at once as there are cores.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+scripts/packages.sh lint
 scripts/build.sh windows-x64
 # clang knows the target, but not where Debian keeps the cross compiler's headers.
 library=$(x86_64-w64-mingw32-g++-posix -print-file-name=include)

@@ -58,11 +58,11 @@ wine_environment() {
 # A prefix takes ten seconds and 700 MB to make, a copy of the shrunk template some hundredths and 13 MB. The
 # template is complete or not there: it is made under another name.
 wine_template() {
-    local template="$wine_root/template-$(wine --version | tr -cd '[:alnum:].-')-1"
+    local template="$wine_root/template-1-$(wine --version | tr -cd '[:alnum:]')"
     echo "$template"
     [ -d "$template" ] && return 0
-    local unfinished
-    unfinished=$(mktemp -d "$template.XXXXXX")
+    local unfinished=$template.$$
+    mkdir "$unfinished"
     (
         wine_environment "$unfinished"
         unset DISPLAY
@@ -81,9 +81,20 @@ wine_template() {
     [ -d "$template" ]
 }
 
+# What runs that were killed have left: names that end in the number of a process that is gone.
+wine_sweep() {
+    local left
+    for left in "$wine_root"/template-*.[0-9]* "$wine_root"/job.[0-9]*; do
+        [ -d "$left" ] && ! kill -0 "${left##*.}" 2>/dev/null || continue
+        WINEPREFIX=$left wineserver -k 2>/dev/null || true
+        rm -rf "$left" "$left.log"
+    done
+}
+
 wine_open() {
     local name=$1 keep=${2:-} template prefix="$wine_root/$1"
     mkdir -p "$wine_root"
+    wine_sweep
     template=$(wine_template) || { echo "No Wine prefix could be made." >&2; return 1; }
     if [ -d "$prefix" ]; then
         # A run that was killed may have left its server behind.
@@ -106,8 +117,9 @@ wine_open() {
 
 wine_display() {
     local number
-    # The server writes the number of the free display it took; a failure ends the reading, too.
-    exec {wine_display_out}< <(exec setsid Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp \
+    # The server writes the number of the free display it took; a failure ends the reading, too. It ends with
+    # this shell, however that ends, but not by its Ctrl-C, which the programs on it must see first.
+    exec {wine_display_out}< <(exec setpriv --pdeathsig TERM setsid Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp \
         3>&1 >/dev/null 2>&1 </dev/null)
     wine_display_process=$!
     if ! read -r -t 30 -u "$wine_display_out" number; then

@@ -7,14 +7,13 @@ import os
 import shutil
 import sys
 import time
-import traceback
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 
 import backup_tree  # noqa: E402
-from program import Program  # noqa: E402
+from program import PROGRAM, Program  # noqa: E402
 from write_config import SourceFolder, config_folder, map_drive, table_header, write_config  # noqa: E402
 
 PREFIX = os.environ["WINEPREFIX"]
@@ -308,36 +307,39 @@ class Reporter(unittest.TestResult):
     def name(test):
         return "WholeRun." + test.id().split(".")[-1]
 
-    def note(self, error):
-        self.bad = True
-        print("".join(traceback.format_exception(*error)), flush=True)
-
     def addError(self, test, error):
-        self.note(error)
+        super().addError(test, error)
+        self.note(self.errors[-1][1])
 
     def addFailure(self, test, error):
-        self.note(error)
+        super().addFailure(test, error)
+        self.note(self.failures[-1][1])
 
     def addSubTest(self, test, subtest, error):
+        super().addSubTest(test, subtest, error)
         if error is not None:
-            print(subtest.id())
-            self.note(error)
+            self.note(f"{subtest}\n{(self.failures + self.errors)[-1][1]}")
+
+    def note(self, text):
+        self.bad = True
+        print(text, flush=True)
 
     def stopTest(self, test):
         super().stopTest(test)
-        self.failed = getattr(self, "failed", 0) + self.bad
         mark = "[  FAILED  ]" if self.bad else "[       OK ]"
         print(f"{mark} {self.name(test)} ({(time.monotonic() - self.began) * 1000:.0f} ms)", flush=True)
 
 
 def main(names):
-    time.tzset()
+    if not os.path.exists(PROGRAM):
+        print(f"There is no {PROGRAM}.")
+        return 1
     suite = unittest.TestSuite(test for test in unittest.defaultTestLoader.loadTestsFromTestCase(WholeRun)
                                if not names or any(name in test.id() for name in names))
     result = Reporter()
     suite.run(result)
     print(f"[==========] {result.testsRun} tests ran.")
-    return 1 if getattr(result, "failed", 0) else 0
+    return 0 if result.wasSuccessful() else 1
 
 
 if __name__ == "__main__":
