@@ -20,7 +20,7 @@ class Source:
     size: int = 0
     foreign: list = field(default_factory=list)  # names that Windows cannot have, or not tell apart
     dot_folders: int = 0
-    special: int = 0  # pipes, sockets, devices, and links that lead nowhere
+    special: int = 0  # pipes, sockets, devices, links to nowhere, and folders that must not be read
 
 
 def walk_source(root):
@@ -29,9 +29,13 @@ def walk_source(root):
     spellings = {}
 
     def walk(folder, relative, ancestors):
+        try:
+            with os.scandir(folder) as listing:
+                entries = sorted(listing, key=lambda entry: entry.name)
+        except OSError:
+            found.special += 1
+            return
         found.folders += 1
-        with os.scandir(folder) as listing:
-            entries = sorted(listing, key=lambda entry: entry.name)
         for entry in entries:
             path = relative + entry.name
             try:

@@ -100,7 +100,7 @@ def show_left_out(found):
     if found.foreign:
         left_out.append(f"{len(found.foreign)} names that Windows cannot have or not tell apart")
     if found.special:
-        left_out.append(f"{found.special} pipes, devices and links to nowhere")
+        left_out.append(f"{found.special} pipes, devices, links to nowhere and locked folders")
     if left_out:
         show("Not counted", ", ".join(left_out))
 

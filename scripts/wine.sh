@@ -56,38 +56,44 @@ wine_environment() {
 }
 
 # A prefix takes ten seconds and 700 MB to make, a copy of the shrunk template some hundredths and 13 MB. The
-# template is complete or not there: it is made under another name.
+# template is complete or not there: it is made under another name. Prints where it is.
 wine_template() {
     local template="$wine_root/template-1-$(wine --version | tr -cd '[:alnum:]')"
+    local unfinished=$wine_root/unfinished lock
     echo "$template"
     [ -d "$template" ] && return 0
-    local unfinished=$template.$$
-    mkdir "$unfinished"
-    (
-        wine_environment "$unfinished"
-        unset DISPLAY
-        pinned=(taskset -c "$(wine_core)")
-        "${pinned[@]}" wineboot -i
-        # The provider that a Windows user has by default, and a Wine user has not.
-        "${pinned[@]}" wine reg add 'HKCU\Software\Microsoft\Cryptography\Provider Type 024' /v Name \
-            /t REG_SZ /d 'Microsoft Enhanced RSA and AES Cryptographic Provider' /f
-        wineserver -k
-        wineserver -w
-        python3 "$wine_scripts/shrink_prefix.py" "$unfinished"
-    ) </dev/null >"$unfinished.log" 2>&1 || { cat "$unfinished.log" >&2; rm -rf "$unfinished"; return 1; }
+    # The lock stays with whoever makes the template, also when the script that started him is killed.
+    exec {lock}>"$wine_root/lock"
+    flock "$lock"
+    [ -d "$template" ] && return 0
+    rm -rf "$unfinished"
+    wine_make_template "$unfinished" </dev/null >"$unfinished.log" 2>&1 &&
+        mv -T "$unfinished" "$template" || { cat "$unfinished.log" >&2; return 1; }
     rm -f "$unfinished.log"
-    # Whoever comes second, with a template of his own, finds the first one's in place.
-    mv -T "$unfinished" "$template" 2>/dev/null || rm -rf "$unfinished"
-    [ -d "$template" ]
+    exec {lock}>&-
+}
+
+wine_make_template() {
+    local pinned
+    pinned=(taskset -c "$(wine_core)")
+    wine_environment "$1"
+    unset DISPLAY
+    # The provider is one that a Windows user has by default, and a Wine user has not.
+    "${pinned[@]}" wineboot -i &&
+        "${pinned[@]}" wine reg add 'HKCU\Software\Microsoft\Cryptography\Provider Type 024' /v Name \
+            /t REG_SZ /d 'Microsoft Enhanced RSA and AES Cryptographic Provider' /f &&
+        wineserver -k && wineserver -w &&
+        [ -f "$1/system.reg" ] && [ -L "$1/dosdevices/c:" ] &&
+        python3 "$wine_scripts/shrink_prefix.py" "$1"
 }
 
 # What runs that were killed have left: names that end in the number of a process that is gone.
 wine_sweep() {
     local left
-    for left in "$wine_root"/template-*.[0-9]* "$wine_root"/job.[0-9]*; do
+    for left in "$wine_root"/job.[0-9]*; do
         [ -d "$left" ] && ! kill -0 "${left##*.}" 2>/dev/null || continue
         WINEPREFIX=$left wineserver -k 2>/dev/null || true
-        rm -rf "$left" "$left.log"
+        rm -rf "$left"
     done
 }
 
