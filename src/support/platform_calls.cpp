@@ -23,7 +23,6 @@ const TPlatformCalls& SystemPlatformCalls() {
         .CloseHandle = &::CloseHandle,
         .WNetAddConnection2W = &::WNetAddConnection2W,
         .WNetCancelConnection2W = &::WNetCancelConnection2W,
-        .SendMessageW = &::SendMessageW,
         .OpenProcessToken = &::OpenProcessToken,
         .LookupPrivilegeValueW = &::LookupPrivilegeValueW,
         .AdjustTokenPrivileges = &::AdjustTokenPrivileges,

@@ -31,9 +31,6 @@ struct TPlatformCalls {
     decltype(&::WNetAddConnection2W) WNetAddConnection2W;
     decltype(&::WNetCancelConnection2W) WNetCancelConnection2W;
 
-    // Windows.
-    decltype(&::SendMessageW) SendMessageW;
-
     // Shutting the computer down, and keeping it awake.
     decltype(&::OpenProcessToken) OpenProcessToken;
     decltype(&::LookupPrivilegeValueW) LookupPrivilegeValueW;
