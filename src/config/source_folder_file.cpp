@@ -5,13 +5,13 @@
 #include "support/system_code_page.h"
 #include "support/system_error.h"
 
-void LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table) {
+bool LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table) {
     table.Close();
     std::string bytes;
     const TErrorCode error = ReadWholeFile(calls, path, bytes);
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
         table.Open();
-        return;
+        return false;
     }
     if (error != ERROR_SUCCESS) {
         throw std::runtime_error(FileNotReadMessage(path, ToUtf8(SystemErrorText(error))));
@@ -21,6 +21,7 @@ void LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSou
     } catch (const ETableFile& reason) {
         throw std::runtime_error(FileNotReadMessage(path, reason.what()));
     }
+    return true;
 }
 
 TErrorCode SaveSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table) {

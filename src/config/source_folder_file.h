@@ -7,9 +7,9 @@
 #include "support/file_access.h"
 #include "support/platform_calls.h"
 
-// Loads the table from its file and opens it; a missing file gives an empty table. Throws std::runtime_error
+// Loads the table from its file and opens it. False when there is no such file: the table is empty. Throws std::runtime_error
 // (UTF-8, German, names the file) when the file cannot be read; the table is closed then.
-void LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table);
+bool LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table);
 
 // Replaces the file with the rows of the table. An edit in progress is not part of it.
 [[nodiscard]] TErrorCode SaveSourceFolders(const TPlatformCalls& calls, std::wstring_view path,

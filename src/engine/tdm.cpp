@@ -7,6 +7,7 @@
 #include "engine/file_size_text.h"
 #include "engine/scan_folders.h"
 #include "hashdb/hash_table_file.h"
+#include "hashdb/reindex.h"
 #include "support/path_hash.h"
 #include "support/system_error.h"
 #include "support/system_helpers.h"
@@ -58,12 +59,8 @@ void TDM::DataModuleCreate() {
     hostName_ = HostName();
     configurationFolder_ = ::ConfigurationFolder(calls_);
     CreateHashContext();
-    if (FileExists(calls_, SourceFolderFile())) {
-        LoadSourceFolders(calls_, SourceFolderFile(), MemData);
-    } else {
-        MemData.Open();
-        MemData.SetModified(true);
-    }
+    // A missing file is written at the end of the program, an unchanged one is not.
+    MemData.SetModified(!LoadSourceFolders(calls_, SourceFolderFile(), MemData));
     sourceFoldersLoaded_ = true;
 }
 
@@ -103,6 +100,7 @@ void TDM::StartCopy() {
     CopiedBytes = 0;
     failures_ = 0;
     errorLogFailed_ = false;
+    destinationIsGone_ = false;
     knownFolder_.clear();
     CopyFileList.clear();
     localTime_ = TLocalTimeRule();
@@ -150,11 +148,17 @@ void TDM::UseSettings(const TSettings& settings) {
     VardekoDataFile = HostFolder() + L"\\Vardeko.dat";
 }
 
-// A table that cannot be read stays as it is on the destination: nothing will be written over it.
+// A table that cannot be read stays as it is on the destination: nothing will be written over it. As long as
+// the destination itself cannot be reached it counts as missing.
 void TDM::LoadNasData() {
-    // A destination that cannot be reached yet counts as one without a table.
-    nasDataFileMissing_ =
-        !FileExists(calls_, VardekoDataFile) || !LoadHashTable(calls_, VardekoDataFile, NasData);
+    try {
+        nasDataFileMissing_ = !LoadHashTable(calls_, VardekoDataFile, NasData);
+    } catch (const std::exception&) {
+        if (FolderExists(calls_, NAS + L"\\")) {
+            throw;
+        }
+        nasDataFileMissing_ = true;
+    }
     if (!NasData.HasIndex()) {
         NasData.AddIndex();
     }
@@ -218,6 +222,33 @@ void TDM::SaveNasData() {
     nasDataFileMissing_ = false;
 }
 
+void TDM::ReIndexNasData() {
+    try {
+        UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini", &Unprotect));
+    } catch (const std::exception& error) {
+        return ReportFailure(FromUtf8Lossy(error.what()));
+    }
+    if (NAS.empty() || !FolderExists(calls_, HostFolder())) {
+        return Report(L"Error: Destination Directory does not exist, " + NAS, TMessagePos::Memo);
+    }
+    NasData.ClearIndex();
+    NasData.Open();
+    try {
+        ReindexSourceFolders(
+            calls_, MemData, NasData, NAS, hostName_,
+            {.folderFound = [this](const std::wstring& folder) { Report(folder, TMessagePos::Status); },
+             .folderBegun = [this](const std::wstring& folder) { Report(folder, TMessagePos::Memo); },
+             .fileIndexed = [this](const std::wstring& name) { Report(name, TMessagePos::FileMsg); },
+             .stopRequested = [] { return CopyIdle; }});
+    } catch (const std::exception& error) {
+        ReportFailure(FromUtf8Lossy(error.what()));
+    }
+    // What was made is saved in every case.
+    nasDataMayBeSaved_ = true;
+    NasData.SetModified(true);
+    SaveNasData();
+}
+
 std::wstring TDM::FormatFileSize(double bytes) {
     wchar_t separator[8] = L",";
     GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, separator,
@@ -239,6 +270,9 @@ void TDM::OmniEventMonitorTaskMessage(IOmniTask&, TTaskMessage& message) {
         case TScanMessage::FailureText:
             return ReportFailure(text());
         case TScanMessage::FilesToCopy: {
+            if (destinationIsGone_) {
+                return;
+            }
             auto& files = *std::get<std::unique_ptr<TStringList>>(message.value);
             CopyFileList.insert(CopyFileList.end(), std::make_move_iterator(files.begin()),
                                 std::make_move_iterator(files.end()));

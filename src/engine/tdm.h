@@ -48,6 +48,9 @@ public:
     void StartCopy();
     // Ends the scan task: asks it to stop, waits for it, forgets it. The windows are painted meanwhile.
     void EndScanTask();
+    // Appends hash records for an existing backup's files and saves the hash table. Returns when it is done,
+    // or soon after CopyIdle was set.
+    void ReIndexNasData();
     // Writes the hash table to VardekoDataFile if it has something to say; a failure is reported as one
     // Error row.
     void SaveNasData();
@@ -94,6 +97,7 @@ private:
     void CopyOneFile(const std::wstring& source, const std::wstring& folder,
                      const WIN32_FILE_ATTRIBUTE_DATA& attributes);
     void ReportFailedCopy(const std::wstring& source);
+    bool GiveUpIfDestinationIsGone();
     std::wstring HostFolder() const { return NAS + L"\\" + hostName_; }
     std::wstring SourceFolderFile() const { return configurationFolder_ + L"\\NASConf.Dat"; }
 
@@ -117,6 +121,7 @@ private:
     std::wstring knownFolder_;
     TLocalTimeRule localTime_;
     bool errorLogFailed_ = false;
+    bool destinationIsGone_ = false;
 
     // Whether NasData belongs to VardekoDataFile and may be written there; and whether that file is missing.
     bool nasDataMayBeSaved_ = false;

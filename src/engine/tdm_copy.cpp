@@ -80,6 +80,8 @@ void TDM::CopyNextFile() {
     const std::wstring folder(RemoveTrailingSeparator(DestinationFolder(NAS, hostName_, source)));
     if (folder != knownFolder_) {
         if (!FolderExists(calls_, folder) && !CreateFolders(calls_, folder)) {
+            ++failures_;
+            GiveUpIfDestinationIsGone();
             return;
         }
         knownFolder_ = folder;
@@ -119,7 +121,7 @@ void TDM::CopyOneFile(const std::wstring& source, const std::wstring& folder,
 
 void TDM::ReportFailedCopy(const std::wstring& source) {
     ReportFailure(source);
-    if (errorLogFailed_) {
+    if (GiveUpIfDestinationIsGone() || errorLogFailed_) {
         return;
     }
     const std::wstring log = HostFolder() + L"\\Error.log";
@@ -128,4 +130,21 @@ void TDM::ReportFailedCopy(const std::wstring& source) {
         errorLogFailed_ = true;
         ReportFailure(L"\"" + log + L"\" konnte nicht geschrieben werden: " + SystemErrorText(error));
     }
+}
+
+// When the destination itself does not answer any more, each further file would wait out the network. The run
+// is brought to its end instead; the next one copies what is missing.
+bool TDM::GiveUpIfDestinationIsGone() {
+    if (destinationIsGone_ || FolderExists(calls_, HostFolder())) {
+        return destinationIsGone_;
+    }
+    destinationIsGone_ = true;
+    const std::size_t waiting = CopyFileList.size();
+    CopyFileList.clear();
+    if (FScanTask) {
+        FScanTask->Terminate(0);
+    }
+    ReportFailure(L"Das Ziel ist nicht mehr erreichbar: " + HostFolder() + L" (noch " +
+                  std::to_wstring(waiting) + L" Dateien zu kopieren)");
+    return true;
 }

@@ -1,9 +1,13 @@
 #include "hashdb/destination_listing.h"
 
+#include <stdexcept>
+
 #include "support/case_folding.h"
 #include "support/file_access.h"
 #include "support/folder_listing.h"
+#include "support/system_error.h"
 #include "support/temporary_name.h"
+#include "support/text.h"
 
 TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder)
     : calls_(calls), folder_(std::move(folder)) {
@@ -26,13 +30,25 @@ void TDestinationListing::Read() {
     complete_ = listing.Error() == ERROR_SUCCESS || listing.FolderIsMissing();
 }
 
+std::optional<FILETIME> TDestinationListing::Ask(std::wstring_view fileName) const {
+    const auto attributes = QueryAttributes(calls_, folder_ + L"\\" + std::wstring(fileName));
+    if (!attributes) {
+        // Every further question would wait out the network once more.
+        if (const TErrorCode error = GetLastError(); IsOutOfReach(error)) {
+            throw std::runtime_error("Das Ziel ist nicht erreichbar (" + ToUtf8(SystemErrorText(error)) +
+                                     ")");
+        }
+        return std::nullopt;
+    }
+    if ((attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return std::nullopt;
+    }
+    return attributes->ftLastWriteTime;
+}
+
 std::optional<FILETIME> TDestinationListing::LastWriteOf(std::wstring_view fileName) const {
     if (!complete_) {
-        const auto attributes = QueryAttributes(calls_, folder_ + L"\\" + std::wstring(fileName));
-        if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-            return std::nullopt;
-        }
-        return attributes->ftLastWriteTime;
+        return Ask(fileName);
     }
     const auto found = filesByFoldedName_.find(FoldedCase(fileName));
     return found == filesByFoldedName_.end() ? std::nullopt : std::optional(found->second);

@@ -13,7 +13,8 @@
 // Answers for every file of one destination folder whether it exists and when it was last written, from a
 // single listing: the destination is far away, and a question per file is what makes backups slow. When the
 // listing fails for another reason than a missing folder, the questions are asked file by file instead, so
-// that nothing is wrongly held for missing. Temporary files of interrupted runs are removed on the way.
+// that nothing is wrongly held for missing. When the destination does not answer them either, LastWriteOf
+// throws std::runtime_error (UTF-8, German). Temporary files of interrupted runs are removed on the way.
 class TDestinationListing {
 public:
     // The folder's path, without a trailing "\".
@@ -25,6 +26,7 @@ public:
 
 private:
     void Read();
+    std::optional<FILETIME> Ask(std::wstring_view fileName) const;
 
     const TPlatformCalls& calls_;
     std::wstring folder_;

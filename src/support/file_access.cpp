@@ -44,9 +44,7 @@ public:
         return ERROR_SUCCESS;
     }
 
-    TErrorCode Flush() const {
-        return calls_.FlushFileBuffers(handle_) ? ERROR_SUCCESS : GetLastError();
-    }
+    TErrorCode Flush() const { return calls_.FlushFileBuffers(handle_) ? ERROR_SUCCESS : GetLastError(); }
 
 private:
     const TPlatformCalls& calls_;
@@ -68,7 +66,8 @@ TErrorCode WriteBeside(const TPlatformCalls& calls, const std::wstring& path,
 
 }  // namespace
 
-std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& calls, std::wstring_view path) {
+std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& calls,
+                                                         std::wstring_view path) {
     WIN32_FILE_ATTRIBUTE_DATA data{};
     if (!calls.GetFileAttributesExW(ExtendedPath(path).c_str(), GetFileExInfoStandard, &data)) {
         return std::nullopt;
@@ -86,6 +85,19 @@ bool FolderExists(const TPlatformCalls& calls, std::wstring_view path) {
     return data && (data->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+bool IsOutOfReach(TErrorCode error) {
+    constexpr TErrorCode kCodes[] = {
+        ERROR_NOT_READY,         ERROR_REM_NOT_LIST,         ERROR_BAD_NETPATH,
+        ERROR_NETWORK_BUSY,      ERROR_DEV_NOT_EXIST,        ERROR_ADAP_HDW_ERR,
+        ERROR_UNEXP_NET_ERR,     ERROR_NETNAME_DELETED,      ERROR_BAD_NET_NAME,
+        ERROR_SEM_TIMEOUT,       ERROR_VC_DISCONNECTED,      ERROR_NO_NET_OR_BAD_PATH,
+        ERROR_NO_NETWORK,        ERROR_GRACEFUL_DISCONNECT,  ERROR_NETWORK_UNREACHABLE,
+        ERROR_HOST_UNREACHABLE,  ERROR_PORT_UNREACHABLE,     ERROR_CONNECTION_ABORTED,
+        ERROR_NOT_CONNECTED,     ERROR_DEVICE_NOT_CONNECTED, ERROR_CONNECTION_REFUSED,
+        ERROR_CONNECTION_INVALID};
+    return std::ranges::find(kCodes, error) != std::end(kCodes);
+}
+
 bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
     if (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr)) {
         return true;
@@ -101,8 +113,8 @@ bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
     if (parent.size() <= DrivePart(path).size() || parent.size() >= path.size()) {
         return false;
     }
-    return CreateFolders(calls, parent) && (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr) ||
-                                            FolderExists(calls, path));
+    return CreateFolders(calls, parent) &&
+           (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr) || FolderExists(calls, path));
 }
 
 TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, std::string& bytes) {
@@ -123,7 +135,8 @@ TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, st
     }
     std::size_t filled = 0;
     while (filled < bytes.size()) {
-        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size() - filled, kLargestTransfer));
+        const auto wanted =
+            static_cast<DWORD>(std::min<std::size_t>(bytes.size() - filled, kLargestTransfer));
         DWORD received = 0;
         if (!calls.ReadFile(file.Get(), bytes.data() + filled, wanted, &received, nullptr)) {
             return GetLastError();

@@ -21,6 +21,10 @@ std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& c
 bool FileExists(const TPlatformCalls& calls, std::wstring_view path);
 bool FolderExists(const TPlatformCalls& calls, std::wstring_view path);
 
+// Whether an error code says that the drive or the server behind a path does not answer, so that asking for
+// other paths there would only wait once more.
+bool IsOutOfReach(TErrorCode error);
+
 // Creates the folder with all missing parents; true when it exists afterwards.
 [[nodiscard]] bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path);
 

@@ -4,100 +4,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "engine/tdm.h"
+#include "engine/copy_run_fixture.h"
 #include "support/path_hash.h"
-#include "support/text.h"
-#include "test_folder.h"
 
 namespace {
-
-struct TReport {
-    std::wstring text;
-    TMessagePos kind;
-};
-
-// A data module with a source and a destination folder, and the reports of its runs.
-class CopyRun : public testing::Test {
-protected:
-    CopyRun() {
-        CopyIdle = true;
-        configuration_ = ConfigurationFolder(SystemPlatformCalls());
-        DeleteFileW((configuration_ + L"\\NASConf.Dat").c_str());
-        WriteSettings("NASDIR=" + ToUtf8(destination_.Path()) + "\\\r\n");
-    }
-
-    void WriteSettings(const std::string& lines) const {
-        std::ofstream file(std::filesystem::path(configuration_ + L"\\NASConf.ini"), std::ios::binary);
-        file << "[CONFIG]\r\n" << lines;
-    }
-
-    TDM& Dm() {
-        if (!dm_) {
-            dm_ = std::make_unique<TDM>(calls_);
-            dm_->DataModuleCreate();
-            dm_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind) {
-                reports_.push_back({text, kind});
-                if (onReport_) {
-                    onReport_(reports_.back());
-                }
-            };
-            dm_->DoNasFinishMsg = [this](TDM&) { finished_ = true; };
-        }
-        return *dm_;
-    }
-
-    void AddSource(const std::wstring& folder, bool recursive = true) {
-        Dm().MemData.Append();
-        SourceFolderRow& row = Dm().MemData.Working();
-        row.Aktive = true;
-        row.Directory = folder;
-        row.Rekursiv = recursive;
-        row.ExtensionMode = L"NO";
-        Dm().MemData.Post();
-    }
-
-    // A run to its end as the window would see it, the table saved; fails after some seconds.
-    void Run() {
-        reports_.clear();
-        finished_ = false;
-        Dm().StartCopy();
-        for (int step = 0; step < 5000 && !finished_ && !CopyIdle; ++step) {
-            Sleep(1);
-            ProcessPendingMessages();
-            Dm().CopyTimerTimer();
-        }
-        EXPECT_TRUE(finished_ || CopyIdle) << "the run did not end";
-        CopyIdle = true;
-        Dm().EndScanTask();
-        Dm().SaveNasData();
-    }
-
-    std::vector<std::wstring> Texts(TMessagePos kind) const {
-        std::vector<std::wstring> texts;
-        for (const TReport& report : reports_) {
-            if (report.kind == kind) {
-                texts.push_back(report.text);
-            }
-        }
-        return texts;
-    }
-
-    std::wstring HostFolder() const { return destination_.Path() + L"\\" + HostName(); }
-    // The copy of a file below the source folder, relative to the destination.
-    std::wstring CopyOf(std::wstring_view relative) const {
-        return HostName() + L"\\drive_" + source_.Path().substr(0, 1) + source_.Path().substr(2) + L"\\" +
-               std::wstring(relative);
-    }
-
-    TTestFolder source_;
-    TTestFolder destination_;
-    TPlatformCalls calls_ = SystemPlatformCalls();
-    std::wstring configuration_;
-    std::vector<TReport> reports_;
-    std::function<void(const TReport&)> onReport_;
-    bool finished_ = false;
-    std::unique_ptr<TDM> dm_;
-};
 
 TEST_F(CopyRun, CopiesOnceAndThenOnlyWhatChanged) {
     source_.Write(L"a.txt", "one", TestTime(0));

@@ -1,0 +1,210 @@
+// Runs in which platform calls fail: whatever breaks, nothing that was whole is lost.
+#include <algorithm>
+#include <atomic>
+#include <iostream>
+#include <map>
+#include <set>
+
+#include "config/source_folder_file.h"
+#include "engine/copy_run_fixture.h"
+#include "hashdb/hash_table_file.h"
+#include "support/case_folding.h"
+#include "support/path_hash.h"
+#include "support/temporary_name.h"
+#include "watched_calls.h"
+
+namespace {
+
+// The errors that each call can really return; every one is tried at every place.
+const std::map<std::string, std::vector<DWORD>>& ErrorsOf() {
+    static const std::map<std::string, std::vector<DWORD>> errors{
+        {"FindFirstFileEx", {ERROR_ACCESS_DENIED, ERROR_PATH_NOT_FOUND, ERROR_BAD_NETPATH}},
+        {"FindNextFile", {ERROR_UNEXP_NET_ERR, ERROR_NETNAME_DELETED}},
+        {"GetFileAttributesEx", {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_NETNAME_DELETED}},
+        {"SetFileAttributes", {ERROR_ACCESS_DENIED}},
+        {"CopyFileEx",
+         {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_DISK_FULL, ERROR_NETNAME_DELETED}},
+        {"MoveFile", {ERROR_SHARING_VIOLATION}},
+        {"MoveFileEx", {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_NETNAME_DELETED}},
+        {"DeleteFile", {ERROR_SHARING_VIOLATION}},
+        {"CreateDirectory", {ERROR_ACCESS_DENIED, ERROR_DISK_FULL}},
+        {"CreateFile", {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_DISK_FULL}},
+        {"ReadFile", {ERROR_READ_FAULT}},
+        {"WriteFile", {ERROR_DISK_FULL, ERROR_NETNAME_DELETED}},
+        {"SetFilePointerEx", {ERROR_INVALID_PARAMETER}},
+        {"GetFileSizeEx", {ERROR_NETNAME_DELETED}},
+        {"GetFileInformationByHandle", {ERROR_NETNAME_DELETED}},
+        {"FlushFileBuffers", {ERROR_DISK_FULL}},
+        {"SetFileTime", {ERROR_ACCESS_DENIED}}};
+    return errors;
+}
+
+class FaultyRun : public CopyRun {
+protected:
+    FaultyRun() { calls_ = TWatchedCalls::Table(); }
+
+    // A source with a new, a changed, an unchanged and a read-only file, and a backup that knows some of
+    // them.
+    void MakeTrees(bool history) {
+        dm_.reset();
+        DeleteFileW((configuration_ + L"\\NASConf.Dat").c_str());
+        std::error_code ignored;
+        for (const TTestFolder* folder : {&source_, &destination_}) {
+            for (const auto& entry : std::filesystem::directory_iterator(folder->Path())) {
+                std::filesystem::remove_all(entry.path(), ignored);
+            }
+        }
+        source_.Write(L"changed.txt", "state one", TestTime(0));
+        source_.Write(L"sub\\unchanged.txt", "stays", TestTime(0));
+        AddSource(source_.Path());
+        if (history) {
+            Dm().MemData.Edit();
+            Dm().MemData.Working().History = true;
+            Dm().MemData.Post();
+        }
+        Run();
+        Dm().DataModuleDestroy();
+        dm_.reset();
+        source_.Write(L"changed.txt", "state two", TestTime(9));
+        source_.Write(L"new.txt", "new", TestTime(3));
+        source_.Write(L"new folder\\deep\\file.txt", "deep", TestTime(3));
+        destination_.Write(CopyOf(L"~vardeko-1-2-3.tmp"), "left over");
+    }
+
+    // One run of a fresh data module, from loading the tables to saving them.
+    void WholeRun() {
+        reports_.clear();
+        try {
+            Run();
+            Dm().DataModuleDestroy();
+        } catch (const std::exception&) {
+            // The program would not have started.
+        }
+        dm_.reset();
+        CopyIdle = true;
+    }
+
+    // What must hold after a run in which anything failed.
+    void ExpectNothingLost(const std::string& what) {
+        const auto changed = destination_.Read(CopyOf(L"changed.txt"));
+        const auto numbered = destination_.Read(CopyOf(L"changed #001.txt"));
+        EXPECT_TRUE(changed == "state one" || changed == "state two" || (!changed && numbered == "state one"))
+            << what << ": changed.txt holds " << changed.value_or("(nothing)");
+        EXPECT_EQ(destination_.Read(CopyOf(L"sub\\unchanged.txt")), "stays") << what;
+        for (const auto& [name, content] :
+             {std::pair{L"new.txt", "new"}, {L"new folder\\deep\\file.txt", "deep"}}) {
+            const auto copy = destination_.Read(CopyOf(name));
+            EXPECT_TRUE(!copy || *copy == content) << what << ": half a copy of " << ToUtf8(name);
+        }
+        THashTable table;
+        ASSERT_NO_THROW(LoadHashTable(SystemPlatformCalls(), HostFolder() + L"\\Vardeko.dat", table)) << what;
+        table.AddIndex();
+        const auto recorded = table.Find(PathDigest(source_.At(L"changed.txt")));
+        ASSERT_TRUE(recorded) << what;
+        EXPECT_TRUE(changed == "state two" || *recorded == TLocalTimeRule().ToLocal(TestTime(0)))
+            << what << ": a record for a copy that is not there";
+        TSourceFolderTable folders;
+        EXPECT_NO_THROW(static_cast<void>(
+            LoadSourceFolders(SystemPlatformCalls(), configuration_ + L"\\NASConf.Dat", folders)))
+            << what;
+        EXPECT_EQ(folders.RecordCount(), 1U) << what;
+    }
+
+    void ExpectRepaired(const std::string& what) {
+        for (const wchar_t* name :
+             {L"changed.txt", L"new.txt", L"sub\\unchanged.txt", L"new folder\\deep\\file.txt"}) {
+            EXPECT_EQ(destination_.Read(CopyOf(name)), source_.Read(name)) << what;
+        }
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(destination_.Path())) {
+            const std::wstring name = entry.path().filename().wstring();
+            EXPECT_FALSE(IsTemporaryName(name) || name.ends_with(L".new"))
+                << what << " left " << ToUtf8(name);
+        }
+    }
+
+    // Fails each call of a run once, with each of its errors; returns how many runs that took.
+    int FailEveryCallOnce(bool history) {
+        int runs = 0;
+        for (int failing = 0;; ++failing) {
+            std::size_t errorIndex = 0;
+            std::size_t errorCount = 1;
+            bool reached = false;
+            for (; errorIndex < errorCount; ++errorIndex, ++runs) {
+                MakeTrees(history);
+                std::atomic<int> calls = 0;
+                std::string what;
+                {
+                    const TWatchedCalls watch([&](const char* call, std::wstring_view) -> DWORD {
+                        if (calls++ != failing) {
+                            return ERROR_SUCCESS;
+                        }
+                        const auto& errors = ErrorsOf().at(call);
+                        // Scan and copy overlap, so the call of this number is not always the same one.
+                        errorCount = errors.size();
+                        what = std::string(call) + " number " + std::to_string(failing) + " fails with " +
+                               std::to_string(errors[errorIndex % errors.size()]);
+                        return errors[errorIndex % errors.size()];
+                    });
+                    WholeRun();
+                }
+                if (what.empty()) {
+                    break;
+                }
+                reached = true;
+                ExpectNothingLost(what);
+                WholeRun();
+                ExpectRepaired(what);
+                if (HasFailure()) {
+                    return runs;
+                }
+            }
+            if (!reached) {
+                return runs;
+            }
+        }
+    }
+};
+
+TEST_F(FaultyRun, EveryCallFailsOnce) {
+    const int plain = FailEveryCallOnce(false);
+    const int withHistory = FailEveryCallOnce(true);
+    std::cout << "failed calls tried: " << plain << " without, " << withHistory
+              << " with earlier copies kept\n";
+    EXPECT_GT(plain, 100);
+}
+
+TEST_F(FaultyRun, ANasThatGoesAwayEndsTheRun) {
+    for (const DWORD error : {ERROR_NETNAME_DELETED, ERROR_PATH_NOT_FOUND}) {
+        MakeTrees(false);
+        for (int index = 0; index < 200; ++index) {
+            source_.Write(L"many\\f" + std::to_wstring(index), "x", TestTime(0));
+        }
+        const auto tableBefore = destination_.Read(HostName() + L"\\Vardeko.dat");
+        std::atomic<bool> gone = false;
+        std::atomic<int> askedWhileGone = 0;
+        const std::wstring nas = FoldedCase(destination_.Path());
+        {
+            const TWatchedCalls watch([&](const char* call, std::wstring_view path) -> DWORD {
+                gone = gone || call == std::string_view("CopyFileEx");
+                if (!gone || (!path.empty() && FoldedCase(path).find(nas) == std::wstring::npos &&
+                              call != std::string_view("CopyFileEx"))) {
+                    return ERROR_SUCCESS;
+                }
+                ++askedWhileGone;
+                return error;
+            });
+            WholeRun();
+        }
+        EXPECT_LT(askedWhileGone, 40) << "every one of them may wait out the network";
+        const auto errors = Texts(TMessagePos::Error);
+        EXPECT_TRUE(std::ranges::any_of(errors, [](const std::wstring& text) {
+            return text.find(L"nicht mehr erreichbar") != std::wstring::npos;
+        }));
+        EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko.dat"), tableBefore);
+        WholeRun();
+        ExpectRepaired("after the NAS came back");
+        EXPECT_EQ(destination_.Read(CopyOf(L"many\\f199")), "x");
+    }
+}
+
+}  // namespace
