@@ -11,6 +11,11 @@ constexpr sys_days kDayZero = 1899y / December / 30;
 }  // namespace
 
 TDateTime ToDateTime(const TCalendarTime& time) {
+    // The calendar's own types are narrower than int and would take a month 257 for January.
+    if (time.year < 1 || time.year > static_cast<int>(year::max()) || time.month < 1 || time.month > 12 ||
+        time.day < 1 || time.day > 31) {
+        return {};
+    }
     const year_month_day date{year{time.year}, month{static_cast<unsigned>(time.month)},
                               day{static_cast<unsigned>(time.day)}};
     const bool clockIsValid = time.hour >= 0 && time.hour < 24 && time.minute >= 0 && time.minute < 60 &&

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "support/path_text.h"
 
@@ -52,16 +53,53 @@ private:
     TErrorCode openError_;
 };
 
-TErrorCode WriteBeside(const TPlatformCalls& calls, const std::wstring& path,
-                       const std::function<TErrorCode(const TByteSink&)>& write) {
-    const TOpenFile file(calls, path, GENERIC_WRITE, 0, CREATE_ALWAYS);
-    if (file.OpenError() != ERROR_SUCCESS) {
-        return file.OpenError();
+// A file written beside the one it is to replace; deleted again unless it has taken that one's place.
+class TFileBeside {
+public:
+    TFileBeside(const TPlatformCalls& calls, std::wstring path) : calls_(calls), path_(std::move(path)) {}
+    TFileBeside(const TFileBeside&) = delete;
+    TFileBeside& operator=(const TFileBeside&) = delete;
+    ~TFileBeside() {
+        if (exists_) {
+            RemoveFile(calls_, path_);
+        }
     }
-    if (const TErrorCode error = write([&file](std::string_view bytes) { return file.Write(bytes); })) {
-        return error;
+
+    TErrorCode Write(const std::function<TErrorCode(const TByteSink&)>& write) {
+        const TOpenFile file(calls_, path_, GENERIC_WRITE, 0, CREATE_ALWAYS);
+        if (file.OpenError() != ERROR_SUCCESS) {
+            return file.OpenError();
+        }
+        exists_ = true;
+        if (const TErrorCode error = write([&file](std::string_view bytes) { return file.Write(bytes); })) {
+            return error;
+        }
+        return file.Flush();
     }
-    return file.Flush();
+
+    TErrorCode RenameOver(const std::wstring& target) {
+        if (!calls_.MoveFileExW(path_.c_str(), target.c_str(),
+                                MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+            return GetLastError();
+        }
+        exists_ = false;
+        return ERROR_SUCCESS;
+    }
+
+private:
+    const TPlatformCalls& calls_;
+    std::wstring path_;
+    bool exists_ = false;
+};
+
+// What no folder can be made of: the drive or share at the front of a path in the extended form.
+std::wstring_view RootOf(std::wstring_view extended) {
+    constexpr std::wstring_view kShares = L"\\\\?\\UNC\\";
+    if (!extended.starts_with(kShares)) {
+        return DrivePart(extended);
+    }
+    const std::size_t serverEnd = std::min(extended.find(L'\\', kShares.size()), extended.size() - 1);
+    return extended.substr(0, extended.find(L'\\', serverEnd + 1));
 }
 
 }  // namespace
@@ -99,22 +137,22 @@ bool IsOutOfReach(TErrorCode error) {
 }
 
 bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
-    if (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr)) {
+    // In the extended form, where "/" and trailing separators are gone.
+    const std::wstring folder = ExtendedPath(path);
+    if (calls.CreateDirectoryW(folder.c_str(), nullptr)) {
         return true;
     }
-    const TErrorCode error = GetLastError();
-    if (error == ERROR_ALREADY_EXISTS) {
-        return FolderExists(calls, path);
+    if (GetLastError() != ERROR_PATH_NOT_FOUND) {
+        // A folder that exists is answered by other codes too: a drive's root, or one in a folder where
+        // nothing may be created, with "access denied".
+        return FolderExists(calls, folder);
     }
-    if (error != ERROR_PATH_NOT_FOUND) {
+    const std::wstring_view parent = RemoveTrailingSeparator(FolderPart(folder));
+    if (parent.size() <= RootOf(folder).size() || !CreateFolders(calls, parent)) {
         return false;
     }
-    const std::wstring_view parent = RemoveTrailingSeparator(FolderPart(path));
-    if (parent.size() <= DrivePart(path).size() || parent.size() >= path.size()) {
-        return false;
-    }
-    return CreateFolders(calls, parent) &&
-           (calls.CreateDirectoryW(ExtendedPath(path).c_str(), nullptr) || FolderExists(calls, path));
+    // Another program may have made it in the meantime.
+    return calls.CreateDirectoryW(folder.c_str(), nullptr) || FolderExists(calls, folder);
 }
 
 TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, std::string& bytes) {
@@ -152,21 +190,20 @@ TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, st
 
 TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
                             const std::function<TErrorCode(const TByteSink&)>& write) {
-    const std::wstring beside = std::wstring(path) + L".new";
-    TErrorCode error = WriteBeside(calls, beside, write);
-    if (error == ERROR_SUCCESS) {
-        const auto old = QueryAttributes(calls, path);
-        if (old && (old->dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
-            // A read-only file cannot be replaced by a rename.
-            calls.SetFileAttributesW(ExtendedPath(path).c_str(), FILE_ATTRIBUTE_NORMAL);
-        }
-        if (!calls.MoveFileExW(ExtendedPath(beside).c_str(), ExtendedPath(path).c_str(),
-                               MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-            error = GetLastError();
-        }
+    const std::wstring target = ExtendedPath(path);
+    TFileBeside beside(calls, target + L".new");
+    if (const TErrorCode error = beside.Write(write)) {
+        return error;
     }
-    if (error != ERROR_SUCCESS) {
-        RemoveFile(calls, beside);
+    const auto old = QueryAttributes(calls, target);
+    const bool readOnly = old && (old->dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (readOnly) {
+        // A read-only file cannot be replaced by a rename.
+        calls.SetFileAttributesW(target.c_str(), FILE_ATTRIBUTE_NORMAL);
+    }
+    const TErrorCode error = beside.RenameOver(target);
+    if (error != ERROR_SUCCESS && readOnly) {
+        calls.SetFileAttributesW(target.c_str(), old->dwFileAttributes);
     }
     return error;
 }

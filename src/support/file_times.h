@@ -27,6 +27,7 @@ std::optional<TFileTimes> ReadFileTimes(const TPlatformCalls& calls, std::wstrin
 class TLocalTimeRule {
 public:
     TLocalTimeRule();
+    explicit TLocalTimeRule(const TIME_ZONE_INFORMATION& zone) : zone_(zone) {}
 
     // The local date-time of a file time, in whole milliseconds (rounded down); each time converts by the
     // daylight-saving rule for its own date. 0 for a time that has no date.

@@ -83,7 +83,7 @@ std::string ToUtf8(std::wstring_view text) {
     bytes.reserve(text.size());
     for (std::size_t index = 0; index < text.size(); ++index) {
         auto value = static_cast<char32_t>(text[index]);
-        if (kUnitsAreUtf16 && IsHighSurrogate(value) && index + 1 < text.size() &&
+        if (IsHighSurrogate(value) && index + 1 < text.size() &&
             IsLowSurrogate(static_cast<char32_t>(text[index + 1]))) {
             value = 0x10000 + ((value - 0xD800) << 10) + (static_cast<char32_t>(text[++index]) - 0xDC00);
         }
@@ -95,11 +95,14 @@ std::string ToUtf8(std::wstring_view text) {
 std::optional<std::wstring> FromUtf8(std::string_view bytes) {
     std::wstring text;
     text.reserve(bytes.size());
+    bool afterHighSurrogate = false;
     while (!bytes.empty()) {
         const auto value = TakeCodePoint(bytes);
-        if (!value) {
+        // Two halves of a pair that come one by one: other bytes than ToUtf8 writes for the pair.
+        if (!value || (afterHighSurrogate && IsLowSurrogate(*value))) {
             return std::nullopt;
         }
+        afterHighSurrogate = IsHighSurrogate(*value);
         AppendCodePoint(text, *value);
     }
     return text;
