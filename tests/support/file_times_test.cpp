@@ -34,8 +34,7 @@ TIME_ZONE_INFORMATION CentralEurope() {
     return zone;
 }
 
-TEST(FileTimes, EachTimeConvertsByTheRuleForItsOwnDate) {
-    const TLocalTimeRule rule(CentralEurope());
+void ExpectCentralEuropeanTimes(const TLocalTimeRule& rule) {
     EXPECT_EQ(rule.ToLocal(Utc(2024, 1, 15, 12, 0, 0, 7)), ToDateTime({2024, 1, 15, 13, 0, 0, 7}));
     EXPECT_EQ(rule.ToLocal(Utc(2024, 7, 15, 12, 0, 0, 7)), ToDateTime({2024, 7, 15, 14, 0, 0, 7}));
     EXPECT_EQ(rule.ToLocal(Utc(2024, 3, 31, 0, 59, 59, 999)), ToDateTime({2024, 3, 31, 1, 59, 59, 999}));
@@ -45,6 +44,19 @@ TEST(FileTimes, EachTimeConvertsByTheRuleForItsOwnDate) {
     // Over the end of the year, and of another year.
     EXPECT_EQ(rule.ToLocal(Utc(1999, 12, 31, 23, 30, 0)), ToDateTime({2000, 1, 1, 0, 30}));
     EXPECT_EQ(rule.ToLocal(Utc(1999, 10, 31, 0, 30, 0)), ToDateTime({1999, 10, 31, 2, 30}));
+}
+
+TEST(FileTimes, EachTimeConvertsByTheRuleForItsOwnDate) {
+    ExpectCentralEuropeanTimes(TLocalTimeRule(CentralEurope()));
+}
+
+TEST(FileTimes, MachineInCentralEuropeHasThatRule) {
+    TIME_ZONE_INFORMATION zone{};
+    GetTimeZoneInformation(&zone);
+    if (zone.Bias != -60 || zone.StandardDate.wMonth != 10) {
+        GTEST_SKIP() << "needs TZ=Europe/Berlin";
+    }
+    ExpectCentralEuropeanTimes(TLocalTimeRule());
 }
 
 TEST(FileTimes, TimesWithoutADateAreUnknown) {
