@@ -85,6 +85,12 @@ private:
     std::wstring path_;
 };
 
+// The content of the file of that full path; "<missing>" when there is none.
+inline std::string ContentOf(std::wstring_view path) {
+    std::string bytes;
+    return ReadWholeFile(SystemPlatformCalls(), path, bytes) == ERROR_SUCCESS ? bytes : "<missing>";
+}
+
 // A file time some seconds after 1 June 2020 12:00 UTC.
 inline FILETIME TestTime(std::int64_t seconds) {
     constexpr std::int64_t kBase = 132354864000000000;

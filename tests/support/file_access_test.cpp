@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "support/test_folder.h"
+#include "test_folder.h"
 
 namespace {
 
@@ -55,7 +55,7 @@ const TFailingTable kFailingTables[] = {
 
 TEST(ReplaceWholeFile, LeavesTheOldFileWholeWhenACallFails) {
     const TTestFolder folder;
-    const std::wstring path = folder.MakeFile(L"Vardeko.dat", "old");
+    const std::wstring path = folder.Write(L"Vardeko.dat", "old");
     for (const DWORD attributes : {FILE_ATTRIBUTE_ARCHIVE, FILE_ATTRIBUTE_READONLY}) {
         for (const TFailingTable& failing : kFailingTables) {
             SetFileAttributesW(path.c_str(), attributes);
@@ -75,7 +75,7 @@ TEST(ReplaceWholeFile, LeavesTheOldFileWholeWhenACallFails) {
 TEST(ReplaceWholeFile, LeavesTheOldFileWholeWhenTheWriterGivesUp) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    const std::wstring path = folder.MakeFile(L"Vardeko.dat", "old");
+    const std::wstring path = folder.Write(L"Vardeko.dat", "old");
     const auto refuse = [](const TByteSink& sink) -> TErrorCode {
         EXPECT_EQ(sink("half of it"), DWORD{ERROR_SUCCESS});
         return ERROR_INVALID_DATA;
@@ -90,11 +90,11 @@ TEST(ReplaceWholeFile, LeavesTheOldFileWholeWhenTheWriterGivesUp) {
 TEST(ReplaceWholeFile, ReplacesAndCreates) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    const std::wstring path = folder / L"Vardeko.dat";
+    const std::wstring path = folder.At(L"Vardeko.dat");
     ASSERT_EQ(Replace(calls, path, "first"), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(ContentOf(path), "first");
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
-    folder.MakeFile(L"Vardeko.dat.new", "left behind by a program that was killed");
+    folder.Write(L"Vardeko.dat.new", "left behind by a program that was killed");
     ASSERT_EQ(Replace(calls, path, "second"), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(ContentOf(path), "second");
     EXPECT_EQ(ContentOf(path + L".new"), "<missing>");
@@ -106,62 +106,62 @@ TEST(ReplaceWholeFile, GoesOnAfterAPartialWrite) {
     calls.WriteFile = [](HANDLE file, const void* bytes, DWORD size, DWORD* written, OVERLAPPED*) {
         return ::WriteFile(file, bytes, size > 3 ? 3 : size, written, nullptr);
     };
-    ASSERT_EQ(Replace(calls, folder / L"a", "0123456789"), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(ContentOf(folder / L"a"), "0123456789");
+    ASSERT_EQ(Replace(calls, folder.At(L"a"), "0123456789"), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(ContentOf(folder.At(L"a")), "0123456789");
 }
 
 TEST(ReadWholeFile, GivesTheSystemsCode) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
     std::string bytes = "before";
-    EXPECT_EQ(ReadWholeFile(calls, folder / L"missing", bytes), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(ReadWholeFile(calls, folder.At(L"missing"), bytes), DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(bytes, "");
-    EXPECT_EQ(ReadWholeFile(calls, folder / L"no\\file", bytes), DWORD{ERROR_PATH_NOT_FOUND});
-    EXPECT_EQ(ReadWholeFile(calls, folder.MakeFile(L"empty"), bytes), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(ReadWholeFile(calls, folder.At(L"no\\file"), bytes), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(ReadWholeFile(calls, folder.Write(L"empty", ""), bytes), DWORD{ERROR_SUCCESS});
     TPlatformCalls failing = calls;
     failing.ReadFile = [](HANDLE, void*, DWORD, DWORD*, OVERLAPPED*) { return Fail(ERROR_CRC, FALSE); };
-    EXPECT_EQ(ReadWholeFile(failing, folder.MakeFile(L"x", "abc"), bytes), DWORD{ERROR_CRC});
+    EXPECT_EQ(ReadWholeFile(failing, folder.Write(L"x", "abc"), bytes), DWORD{ERROR_CRC});
 }
 
 TEST(AppendToFile, CreatesThenAppends) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    EXPECT_EQ(AppendToFile(calls, folder / L"Error.log", "one\r\n"), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(AppendToFile(calls, folder / L"Error.log", "two\r\n"), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(ContentOf(folder / L"Error.log"), "one\r\ntwo\r\n");
-    EXPECT_EQ(AppendToFile(calls, folder / L"missing\\Error.log", "x"), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(AppendToFile(calls, folder.At(L"Error.log"), "one\r\n"), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(AppendToFile(calls, folder.At(L"Error.log"), "two\r\n"), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(ContentOf(folder.At(L"Error.log")), "one\r\ntwo\r\n");
+    EXPECT_EQ(AppendToFile(calls, folder.At(L"missing\\Error.log"), "x"), DWORD{ERROR_PATH_NOT_FOUND});
 }
 
 TEST(Exists, FilesAreNoFolders) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    const std::wstring file = folder.MakeFile(L"a.txt");
+    const std::wstring file = folder.Write(L"a.txt", "");
     EXPECT_TRUE(FileExists(calls, file));
     EXPECT_FALSE(FolderExists(calls, file));
     EXPECT_TRUE(FolderExists(calls, folder.Path()));
     EXPECT_TRUE(FolderExists(calls, folder.Path() + L"\\"));
     EXPECT_TRUE(FolderExists(calls, folder.Path().substr(0, 2)));
     EXPECT_FALSE(FileExists(calls, folder.Path()));
-    EXPECT_FALSE(FolderExists(calls, folder / L"missing"));
+    EXPECT_FALSE(FolderExists(calls, folder.At(L"missing")));
 }
 
 TEST(CreateFolders, MakesAllMissingParents) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    EXPECT_TRUE(CreateFolders(calls, folder / L"a\\b\\c\\"));
-    EXPECT_TRUE(FolderExists(calls, folder / L"a\\b\\c"));
-    EXPECT_TRUE(CreateFolders(calls, folder / L"a\\b\\c"));
-    EXPECT_TRUE(CreateFolders(calls, folder / L"d/e\\\\f"));
-    EXPECT_TRUE(FolderExists(calls, folder / L"d\\e\\f"));
+    EXPECT_TRUE(CreateFolders(calls, folder.At(L"a\\b\\c\\")));
+    EXPECT_TRUE(FolderExists(calls, folder.At(L"a\\b\\c")));
+    EXPECT_TRUE(CreateFolders(calls, folder.At(L"a\\b\\c")));
+    EXPECT_TRUE(CreateFolders(calls, folder.At(L"d/e\\\\f")));
+    EXPECT_TRUE(FolderExists(calls, folder.At(L"d\\e\\f")));
     EXPECT_TRUE(CreateFolders(calls, folder.Path().substr(0, 3)));
 }
 
 TEST(CreateFolders, FailsWhereNoFolderCanBe) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    folder.MakeFile(L"file");
-    EXPECT_FALSE(CreateFolders(calls, folder / L"file"));
-    EXPECT_FALSE(CreateFolders(calls, folder / L"file\\below\\it"));
+    folder.Write(L"file", "");
+    EXPECT_FALSE(CreateFolders(calls, folder.At(L"file")));
+    EXPECT_FALSE(CreateFolders(calls, folder.At(L"file\\below\\it")));
     EXPECT_FALSE(CreateFolders(calls, L"Q:\\no\\such\\drive"));
     EXPECT_FALSE(CreateFolders(calls, L"\\\\no-such-server\\share\\a\\b"));
     EXPECT_FALSE(CreateFolders(calls, L""));
@@ -174,7 +174,7 @@ TEST(CreateFolders, AcceptsAFolderInWhichNothingMayBeMade) {
         return Fail(ERROR_ACCESS_DENIED, FALSE);
     };
     EXPECT_TRUE(CreateFolders(calls, folder.Path()));
-    EXPECT_FALSE(CreateFolders(calls, folder / L"new"));
+    EXPECT_FALSE(CreateFolders(calls, folder.At(L"new")));
 }
 
 // The test platform maps its folder dosdevices/unc to the network.
@@ -240,11 +240,11 @@ TEST(LongPaths, ReachTheSystemInTheExtendedForm) {
         return ::MoveFileExW(from, to, flags);
     };
     const TTestFolder folder;
-    EXPECT_TRUE(CreateFolders(calls, folder / L"a\\b"));
-    EXPECT_EQ(Replace(calls, folder / L"a\\b\\c", "x"), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(AppendToFile(calls, folder / L"a\\b\\c", "y"), DWORD{ERROR_SUCCESS});
+    EXPECT_TRUE(CreateFolders(calls, folder.At(L"a\\b")));
+    EXPECT_EQ(Replace(calls, folder.At(L"a\\b\\c"), "x"), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(AppendToFile(calls, folder.At(L"a\\b\\c"), "y"), DWORD{ERROR_SUCCESS});
     std::string bytes;
-    EXPECT_EQ(ReadWholeFile(calls, folder / L"a\\b\\c", bytes), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(ReadWholeFile(calls, folder.At(L"a\\b\\c"), bytes), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(plain, 0);
 }
 

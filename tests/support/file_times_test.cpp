@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "support/test_folder.h"
+#include "test_folder.h"
 
 namespace {
 
@@ -77,7 +77,7 @@ TEST(FileTimes, MachinesRuleIsTheOneOfTheSystem) {
 TEST(FileTimes, AreTakenOverToTheLastDigit) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    const std::wstring file = folder.MakeFile(L"\u4E2D\u6587.txt", "x");
+    const std::wstring file = folder.Write(L"\u4E2D\u6587.txt", "x");
     const TFileTimes wanted{Utc(2001, 2, 3, 4, 5, 6), Utc(2011, 12, 13, 14, 15, 16),
                             ToFileTime(ToValue(Utc(2021, 7, 8, 9, 10, 11, 123)) - 4567)};
     ASSERT_TRUE(WriteFileTimes(calls, file, wanted));
@@ -113,10 +113,10 @@ TEST(FileTimes, AllThreeTimesReachTheSystemInTheirOrder) {
 TEST(FileTimes, MissingFileHasNone) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    EXPECT_FALSE(ReadFileTimes(calls, folder / L"missing"));
-    EXPECT_FALSE(WriteFileTimes(calls, folder / L"missing", {}));
-    EXPECT_FALSE(FileExists(calls, folder / L"missing"));
-    EXPECT_EQ(LastWriteDateTime(calls, TLocalTimeRule(), folder / L"missing"), TDateTime{});
+    EXPECT_FALSE(ReadFileTimes(calls, folder.At(L"missing")));
+    EXPECT_FALSE(WriteFileTimes(calls, folder.At(L"missing"), {}));
+    EXPECT_FALSE(FileExists(calls, folder.At(L"missing")));
+    EXPECT_EQ(LastWriteDateTime(calls, TLocalTimeRule(), folder.At(L"missing")), TDateTime{});
 }
 
 }  // namespace

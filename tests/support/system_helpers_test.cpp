@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/handles.h"
-#include "support/test_folder.h"
+#include "test_folder.h"
 
 namespace {
 
@@ -76,13 +76,13 @@ TEST(Folders, ConfigurationFolderIsMadeBelowTheCommonDataFolder) {
     const TTestFolder folder;
     const TOtherMachine machine;
     EXPECT_EQ(CommonDataFolder(), L"");
-    machine.Set(kShellFoldersKey, L"Common AppData", folder / L"new\\ProgramData\\");
-    EXPECT_EQ(CommonDataFolder(), folder / L"new\\ProgramData");
-    EXPECT_EQ(ConfigurationFolder(calls), folder / L"new\\ProgramData\\Vardeko");
-    EXPECT_TRUE(FolderExists(calls, folder / L"new\\ProgramData\\Vardeko"));
+    machine.Set(kShellFoldersKey, L"Common AppData", folder.At(L"new\\ProgramData\\"));
+    EXPECT_EQ(CommonDataFolder(), folder.At(L"new\\ProgramData"));
+    EXPECT_EQ(ConfigurationFolder(calls), folder.At(L"new\\ProgramData\\Vardeko"));
+    EXPECT_TRUE(FolderExists(calls, folder.At(L"new\\ProgramData\\Vardeko")));
 
-    folder.MakeFile(L"file");
-    machine.Set(kShellFoldersKey, L"Common AppData", folder / L"file");
+    folder.Write(L"file", "");
+    machine.Set(kShellFoldersKey, L"Common AppData", folder.At(L"file"));
     EXPECT_EQ(ConfigurationFolder(calls), L"");
 }
 
@@ -95,37 +95,37 @@ TEST(MoveAside, TakesTheFirstFreeNumber) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
     const auto moveAside = [&](std::wstring_view name) {
-        folder.MakeFile(name, "newest");
-        return MoveAsideWithNumber(calls, folder / name);
+        folder.Write(name, "newest");
+        return MoveAsideWithNumber(calls, folder.At(name));
     };
-    folder.MakeFile(L"a #001.txt", "1");
-    folder.MakeFile(L"a #002.txt", "2");
-    folder.MakeFile(L"a #004.txt", "4");
+    folder.Write(L"a #001.txt", "1");
+    folder.Write(L"a #002.txt", "2");
+    folder.Write(L"a #004.txt", "4");
     EXPECT_TRUE(moveAside(L"a.txt"));
-    EXPECT_FALSE(FileExists(calls, folder / L"a.txt"));
-    EXPECT_EQ(ContentOf(folder / L"a #003.txt"), "newest");
+    EXPECT_FALSE(FileExists(calls, folder.At(L"a.txt")));
+    EXPECT_EQ(ContentOf(folder.At(L"a #003.txt")), "newest");
     EXPECT_TRUE(moveAside(L"a.txt"));
-    EXPECT_EQ(ContentOf(folder / L"a #004.txt"), "4");
-    EXPECT_EQ(ContentOf(folder / L"a #005.txt"), "newest");
+    EXPECT_EQ(ContentOf(folder.At(L"a #004.txt")), "4");
+    EXPECT_EQ(ContentOf(folder.At(L"a #005.txt")), "newest");
     EXPECT_TRUE(moveAside(L"data"));
-    EXPECT_EQ(ContentOf(folder / L"data #001"), "newest");
+    EXPECT_EQ(ContentOf(folder.At(L"data #001")), "newest");
     EXPECT_TRUE(moveAside(L"a.b.txt"));
-    EXPECT_EQ(ContentOf(folder / L"a.b #001.txt"), "newest");
+    EXPECT_EQ(ContentOf(folder.At(L"a.b #001.txt")), "newest");
 }
 
 TEST(MoveAside, HasNothingToDoWithoutAFile) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    EXPECT_TRUE(MoveAsideWithNumber(calls, folder / L"missing.txt"));
-    EXPECT_TRUE(MoveAsideWithNumber(calls, folder / L"missing\\missing.txt"));
-    ASSERT_TRUE(CreateFolders(calls, folder / L"folder"));
-    EXPECT_TRUE(MoveAsideWithNumber(calls, folder / L"folder"));
-    EXPECT_TRUE(FolderExists(calls, folder / L"folder"));
+    EXPECT_TRUE(MoveAsideWithNumber(calls, folder.At(L"missing.txt")));
+    EXPECT_TRUE(MoveAsideWithNumber(calls, folder.At(L"missing\\missing.txt")));
+    ASSERT_TRUE(CreateFolders(calls, folder.At(L"folder")));
+    EXPECT_TRUE(MoveAsideWithNumber(calls, folder.At(L"folder")));
+    EXPECT_TRUE(FolderExists(calls, folder.At(L"folder")));
 }
 
 TEST(MoveAside, FailsWhenTheFileStaysWhereItIs) {
     const TTestFolder folder;
-    const std::wstring path = folder.MakeFile(L"a.txt");
+    const std::wstring path = folder.Write(L"a.txt", "");
     TPlatformCalls calls = SystemPlatformCalls();
     calls.MoveFileW = [](const wchar_t*, const wchar_t*) -> BOOL {
         SetLastError(ERROR_SHARING_VIOLATION);
@@ -145,14 +145,14 @@ TEST(MoveAside, FailsWhenTheFileStaysWhereItIs) {
 TEST(MoveAside, ManyCopiesCostAListingNotAQuestionEach) {
     const TTestFolder folder;
     for (unsigned number = 1; number <= 1001; ++number) {
-        folder.MakeFile(NumberedName(L"Bericht.doc", number));
+        folder.Write(NumberedName(L"Bericht.doc", number), "");
     }
     // Names that only look like copies of it.
     for (const wchar_t* name : {L"Bericht #1002.docx", L"Bericht #01002.doc", L"Bericht #.doc",
                                 L"Bericht #10x2.doc", L"Bericht #99999999999999999999.doc"}) {
-        folder.MakeFile(name);
+        folder.Write(name, "");
     }
-    const std::wstring path = folder.MakeFile(L"BERICHT.doc", "newest");
+    const std::wstring path = folder.Write(L"BERICHT.doc", "newest");
     static int questions;
     questions = 0;
     TPlatformCalls calls = SystemPlatformCalls();
@@ -161,7 +161,7 @@ TEST(MoveAside, ManyCopiesCostAListingNotAQuestionEach) {
         return ::GetFileAttributesExW(name, level, data);
     };
     EXPECT_TRUE(MoveAsideWithNumber(calls, path));
-    EXPECT_EQ(ContentOf(folder / L"BERICHT #1002.doc"), "newest");
+    EXPECT_EQ(ContentOf(folder.At(L"BERICHT #1002.doc")), "newest");
     EXPECT_LT(questions, 15);
 
     // Without a listing it only takes longer.
@@ -169,20 +169,20 @@ TEST(MoveAside, ManyCopiesCostAListingNotAQuestionEach) {
         SetLastError(ERROR_ACCESS_DENIED);
         return INVALID_HANDLE_VALUE;
     };
-    folder.MakeFile(L"BERICHT.doc", "again");
+    folder.Write(L"BERICHT.doc", "again");
     EXPECT_TRUE(MoveAsideWithNumber(calls, path));
-    EXPECT_EQ(ContentOf(folder / L"BERICHT #1003.doc"), "again");
+    EXPECT_EQ(ContentOf(folder.At(L"BERICHT #1003.doc")), "again");
 }
 
 TEST(MoveAside, WorksOnLongPaths) {
     const TPlatformCalls& calls = SystemPlatformCalls();
     const TTestFolder folder;
-    const std::wstring deep = folder / std::wstring(120, L'x') + L"\\" + std::wstring(120, L'y');
+    const std::wstring deep = folder.At(std::wstring(120, L'x')) + L"\\" + std::wstring(120, L'y');
     ASSERT_TRUE(CreateFolders(calls, deep));
     const std::wstring name =
         deep.substr(folder.Path().size() + 1) + L"\\" + std::wstring(60, L'z') + L".txt";
-    EXPECT_TRUE(MoveAsideWithNumber(calls, folder.MakeFile(name, "x")));
-    EXPECT_EQ(ContentOf(NumberedName(folder / name, 1)), "x");
+    EXPECT_TRUE(MoveAsideWithNumber(calls, folder.Write(name, "x")));
+    EXPECT_EQ(ContentOf(NumberedName(folder.At(name), 1)), "x");
 }
 
 }  // namespace
