@@ -160,11 +160,7 @@ std::optional<std::wstring> TIniFile::Text(std::wstring_view section, std::wstri
 }
 
 bool TIniFile::Boolean(std::wstring_view section, std::wstring_view key, bool defaultValue) const {
-    const std::string digits = ToUtf8(Text(section, key).value_or(L""));
-    std::string_view number = digits;
-    if (number.starts_with('+')) {
-        number.remove_prefix(1);
-    }
+    const std::string number = ToUtf8(Text(section, key).value_or(L""));
     std::int32_t value = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
     if (error != std::errc() || end != number.data() + number.size()) {

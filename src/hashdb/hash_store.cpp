@@ -1,6 +1,5 @@
 #include "hashdb/hash_store.h"
 
-#include <algorithm>
 #include <cstring>
 #include <random>
 #include <stdexcept>
@@ -10,6 +9,8 @@ namespace {
 // Three quarters of as many slots as a 32-bit number can tell apart.
 constexpr std::size_t kMostRecords = std::size_t{3} << 30;
 constexpr unsigned kFewestSlotBits = 4;
+constexpr std::size_t kLongBucket = 16;
+constexpr unsigned kMostDirectoryBits = 30;
 
 std::array<std::uint64_t, 9> DrawFactors() {
     std::random_device random;
@@ -43,34 +44,68 @@ std::uint32_t TDigestMixer::operator()(const TPathDigest& digest) const {
     return mixed;
 }
 
-void THashStore::Reserve(std::size_t recordCount) {
-    if (recordCount > kMostRecords) {
-        throw std::runtime_error("Die Tabelle hat zu viele Einträge.");
+// Twice to four times as many buckets as records, so that the first record of a bucket is nearly always the
+// one looked for.
+THashStore::THashStore(std::size_t expectedRecords) : usesDirectory_(expectedRecords > 0) {
+    while (directoryBits_ < kMostDirectoryBits && (2 * expectedRecords >> directoryBits_) > 0) {
+        ++directoryBits_;
     }
-    unsigned bits = kFewestSlotBits;
-    while (3 * (std::uint64_t{1} << bits) < 4 * (recordCount + 1)) {
-        ++bits;
-    }
-    if (bits > slotBits_) {
-        SetSlotBits(bits);
+    if (usesDirectory_) {
+        directory_.reserve(std::size_t{1} << directoryBits_);
     }
 }
 
-// Slots are ordered by their upper bits, so doubling walks through old and new ones from front to back and
-// reads no record.
-void THashStore::SetSlotBits(unsigned slotBits) {
-    const std::vector<TSlot> old = std::move(slots_);
-    slotBits_ = slotBits;
-    slots_.assign(std::size_t{1} << slotBits, {});
-    for (const TSlot& slot : old) {
-        if (slot.record != 0) {
-            std::size_t place = HomeOf(slot.mixed);
-            while (slots_[place].record != 0) {
-                place = (place + 1) & (slots_.size() - 1);
-            }
-            slots_[place] = slot;
+std::size_t THashStore::BucketOf(const TPathDigest& hash) const {
+    return static_cast<std::size_t>(StartOf(hash) >> 32 << directoryBits_ >> 32);
+}
+
+bool THashStore::ContinuesSortedOnes(const TPathDigest& hash) const {
+    return usesDirectory_ && sortedCount_ == count_ && (count_ == 0 || Ordinary(count_ - 1).HASH <= hash);
+}
+
+void THashStore::AppendSorted(const TPathDigest& hash, TDateTime date) {
+    const std::size_t bucket = BucketOf(hash);
+    while (directory_.size() <= bucket) {
+        directory_.push_back(static_cast<std::uint32_t>(count_));
+    }
+    AppendRecord(hash, date);
+    ++sortedCount_;
+}
+
+std::size_t THashStore::FirstSortedNotBefore(const TPathDigest& hash, std::size_t first,
+                                             std::size_t last) const {
+    while (first < last) {
+        const std::size_t middle = (first + last) / 2;
+        if (Ordinary(middle).HASH < hash) {
+            first = middle + 1;
+        } else {
+            last = middle;
         }
     }
+    return first;
+}
+
+const HashRecord* THashStore::FindSorted(const TPathDigest& hash) const {
+    const std::size_t bucket = BucketOf(hash);
+    if (bucket >= directory_.size()) {
+        return nullptr;
+    }
+    std::size_t first = directory_[bucket];
+    const std::size_t last = bucket + 1 < directory_.size() ? directory_[bucket + 1] : sortedCount_;
+    if (last - first > kLongBucket) {
+        // Only a file made for it fills a bucket so; it must not make every look-up slow.
+        first = FirstSortedNotBefore(hash, first, last);
+    }
+    for (const std::uint64_t start = StartOf(hash); first < last; ++first) {
+        const HashRecord& record = Ordinary(first);
+        if (record.HASH == hash) {
+            return &record;
+        }
+        if (StartOf(record.HASH) > start) {
+            return nullptr;
+        }
+    }
+    return nullptr;
 }
 
 std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) const {
@@ -83,48 +118,69 @@ std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) c
     }
 }
 
-std::optional<TDateTime> THashStore::Find(const TPathDigest& hash) const {
+const HashRecord* THashStore::FindRecord(const TPathDigest& hash) const {
+    if (const HashRecord* sorted = FindSorted(hash)) {
+        return sorted;
+    }
     if (slots_.empty()) {
-        return std::nullopt;
+        return nullptr;
     }
     const TSlot& slot = slots_[FindSlot(hash, mix_(hash))];
-    if (slot.record == 0) {
+    return slot.record == 0 ? nullptr : &Ordinary(slot.record - 1);
+}
+
+std::optional<TDateTime> THashStore::Find(const TPathDigest& hash) const {
+    const HashRecord* record = FindRecord(hash);
+    if (!record) {
         return std::nullopt;
     }
-    const TDateTime date = Ordinary(slot.record - 1).Datum;
-    return date == kNoDate ? TDateTime{} : date;
+    return record->Datum == kNoDate ? TDateTime{} : record->Datum;
 }
 
 void THashStore::Append(const TPathDigest& hash, TDateTime date) {
-    if (NeedsMoreSlots()) {
-        SetSlotBits(std::max(slotBits_ + 1, kFewestSlotBits));
-    }
-    const std::uint32_t mixed = mix_(hash);
-    const std::size_t place = FindSlot(hash, mixed);
-    if (slots_[place].record == 0) {
-        AppendAt(place, mixed, hash, date);
+    if (ContinuesSortedOnes(hash)) {
+        AppendSorted(hash, date);
     } else {
-        AppendRecord(hash, date);
+        AppendSlotted(hash, date);
     }
 }
 
 void THashStore::Record(const TPathDigest& hash, TDateTime date) {
-    if (NeedsMoreSlots()) {
-        SetSlotBits(std::max(slotBits_ + 1, kFewestSlotBits));
-    }
-    const std::uint32_t mixed = mix_(hash);
-    const std::size_t place = FindSlot(hash, mixed);
-    if (slots_[place].record == 0) {
-        AppendAt(place, mixed, hash, date);
+    if (const HashRecord* record = FindRecord(hash)) {
+        const_cast<HashRecord*>(record)->Datum = date;
     } else {
-        Ordinary(slots_[place].record - 1).Datum = date;
+        AppendSlotted(hash, date);
     }
 }
 
-void THashStore::AppendAt(std::size_t place, std::uint32_t mixed, const TPathDigest& hash, TDateTime date) {
+void THashStore::AppendSlotted(const TPathDigest& hash, TDateTime date) {
+    if (4 * (usedSlots_ + 1) > 3 * slots_.size()) {
+        DoubleSlots();
+    }
+    const std::uint32_t mixed = mix_(hash);
+    TSlot& slot = slots_[FindSlot(hash, mixed)];
     AppendRecord(hash, date);
-    slots_[place] = {mixed, static_cast<std::uint32_t>(count_)};
-    ++usedSlots_;
+    if (slot.record == 0) {
+        slot = {mixed, static_cast<std::uint32_t>(count_)};
+        ++usedSlots_;
+    }
+}
+
+// Slots are ordered by their upper bits, so doubling walks through old and new ones from front to back and
+// reads no record.
+void THashStore::DoubleSlots() {
+    const std::vector<TSlot> old = std::move(slots_);
+    slotBits_ = old.empty() ? kFewestSlotBits : slotBits_ + 1;
+    slots_.assign(std::size_t{1} << slotBits_, {});
+    for (const TSlot& slot : old) {
+        if (slot.record != 0) {
+            std::size_t place = HomeOf(slot.mixed);
+            while (slots_[place].record != 0) {
+                place = (place + 1) & (slots_.size() - 1);
+            }
+            slots_[place] = slot;
+        }
+    }
 }
 
 void THashStore::AppendRecord(const TPathDigest& hash, TDateTime date) {
@@ -132,10 +188,10 @@ void THashStore::AppendRecord(const TPathDigest& hash, TDateTime date) {
         throw std::runtime_error("Die Tabelle hat zu viele Einträge.");
     }
     if (count_ % kRecordsPerBlock == 0) {
-        blocks_.emplace_back().reserve(kRecordsPerBlock);
-    }
-    if (sortedCount_ == count_ && (count_ == 0 || Ordinary(count_ - 1).HASH <= hash)) {
-        ++sortedCount_;
+        blocks_.emplace_back();
+        if (count_ > 0) {
+            blocks_.back().reserve(kRecordsPerBlock);
+        }
     }
     blocks_.back().push_back({hash, date});
     ++count_;

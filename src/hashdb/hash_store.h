@@ -31,6 +31,13 @@ struct TForeignRecord {
     std::string_view hash;   // the characters of its HASH
 };
 
+// The first eight bytes of a digest as a number that is ordered as the digest is.
+inline std::uint64_t StartOf(const TPathDigest& hash) {
+    const auto byte = [&hash](std::size_t index) { return std::uint64_t{hash.bytes[index]}; };
+    return byte(0) << 56 | byte(1) << 48 | byte(2) << 40 | byte(3) << 32 | byte(4) << 24 | byte(5) << 16 |
+           byte(6) << 8 | byte(7);
+}
+
 // Maps digests to 32-bit numbers under which those that differ seldom agree, whatever the digests are: the
 // factors are drawn once per process, so no file can be made whose records all meet in one place.
 class TDigestMixer {
@@ -42,17 +49,19 @@ private:
     std::array<std::uint64_t, 9> factors_;
 };
 
-// Records in the order in which they came, 40 bytes each in blocks that never move, and an index of 8 bytes
-// per slot at most three quarters full: 51 to 62 bytes per record. Copying it copies all of that.
+// Records in the order in which they came, 40 bytes each, in blocks, so that growing moves none. Those that
+// come in ascending order of HASH from the first on, as a saved table does, are found through a directory on
+// the leading bits of HASH: it costs 8 to 16 bytes per record and next to no work while loading. The others
+// are found through hashed slots: 11 to 22 bytes per record. Copying a store copies all of that.
 class THashStore {
 public:
+    // The directory is laid out for as many records as expected; without any, all records get slots.
+    explicit THashStore(std::size_t expectedRecords = 0);
+
     std::size_t RecordCount() const { return count_ + foreign_.size(); }
 
-    // Makes room in the index, so that it is laid out once. Throws std::runtime_error (UTF-8, German) beyond
-    // 3 * 2^30 records, as appending does.
-    void Reserve(std::size_t recordCount);
-
-    // Appends a record; an earlier one with the same HASH stays the one that is found.
+    // Appends a record; an earlier one with the same HASH stays the one that is found. This and Record throw
+    // std::runtime_error (UTF-8, German) beyond 3 * 2^30 records.
     void Append(const TPathDigest& hash, TDateTime date);
     // `bytes` is the whole record as on file, its HASH the `hashLength` characters from `hashStart` on.
     void AppendForeign(std::string_view bytes, std::size_t hashStart, std::size_t hashLength);
@@ -67,16 +76,16 @@ public:
     const HashRecord& Ordinary(std::size_t number) const {
         return blocks_[number / kRecordsPerBlock][number % kRecordsPerBlock];
     }
-    // How many of them, from the first on, are in ascending order of HASH.
+    // How many of them, from the first on, are known to be in ascending order of HASH.
     std::size_t SortedCount() const { return sortedCount_; }
     std::size_t ForeignCount() const { return foreign_.size(); }
     TForeignRecord Foreign(std::size_t number) const;
 
 private:
-    static constexpr std::size_t kRecordsPerBlock = std::size_t{1} << 14;
+    static constexpr std::size_t kRecordsPerBlock = std::size_t{1} << 17;
 
-    // A place of the index: the mixed digest, by which most others are told apart without reading the
-    // record, and the number of the record plus one, 0 for an empty place.
+    // The mixed digest, by which most others are told apart without reading the record, and the number of
+    // the record plus one, 0 for an empty slot.
     struct TSlot {
         std::uint32_t mixed = 0;
         std::uint32_t record = 0;
@@ -91,23 +100,39 @@ private:
     HashRecord& Ordinary(std::size_t number) {
         return blocks_[number / kRecordsPerBlock][number % kRecordsPerBlock];
     }
+    bool ContinuesSortedOnes(const TPathDigest& hash) const;
+    void AppendSorted(const TPathDigest& hash, TDateTime date);
+    void AppendRecord(const TPathDigest& hash, TDateTime date);
+    std::size_t BucketOf(const TPathDigest& hash) const;
+    // The first record with that HASH; null when there is none.
+    const HashRecord* FindRecord(const TPathDigest& hash) const;
+    const HashRecord* FindSorted(const TPathDigest& hash) const;
+    // The number of the first of these sorted records whose HASH is not smaller; `last` when there is none.
+    std::size_t FirstSortedNotBefore(const TPathDigest& hash, std::size_t first, std::size_t last) const;
+
     // The slot that holds the digest, or the empty one where it belongs. There must be slots.
     std::size_t FindSlot(const TPathDigest& hash, std::uint32_t mixed) const;
     std::size_t HomeOf(std::uint32_t mixed) const {
         return static_cast<std::size_t>(std::uint64_t{mixed} << slotBits_ >> 32);
     }
-    bool NeedsMoreSlots() const { return 4 * (usedSlots_ + 1) > 3 * slots_.size(); }
-    void SetSlotBits(unsigned slotBits);
-    void AppendRecord(const TPathDigest& hash, TDateTime date);
-    void AppendAt(std::size_t slot, std::uint32_t mixed, const TPathDigest& hash, TDateTime date);
+    void AppendSlotted(const TPathDigest& hash, TDateTime date);
+    void DoubleSlots();
 
-    TDigestMixer mix_;
     std::vector<std::vector<HashRecord>> blocks_;
     std::size_t count_ = 0;
+
+    bool usesDirectory_;
     std::size_t sortedCount_ = 0;
+    // For each value of the leading bits the number of the first record that has it or a greater one, up to
+    // the value of the last sorted record.
+    std::vector<std::uint32_t> directory_;
+    unsigned directoryBits_ = 0;
+
+    TDigestMixer mix_;
     std::vector<TSlot> slots_;
     unsigned slotBits_ = 0;
     std::size_t usedSlots_ = 0;
+
     std::string foreignBytes_;
     std::deque<TForeignPlace> foreign_;
 };

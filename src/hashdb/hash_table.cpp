@@ -6,7 +6,7 @@ THashTable::THashTable() : store_(std::make_shared<THashStore>()) {}
 THashTable::~THashTable() = default;
 
 void THashTable::Close() {
-    Assign({});
+    Assign(THashStore());
     isOpen_ = false;
 }
 

@@ -85,14 +85,6 @@ struct TSortKey {
     std::uint32_t record;
 };
 
-std::uint64_t StartOf(const TPathDigest& hash) {
-    std::uint64_t start = 0;
-    for (std::size_t index = 0; index < sizeof start; ++index) {
-        start = start << 8 | hash.bytes[index];
-    }
-    return start;
-}
-
 // Walks over the ordinary records in ascending order of HASH: merges the ones that came sorted with the
 // others, which only it sorts. Records with the same HASH keep their order.
 class TSortedRecords {
@@ -180,8 +172,7 @@ bool WriteUnsorted(const THashStore& store, TPieceWriter& writer) {
 
 THashStore ReadHashRecords(std::string_view bytes) {
     TTableReader reader(bytes, kFields);
-    THashStore store;
-    store.Reserve((bytes.size() - reader.Position()) / kRecordSize);
+    THashStore store((bytes.size() - reader.Position()) / kRecordSize);
     while (!reader.AtEnd()) {
         ReadRecord(reader, store);
     }
