@@ -1,0 +1,43 @@
+#include "hashdb/hash_table_file.h"
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+#include "support/text.h"
+#include "test_folder.h"
+
+namespace {
+
+TEST(HashTableFile, RecordsSurviveARestartAndADamagedFileChangesNothing) {
+    const TPlatformCalls& calls = SystemPlatformCalls();
+    const TTestFolder folder;
+    const std::wstring path = folder.At(L"Vardeko.dat");
+    const TPathDigest hash{{1, 2, 3}};
+
+    THashTable table;
+    table.RecordCopiedFile(hash, {1000});
+    EXPECT_FALSE(LoadHashTable(calls, path, table)) << "no file";
+    EXPECT_EQ(table.RecordCount(), 1u);
+    table.AddIndex();
+    ASSERT_EQ(SaveHashTable(calls, path, table), static_cast<TErrorCode>(ERROR_SUCCESS));
+    EXPECT_FALSE(table.Modified());
+
+    THashTable reloaded;
+    EXPECT_TRUE(LoadHashTable(calls, path, reloaded));
+    EXPECT_TRUE(reloaded.IsOpen());
+    EXPECT_EQ(reloaded.Find(hash), TDateTime{1000});
+
+    ASSERT_EQ(AppendToFile(calls, path, "rest"), static_cast<TErrorCode>(ERROR_SUCCESS));
+    try {
+        LoadHashTable(calls, path, reloaded);
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), testing::HasSubstr(ToUtf8(path)));
+    }
+    EXPECT_EQ(reloaded.RecordCount(), 1u);
+    EXPECT_NE(SaveHashTable(calls, folder.At(L"none\\Vardeko.dat"), table),
+              static_cast<TErrorCode>(ERROR_SUCCESS));
+}
+
+}  // namespace
