@@ -23,8 +23,8 @@ bool IsKeyDown(int key) {
 
 bool TStatusListView::CreateIn(HWND parent, int id, TScale scale, HFONT font) {
     handle_ = CreateWindowExW(0, WC_LISTVIEWW, L"Meldungen",
-                              WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_GROUP | LVS_REPORT | LVS_OWNERDATA |
-                                  LVS_NOCOLUMNHEADER | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER,
+                              WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS | WS_TABSTOP | WS_GROUP | LVS_REPORT |
+                                  LVS_OWNERDATA | LVS_NOCOLUMNHEADER | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER,
                               0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
                               GetModuleHandleW(nullptr), nullptr);
     if (handle_ == nullptr) {
@@ -40,7 +40,20 @@ bool TStatusListView::CreateIn(HWND parent, int id, TScale scale, HFONT font) {
     column.mask = LVCF_WIDTH;
     SendMessageW(handle_, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
     SetScale(scale, font);
-    return true;
+    return scrollBar_.AttachTo(handle_, [this](int position) {
+        ScrollBy(position - static_cast<int>(SendMessageW(handle_, LVM_GETTOPINDEX, 0, 0)));
+    });
+}
+
+int TStatusListView::RowHeight() const {
+    RECT row{};
+    row.left = LVIR_BOUNDS;
+    SendMessageW(handle_, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
+    return row.bottom - row.top;
+}
+
+void TStatusListView::ScrollBy(int rows) {
+    SendMessageW(handle_, LVM_SCROLL, 0, static_cast<LPARAM>(rows) * RowHeight());
 }
 
 void TStatusListView::SetScale(TScale scale, HFONT font) {
@@ -120,9 +133,7 @@ void TStatusListView::ShowNewRows(int count) {
         SendMessageW(handle_, LVM_SETSELECTIONMARK, 0, mark + count);
     }
     if (!follows) {
-        RECT row{};
-        SendMessageW(handle_, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
-        SendMessageW(handle_, LVM_SCROLL, 0, static_cast<LPARAM>(count) * (row.bottom - row.top));
+        ScrollBy(count);
         SendMessageW(handle_, WM_SETREDRAW, TRUE, 0);
     }
     FitColumn();

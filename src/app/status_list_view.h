@@ -13,6 +13,7 @@
 #include "app/status_list_model.h"
 #include "support/handles.h"
 #include "ui/dpi.h"
+#include "ui/scroll_bar.h"
 
 // Shows a TStatusListModel in the system's list control, which keeps no row of its own: it asks for what it
 // shows. New rows come in above; the rows the user looks at, and the selected ones, stay where they are.
@@ -51,9 +52,12 @@ private:
     void DrawRow(HDC context, int row) const;
     void FillDisplayInformation(NMLVDISPINFOW& information) const;
     void FitColumn();
+    int RowHeight() const;
+    void ScrollBy(int rows);
 
     const TStatusListModel& model_;
     HWND handle_ = nullptr;
+    TScrollBar scrollBar_;
     TScale scale_;
     HFONT font_ = nullptr;
     // An empty image list: its height is the rows' height.

@@ -8,7 +8,7 @@
 namespace {
 
 // Sizes at a scale of 100 %.
-constexpr int kTextMargin = 6;
+constexpr int kTextMargin = 5;
 constexpr int kEdgeMargin = 4;
 
 }  // namespace
@@ -76,7 +76,6 @@ void TStatusBar::DrawPanel(HDC context, std::size_t panel) const {
                  Theme::Border);
     }
     area.left += scale_(kTextMargin);
-    area.right -= scale_(2);
     const std::wstring& text = panels_[panel].text;
     const auto fits = [&](std::wstring_view candidate) {
         SIZE size{};
