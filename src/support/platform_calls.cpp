@@ -23,6 +23,8 @@ const TPlatformCalls& SystemPlatformCalls() {
         .CloseHandle = &::CloseHandle,
         .WNetAddConnection2W = &::WNetAddConnection2W,
         .WNetCancelConnection2W = &::WNetCancelConnection2W,
+        .CreateProcessW = &::CreateProcessW,
+        .ShellExecuteW = &::ShellExecuteW,
         .OpenProcessToken = &::OpenProcessToken,
         .LookupPrivilegeValueW = &::LookupPrivilegeValueW,
         .AdjustTokenPrivileges = &::AdjustTokenPrivileges,

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
 // One function pointer per call, with the platform's own signature. Code that copies, lists or saves gets
 // the table passed in; the program passes SystemPlatformCalls(), a test its own.
 struct TPlatformCalls {
@@ -30,6 +32,10 @@ struct TPlatformCalls {
     // Network connections.
     decltype(&::WNetAddConnection2W) WNetAddConnection2W;
     decltype(&::WNetCancelConnection2W) WNetCancelConnection2W;
+
+    // Other programs.
+    decltype(&::CreateProcessW) CreateProcessW;
+    decltype(&::ShellExecuteW) ShellExecuteW;
 
     // Shutting the computer down, and keeping it awake.
     decltype(&::OpenProcessToken) OpenProcessToken;
