@@ -1,0 +1,283 @@
+#include "update/dialog_window.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "ui/dark_mode.h"
+#include "ui/device_context.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+constexpr DWORD kStyle = WS_POPUP | WS_CLIPCHILDREN;
+constexpr std::chrono::milliseconds kFadeStep{8};
+constexpr int kOpaque = 255;
+
+// Where a window of that size is centred on its owner without leaving the owner's monitor.
+POINT CentredOn(HWND owner, SIZE size) {
+    const HMONITOR monitor = MonitorFromWindow(owner, MONITOR_DEFAULTTOPRIMARY);
+    MONITORINFO information{};
+    information.cbSize = sizeof(information);
+    GetMonitorInfoW(monitor, &information);
+    const RECT& work = information.rcWork;
+    RECT base = work;
+    if (owner != nullptr && !IsIconic(owner)) {
+        GetWindowRect(owner, &base);
+    }
+    const auto centred = [](LONG low, LONG high, LONG length, LONG lowest, LONG highest) {
+        return std::max(lowest, std::min(low + (high - low - length) / 2, highest - length));
+    };
+    return {centred(base.left, base.right, size.cx, work.left, work.right),
+            centred(base.top, base.bottom, size.cy, work.top, work.bottom)};
+}
+
+}  // namespace
+
+TDialogWindow::TDialogWindow() : fadeTimer_(static_cast<UINT>(kFadeStep.count()), [this] { FadeStep(); }) {}
+
+TDialogWindow::~TDialogWindow() {
+    CloseNow();
+}
+
+bool TDialogWindow::Open(HWND owner, const std::wstring& caption, SIZE size) {
+    scale_ = ScaleOfWindow(owner);
+    font_ = MakeMessageFont(scale_);
+    windowBrush_.Reset(CreateSolidBrush(ColorRefOf(Theme::WindowGround)));
+    controlBrush_.Reset(CreateSolidBrush(ColorRefOf(Theme::ControlGround)));
+    const SIZE scaled{scale_(size.cx), scale_(size.cy)};
+    const POINT place = CentredOn(owner, scaled);
+    TCreateOptions options;
+    options.className = L"VardekoDialog";
+    options.caption = caption;
+    options.style = kStyle;
+    options.extendedStyle = WS_EX_CONTROLPARENT;
+    options.classStyle = CS_DROPSHADOW;
+    options.left = place.x;
+    options.top = place.y;
+    options.width = scaled.cx;
+    options.height = scaled.cy;
+    options.parent = owner;
+    if (!Create(options)) {
+        return false;
+    }
+    AddControls();
+    SetFontOfControls();
+    Arrange();
+    keys_.emplace([this](MSG& message) { return HandleKey(message); });
+    focusBefore_ = GetFocus();
+    DisableOtherWindows();
+    ShowWindow(Handle(), SW_SHOW);
+    SetForegroundWindow(Handle());
+    SetFocus(GetNextDlgTabItem(Handle(), nullptr, FALSE));
+    return true;
+}
+
+void TDialogWindow::CloseNow() {
+    fadeTimer_.SetEnabled(false);
+    fadeEnded_ = nullptr;
+    // First, so that the system activates one of them when this window goes.
+    EnableOtherWindows();
+    Destroy();
+}
+
+HWND TDialogWindow::AddControl(const wchar_t* className, const std::wstring& text, DWORD style,
+                               DWORD extendedStyle) {
+    const HWND control =
+        CreateWindowExW(extendedStyle, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0,
+                        Handle(), nullptr, GetModuleHandleW(nullptr), nullptr);
+    controls_.push_back(control);
+    return control;
+}
+
+HWND TDialogWindow::AddButton(int id, const std::wstring& text) {
+    const HWND button = AddControl(L"BUTTON", text, WS_TABSTOP | BS_OWNERDRAW);
+    SetWindowLongPtrW(button, GWLP_ID, id);
+    SetWindowSubclass(button, &TDialogWindow::ButtonProcedure, 0, reinterpret_cast<DWORD_PTR>(this));
+    return button;
+}
+
+void TDialogWindow::Place(HWND control, const RECT& area) {
+    SetWindowPos(control, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void TDialogWindow::SetFontOfControls() {
+    for (const HWND control : controls_) {
+        SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font_.Get()), TRUE);
+    }
+}
+
+void TDialogWindow::ScaleChanged(UINT dpi, const RECT& area) {
+    scale_ = TScale(dpi);
+    TFont font = MakeMessageFont(scale_);
+    std::swap(font, font_);  // the old one is released when no control uses it any more
+    Place(Handle(), area);
+    SetFontOfControls();
+    Arrange();
+    InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+void TDialogWindow::DisableOtherWindows() {
+    const auto disable = [](HWND window, LPARAM self) -> BOOL {
+        auto* dialog = reinterpret_cast<TDialogWindow*>(self);
+        if (window != dialog->Handle() && IsWindowVisible(window) && IsWindowEnabled(window)) {
+            dialog->disabled_.push_back(window);
+            EnableWindow(window, FALSE);
+        }
+        return TRUE;
+    };
+    EnumThreadWindows(GetCurrentThreadId(), disable, reinterpret_cast<LPARAM>(this));
+}
+
+void TDialogWindow::EnableOtherWindows() {
+    for (const HWND window : std::exchange(disabled_, {})) {
+        EnableWindow(window, TRUE);  // a window that is gone meanwhile only makes this fail
+    }
+    if (const HWND focus = std::exchange(focusBefore_, nullptr);
+        IsWindow(focus) && Handle() == GetActiveWindow()) {
+        SetFocus(focus);
+    }
+}
+
+bool TDialogWindow::HandleKey(const MSG& message) {
+    if (message.message != WM_KEYDOWN || GetActiveWindow() != Handle() || !IsWindowEnabled(Handle())) {
+        return false;
+    }
+    const HWND focus = GetFocus();
+    switch (message.wParam) {
+        case VK_TAB:
+            SetFocus(GetNextDlgTabItem(Handle(), focus, GetKeyState(VK_SHIFT) < 0));
+            return true;
+        case VK_RETURN:
+            if (const int id = GetDlgCtrlID(focus); id != 0) {
+                SendMessageW(focus, BM_CLICK, 0, 0);
+            }
+            return true;
+        case VK_ESCAPE:
+            RunGuarded([this] { CancelWanted(); });
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordParameter,
+                                                    LPARAM longParameter) {
+    switch (message) {
+        case WM_PAINT: {
+            const TPaintContext paint(Handle());
+            FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+            FrameArea(paint.Get(), paint.Client(), Theme::Border, scale_(1));
+            const TSelection font(paint.Get(), font_.Get());
+            Paint(paint.Get(), paint.Client());
+            return 0;
+        }
+        case WM_ERASEBKGND:
+            return 1;
+        case WM_CTLCOLORSTATIC:
+        case WM_CTLCOLOREDIT:
+        case WM_CTLCOLORBTN:
+            return ColourControl(reinterpret_cast<HDC>(wordParameter), reinterpret_cast<HWND>(longParameter));
+        case WM_DRAWITEM:
+            DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
+            return TRUE;
+        case WM_COMMAND:
+            if (longParameter != 0 && HIWORD(wordParameter) == BN_CLICKED && !fadeTimer_.Enabled()) {
+                ButtonClicked(LOWORD(wordParameter));
+            }
+            return 0;
+        case WM_CLOSE:
+            CancelWanted();
+            return 0;
+        case WM_NCHITTEST: {
+            // Without a caption the window is moved by its ground.
+            const LRESULT hit = DefaultProcessing(message, wordParameter, longParameter);
+            return hit == HTCLIENT ? HTCAPTION : hit;
+        }
+        case WM_DPICHANGED:
+            ScaleChanged(LOWORD(wordParameter), *reinterpret_cast<const RECT*>(longParameter));
+            return 0;
+        case WM_DESTROY:
+            keys_.reset();
+            controls_.clear();
+            return 0;
+        default:
+            return std::nullopt;
+    }
+}
+
+LRESULT TDialogWindow::ColourControl(HDC context, HWND control) const {
+    wchar_t className[8]{};
+    GetClassNameW(control, className, 8);
+    const bool isField = lstrcmpiW(className, L"EDIT") == 0;
+    SetTextColor(context, ColorRefOf(Theme::Text));
+    SetBkColor(context, ColorRefOf(isField ? Theme::ControlGround : Theme::WindowGround));
+    return reinterpret_cast<LRESULT>((isField ? controlBrush_ : windowBrush_).Get());
+}
+
+void TDialogWindow::DrawButton(const DRAWITEMSTRUCT& draw) const {
+    const bool isEnabled = (draw.itemState & ODS_DISABLED) == 0;
+    const bool hasFocus = (draw.itemState & ODS_FOCUS) != 0;
+    TColour ground = Theme::HeaderGround;
+    if (isEnabled && (draw.itemState & ODS_SELECTED) != 0) {
+        ground = Theme::Pressed;
+    } else if (isEnabled && draw.hwndItem == hovered_) {
+        ground = Theme::Hover;
+    }
+    FillArea(draw.hDC, draw.rcItem, ground);
+    FrameArea(draw.hDC, draw.rcItem, hasFocus ? Theme::Accent : Theme::Border, scale_(hasFocus ? 2 : 1));
+    wchar_t text[64]{};
+    GetWindowTextW(draw.hwndItem, text, 64);
+    const TSelection font(draw.hDC, font_.Get());
+    SetBkMode(draw.hDC, TRANSPARENT);
+    SetTextColor(draw.hDC, ColorRefOf(isEnabled ? Theme::Text : Theme::DisabledText));
+    RECT area = draw.rcItem;
+    DrawTextW(draw.hDC, text, -1, &area, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
+}
+
+LRESULT CALLBACK TDialogWindow::ButtonProcedure(HWND button, UINT message, WPARAM wordParameter,
+                                                LPARAM longParameter, UINT_PTR id, DWORD_PTR data) {
+    auto* dialog = reinterpret_cast<TDialogWindow*>(data);
+    if (message == WM_MOUSEMOVE && dialog->hovered_ != button) {
+        dialog->hovered_ = button;
+        TRACKMOUSEEVENT track{};
+        track.cbSize = sizeof(track);
+        track.dwFlags = TME_LEAVE;
+        track.hwndTrack = button;
+        TrackMouseEvent(&track);
+        InvalidateRect(button, nullptr, FALSE);
+    } else if (message == WM_MOUSELEAVE) {
+        dialog->hovered_ = nullptr;
+        InvalidateRect(button, nullptr, FALSE);
+    } else if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(button, &TDialogWindow::ButtonProcedure, id);
+    }
+    return DefSubclassProc(button, message, wordParameter, longParameter);
+}
+
+void TDialogWindow::FadeOut(std::function<void()> closed) {
+    if (fadeTimer_.Enabled()) {
+        return;
+    }
+    fadeEnded_ = std::move(closed);
+    fadeBegin_ = std::chrono::steady_clock::now();
+    SetWindowLongPtrW(Handle(), GWL_EXSTYLE, GetWindowLongPtrW(Handle(), GWL_EXSTYLE) | WS_EX_LAYERED);
+    SetLayeredWindowAttributes(Handle(), 0, kOpaque, LWA_ALPHA);
+    fadeTimer_.SetEnabled(true);
+}
+
+void TDialogWindow::FadeStep() {
+    // The system's timer ticks more slowly than the steps are, so the steps are counted by the clock.
+    const auto steps = (std::chrono::steady_clock::now() - fadeBegin_) / kFadeStep;
+    if (steps < kOpaque && Exists()) {
+        SetLayeredWindowAttributes(Handle(), 0, static_cast<BYTE>(kOpaque - steps), LWA_ALPHA);
+        return;
+    }
+    const auto ended = std::exchange(fadeEnded_, nullptr);
+    CloseNow();
+    if (ended) {
+        ended();
+    }
+}
