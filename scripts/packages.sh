@@ -14,8 +14,8 @@ packages=(
 )
 case "${1:-}" in
     run) ;;
-    test) packages+=(g++ googletest clang-format) ;;
-    lint) packages+=(g++ googletest clang-format clang-tidy) ;;
+    test) packages+=(g++ googletest clang-format openssl) ;;
+    lint) packages+=(g++ googletest clang-format openssl clang-tidy) ;;
     *) echo "usage: $0 run|test|lint" >&2; exit 64 ;;
 esac
 

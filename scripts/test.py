@@ -135,7 +135,10 @@ def test_in_wine(outcome):
 
 def in_wine(programs):
     for program in programs:
-        code, output = run(["wine", program], PROGRAM_SECONDS)
+        command = ["wine", program]
+        if os.path.basename(program) == "update_test.exe":
+            command.insert(0, "tests/update/run_with_server.sh")
+        code, output = run(command, PROGRAM_SECONDS)
         print(f"@@@ {os.path.basename(program)} {code}\n{output}", flush=True)
 
 
