@@ -33,9 +33,9 @@ struct TForeignRecord {
 
 // The first eight bytes of a digest as a number that is ordered as the digest is.
 inline std::uint64_t StartOf(const TPathDigest& hash) {
-    const auto byte = [&hash](std::size_t index) { return std::uint64_t{hash.bytes[index]}; };
-    return byte(0) << 56 | byte(1) << 48 | byte(2) << 40 | byte(3) << 32 | byte(4) << 24 | byte(5) << 16 |
-           byte(6) << 8 | byte(7);
+    const auto at = [&hash](std::size_t index) { return std::uint64_t{hash.bytes[index]}; };
+    return at(0) << 56 | at(1) << 48 | at(2) << 40 | at(3) << 32 | at(4) << 24 | at(5) << 16 | at(6) << 8 |
+           at(7);
 }
 
 // Maps digests to 32-bit numbers under which those that differ seldom agree, whatever the digests are: the
