@@ -60,7 +60,7 @@ TEST_F(StoredFiles, ADamagedTableIsNamedAndLeftAlone) {
 }
 
 TEST_F(StoredFiles, SettingsAreReadAsARunNeedsThem) {
-    const std::wstring path = Write(
+    const std::wstring path = folder.Write(
         L"NASConf.ini", "[CONFIG]\r\nNASDIR=d:\\Backup\\Daten\\\r\nCONNECT=1\r\nUSER=resu\r\nPASS=\r\n");
     TSettings settings = LoadSettings(calls, path, Reversed);
     EXPECT_EQ(settings.NAS, L"D:\\BACKUP\\DATEN");
