@@ -91,7 +91,8 @@ class Answer(http.server.BaseHTTPRequestHandler):
             return None
         return int(value[6:].split("-")[0])
 
-    def send_setup(self, count=None, ranges=True, tag='"one"', pause=0.0, claimed=SETUP_SIZE):
+    def send_setup(self, count=None, ranges=True, tag='"one"', pause=0.0, claimed=SETUP_SIZE,
+                   content=SETUP):
         """The setup, or `count` bytes of what was asked for and then a cut; `pause` seconds per 4 KB."""
         start = self.asked_start() if ranges else None
         if start is None:
@@ -108,7 +109,7 @@ class Answer(http.server.BaseHTTPRequestHandler):
         self.end_headers()
         end = SETUP_SIZE if count is None else min(start + count, SETUP_SIZE)
         for position in range(start, end, 4096):
-            self.wfile.write(SETUP[position:min(position + 4096, end)])
+            self.wfile.write(content[position:min(position + 4096, end)])
             if pause:
                 time.sleep(pause)
         if end < claimed:
@@ -187,8 +188,10 @@ class Answer(http.server.BaseHTTPRequestHandler):
 
     def answer_setup_changed(self, words):
         """The second part belongs to another version of the file."""
-        second = self.asked_start() is not None
-        self.send_setup(tag='"two"' if second else '"one"')
+        if self.asked_start() is None:
+            self.send_setup()
+        else:
+            self.send_setup(tag='"two"', content=bytes(SETUP_SIZE))
 
     def answer_setup_wrong_range(self, words):
         """Answers the second part with the beginning of the file."""

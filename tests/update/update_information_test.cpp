@@ -2,29 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include "support/latin1_code_page.h"
+
 namespace {
 
-// ISO 8859-1: each byte is the character of its number.
-class TLatinCodePage : public TCodePage {
-public:
-    std::optional<std::string> Encode(std::wstring_view text) const override {
-        std::string bytes;
-        for (const wchar_t letter : text) {
-            bytes += static_cast<char>(letter);
-        }
-        return bytes;
-    }
-    std::wstring Decode(std::string_view bytes) const override {
-        std::wstring text;
-        for (const char byte : bytes) {
-            text += static_cast<wchar_t>(static_cast<unsigned char>(byte));
-        }
-        return text;
-    }
-};
-
 TUpdateInformation Read(std::string_view bytes) {
-    return ReadUpdateInformation(bytes, TLatinCodePage());
+    return ReadUpdateInformation(bytes, TLatin1CodePage());
 }
 
 TEST(UpdateInformation, TakesEveryKeyOfItsSection) {
