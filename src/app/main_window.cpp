@@ -16,6 +16,7 @@ namespace {
 constexpr UINT kStartDelay = 1500;       // milliseconds
 constexpr UINT kShowInterval = 60;       // milliseconds
 constexpr UINT kCloseInterval = 20;      // milliseconds
+constexpr UINT kForgottenAfter = 10000;  // milliseconds without any input
 constexpr unsigned kShutDownDelay = 60;  // seconds
 
 constexpr std::size_t kBytesPanel = 2;
@@ -105,6 +106,7 @@ TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
       UpdateTimer(kStartDelay, [this] { UpdateTimerTimer(); }),
       showTimer_(kShowInterval, [this] { PaintNow(); }),
       closeTimer_(kCloseInterval, [this] { CloseWhenPossible(); }),
+      menuTimer_(kForgottenAfter / 2, [this] { EndForgottenMenu(); }),
       keyFilter_([this](const MSG& message) { return TranslateKey(message); }) {}
 
 TfmMain::~TfmMain() {
@@ -171,7 +173,7 @@ void TfmMain::acStartCopyExecute() {
     sbarMain.SetText(kPathPanel, L"");
     AddStatusLine(L"Start: " + Now());
     startTime = GetTickCount();
-    KeepAwake(true);
+    SetBusy(true);
     UpdateActions();
     PaintNow();
     const TEngineCall call(*this);
@@ -201,7 +203,7 @@ void TfmMain::EndOfRun() {
     AddStatusLine(L"Fertig: " + Now());
     sbarMain.SetText(kProgressPanel, L"");
     dataModule_->SaveNasData();
-    KeepAwake(false);
+    SetBusy(false);
     UpdateActions();
 }
 
@@ -236,9 +238,9 @@ void TfmMain::acReindexExecute() {
     UpdateActions();
     ProcessPendingMessages();
     AddStatusLine(L"Start: " + Now());
-    KeepAwake(true);
+    SetBusy(true);
     RunGuarded([this] { RunReindex(*dataModule_); });
-    KeepAwake(false);
+    SetBusy(false);
     AddStatusLine(L"Ende: " + Now());
     reindexing_ = false;
     CopyIdle = true;
@@ -274,8 +276,24 @@ void TfmMain::UpdateTimerTimer() {
     }
 }
 
-void TfmMain::KeepAwake(bool awake) {
-    calls_.SetThreadExecutionState(awake ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
+// While work is under way the computer does not fall asleep.
+void TfmMain::SetBusy(bool busy) {
+    calls_.SetThreadExecutionState(busy ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
+    menuTimer_.SetEnabled(busy);
+}
+
+// An open menu, and moving the window by keys, are loops of the system: opened while a report processed
+// messages, they hold up the copying further up the stack until somebody ends them.
+void TfmMain::EndForgottenMenu() {
+    GUITHREADINFO thread{};
+    thread.cbSize = sizeof(thread);
+    LASTINPUTINFO input{sizeof(input), 0};
+    constexpr DWORD kSystemLoops = GUI_INMENUMODE | GUI_POPUPMENUMODE | GUI_SYSTEMMENUMODE | GUI_INMOVESIZE;
+    if (GetGUIThreadInfo(GetCurrentThreadId(), &thread) && (thread.flags & kSystemLoops) != 0 &&
+        GetLastInputInfo(&input) && GetTickCount() - input.dwTime > kForgottenAfter) {
+        EndMenu();
+        SendMessageW(Handle(), WM_CANCELMODE, 0, 0);
+    }
 }
 
 void TfmMain::UpdateActions() {
@@ -327,6 +345,17 @@ void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {
 void TfmMain::ReportUnexpectedError(const std::wstring& text) {
     unexpectedErrors_ = true;
     AddStatusLine(text, kErrorStatus);
+    PostMessageW(Handle(), kRunBrokenMessage, 0, 0);
+}
+
+// Where the mistake has left the run nobody knows; it would perhaps never end by itself.
+void TfmMain::RunBroken() {
+    if (!CopyIdle && !reindexing_) {
+        acStopCopyExecute();
+        if (CloseAfterCopy) {
+            RequestClose();
+        }
+    }
 }
 
 void TfmMain::ProgressMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
@@ -453,6 +482,9 @@ void TfmMain::SessionEnds() {
     if (!CopyIdle) {
         acStopCopyExecute();
     }
-    EndDataModule();
+    // Rebuilding the hash table saves it itself, and must not find it closed.
+    if (!reindexing_) {
+        EndDataModule();
+    }
     CloseWhenPossible();
 }

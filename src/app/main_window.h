@@ -81,6 +81,9 @@ protected:
     std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
 
 private:
+    // Posted by a mistake to this window itself.
+    static constexpr UINT kRunBrokenMessage = WM_APP + 2;
+
     // How the last run of the program went so far.
     enum class TRunState { None, Running, Stopped, Ended };
 
@@ -109,9 +112,10 @@ private:
     void UpdateTimerTimer();
 
     // Handlers of window messages.
-    void Activated(bool active);
+    void Deactivated();
     void ScaleChanged(TScale scale, const RECT& suggestedArea);
     void SessionEnds();
+    void RunBroken();
     LRESULT ColourControl(HDC context) const;
     void Paint();
     bool TranslateKey(const MSG& message);
@@ -125,7 +129,8 @@ private:
     void EndOfRun();
     void RequestClose();
     void CloseWhenPossible();
-    void KeepAwake(bool awake);
+    void SetBusy(bool busy);
+    void EndForgottenMenu();
     void UpdateActions();
     void ShowWaitCursor(bool wait);
 
@@ -174,5 +179,6 @@ private:
     TTimer UpdateTimer;
     TTimer showTimer_;   // shows what was recorded, while another loop than the program's own runs
     TTimer closeTimer_;  // closes the window once the engine is off the stack
+    TTimer menuTimer_;   // looks for a menu that nobody uses, while a run is on
     TMessageFilter keyFilter_;
 };

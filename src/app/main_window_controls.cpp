@@ -180,11 +180,9 @@ void TfmMain::ScaleChanged(TScale scale, const RECT& suggestedArea) {
 }
 
 // A window that is no dialog forgets which of its controls had the keyboard.
-void TfmMain::Activated(bool active) {
-    if (!active) {
-        if (const HWND focus = GetFocus(); focus != nullptr && IsChild(Handle(), focus)) {
-            lastFocus_ = focus;
-        }
+void TfmMain::Deactivated() {
+    if (const HWND focus = GetFocus(); focus != nullptr && IsChild(Handle(), focus)) {
+        lastFocus_ = focus;
     }
 }
 
@@ -244,7 +242,9 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             ScaleChanged(TScale(HIWORD(wordParameter)), *reinterpret_cast<const RECT*>(longParameter));
             return 0;
         case WM_ACTIVATE:
-            Activated(LOWORD(wordParameter) != WA_INACTIVE);
+            if (LOWORD(wordParameter) == WA_INACTIVE) {
+                Deactivated();
+            }
             return std::nullopt;
         case WM_SETFOCUS:
             SetFocus(IsWindowEnabled(lastFocus_) ? lastFocus_ : cxGridTv.Handle());
@@ -273,6 +273,9 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             return 0;
         case WM_ERASEBKGND:
             return TRUE;
+        case kRunBrokenMessage:
+            RunBroken();
+            return 0;
         case WM_CLOSE:
             RequestClose();
             return 0;

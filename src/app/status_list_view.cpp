@@ -120,9 +120,6 @@ void TStatusListView::ShowNewRows(int count) {
     shownRows_ += count;
     // While the newest row is in sight the list shows the newest rows; further down it stays where it is.
     const bool follows = top == 0;
-    if (!follows) {
-        SendMessageW(handle_, WM_SETREDRAW, FALSE, 0);
-    }
     SendMessageW(handle_, LVM_SETITEMCOUNT, static_cast<WPARAM>(shownRows_),
                  LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
     MoveSelection(count);
@@ -134,7 +131,6 @@ void TStatusListView::ShowNewRows(int count) {
     }
     if (!follows) {
         ScrollBy(count);
-        SendMessageW(handle_, WM_SETREDRAW, TRUE, 0);
     }
     FitColumn();
     InvalidateRect(handle_, nullptr, FALSE);
@@ -144,6 +140,10 @@ void TStatusListView::ShowNewRows(int count) {
 // Only after the user has changed the selection: asking for a million selected rows takes its time.
 void TStatusListView::ReadSelection() {
     selection_.clear();
+    if (SendMessageW(handle_, LVM_GETSELECTEDCOUNT, 0, 0) == shownRows_) {
+        selection_.emplace_back(0, shownRows_);
+        return;
+    }
     int row = -1;
     for (;;) {
         row =

@@ -1,0 +1,418 @@
+// The main window with the real engine behind it, driven by messages.
+#include "app/main_window.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "app/fake_shutdown.h"
+#include "support/system_helpers.h"
+#include "test_folder.h"
+
+namespace {
+
+// Slows every copy down, so that a test meets a run in the middle.
+DWORD copyMilliseconds = 0;
+// Called in the middle of every copy.
+std::function<void()> duringCopy;
+std::vector<EXECUTION_STATE> executionStates;
+
+BOOL WINAPI SlowCopy(LPCWSTR source, LPCWSTR target, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                     DWORD flags) {
+    Sleep(copyMilliseconds);
+    // By value: it may set another one.
+    if (const auto call = duringCopy) {
+        call();
+    }
+    return CopyFileExW(source, target, routine, data, cancel, flags);
+}
+
+EXECUTION_STATE WINAPI RecordExecutionState(EXECUTION_STATE state) {
+    executionStates.push_back(state);
+    return ES_CONTINUOUS;
+}
+
+class MainWindow : public testing::Test {
+protected:
+    MainWindow() {
+        copyMilliseconds = 0;
+        duringCopy = nullptr;
+        executionStates.clear();
+        TFakeShutdown::Reset();
+        calls_ = TFakeShutdown::Calls();
+        calls_.CopyFileExW = &SlowCopy;
+        calls_.SetThreadExecutionState = &RecordExecutionState;
+        configuration_ = ConfigurationFolder(SystemPlatformCalls());
+        DeleteFileW((configuration_ + L"\\NASConf.Dat").c_str());
+        SetDestination(destination_.Path());
+    }
+    ~MainWindow() override {
+        // A WM_QUIT that is left over would end the next test's loops.
+        window_.reset();
+        MSG message{};
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        }
+    }
+
+    void SetDestination(const std::wstring& folder) {
+        std::ofstream file(std::filesystem::path(configuration_ + L"\\NASConf.ini"), std::ios::binary);
+        file << "[CONFIG]\r\nNASDIR=" << ToUtf8(folder) << "\r\n";
+    }
+
+    // Hidden, because showing a window takes its time here.
+    TfmMain& Start(const TCommandLine& commandLine = {}, TCompanionWindows companions = {},
+                   int showCommand = SW_HIDE) {
+        window_ = std::make_unique<TfmMain>(calls_, commandLine);
+        window_->FormCreate();
+        dataModule_ = std::make_unique<TDM>(calls_);
+        dataModule_->DataModuleCreate();
+        dataModule_->MemData.Append();
+        SourceFolderRow& row = dataModule_->MemData.Working();
+        row.Aktive = row.Rekursiv = true;
+        row.Directory = source_.Path();
+        row.ExtensionMode = L"NO";
+        dataModule_->MemData.Post();
+        window_->Show(*dataModule_, std::move(companions), showCommand);
+        return *window_;
+    }
+
+    void AddFiles(int count) {
+        for (int file = 0; file < count; ++file) {
+            source_.Write(L"file" + std::to_wstring(file) + L".txt", "content");
+        }
+    }
+
+    // The program's message loop, until something has come true or some seconds have passed.
+    bool LoopUntil(const std::function<bool()>& condition, int seconds = 20) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+        while (!condition() && std::chrono::steady_clock::now() < end) {
+            MSG message{};
+            if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                HandleQueuedMessage(message);
+            } else {
+                window_->ApplicationIdle();
+                Sleep(1);
+            }
+        }
+        return condition();
+    }
+
+    HWND StopButton() { return FindWindowExW(ToolBar(), nullptr, L"BUTTON", L"Anhalten"); }
+    HWND StartButton() { return FindWindowExW(ToolBar(), nullptr, L"BUTTON", L"Kopieren"); }
+    HWND ToolBar() { return FindWindowExW(window_->Handle(), nullptr, L"VardekoToolBar", nullptr); }
+    static void Click(HWND button) { PostMessageW(button, BM_CLICK, 0, 0); }
+
+    // Whether rows that begin so follow each other somewhere in the list, newest first.
+    bool HasRows(const std::vector<std::wstring>& beginnings) {
+        const TStatusListModel& rows = window_->Rows();
+        for (std::size_t first = 0; first + beginnings.size() <= rows.RowCount(); ++first) {
+            std::size_t matching = 0;
+            while (matching < beginnings.size() &&
+                   rows.Text(first + matching).starts_with(beginnings[matching])) {
+                ++matching;
+            }
+            if (matching == beginnings.size()) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    std::wstring HashFile() const { return destination_.Path() + L"\\" + HostName() + L"\\Vardeko.dat"; }
+
+    TTestFolder source_;
+    TTestFolder destination_;
+    TPlatformCalls calls_;
+    std::wstring configuration_;
+    std::unique_ptr<TfmMain> window_;
+    std::unique_ptr<TDM> dataModule_;
+};
+
+TEST_F(MainWindow, ARunFromStartToEnd) {
+    AddFiles(3);
+    TfmMain& window = Start();
+    EXPECT_TRUE(IsWindowEnabled(StartButton()));
+    EXPECT_FALSE(IsWindowEnabled(StopButton()));
+    EXPECT_EQ(window.ExitCode(), 0);
+
+    SendMessageW(StartButton(), BM_CLICK, 0, 0);
+    EXPECT_FALSE(IsWindowEnabled(StartButton()));
+    EXPECT_TRUE(IsWindowEnabled(StopButton()));
+    EXPECT_FALSE(window.acClose.Enabled());
+    EXPECT_TRUE(window.acShutDown.Enabled());
+    EXPECT_EQ(window.StatusBar().Text(2), L"0");
+    EXPECT_EQ(window.ExitCode(), 1) << "not yet a success";
+
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+    EXPECT_TRUE(IsWindowEnabled(StartButton()));
+    EXPECT_TRUE(HasRows({L"Fertig: ", L"Das Backup benötigte 0"}));
+    const TStatusListModel& rows = window.Rows();
+    EXPECT_EQ(rows.RowCount(), 7U);
+    EXPECT_EQ(rows.Text(6).substr(0, 7), L"Start: ");
+    EXPECT_EQ(rows.Status(6), kInfoStatus);
+    int copied = 0;
+    int ignored = 0;
+    for (std::size_t row = 2; row < 6; ++row) {
+        copied += rows.Status(row) == kFileNameStatus ? 1 : 0;
+        ignored += rows.Status(row) == kIgnoreStatus ? 1 : 0;
+    }
+    EXPECT_EQ(copied, 3);
+    EXPECT_EQ(ignored, 1);
+    EXPECT_EQ(window.StatusBar().Text(2), L"21 B");
+    EXPECT_EQ(window.ExitCode(), 0);
+    EXPECT_TRUE(FileExists(calls_, HashFile()));
+    EXPECT_EQ(executionStates,
+              (std::vector<EXECUTION_STATE>{ES_CONTINUOUS | ES_SYSTEM_REQUIRED, ES_CONTINUOUS}));
+
+    window.acStartCopy.Execute();
+    EXPECT_EQ(rows.RowCount(), 1U) << "a new run begins with an empty list";
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+    EXPECT_EQ(rows.RowCount(), 4U) << "nothing was copied again";
+}
+
+TEST_F(MainWindow, StopInTheMiddleOfACopyAndStartAgainRightAway) {
+    AddFiles(40);
+    copyMilliseconds = 10;
+    TfmMain& window = Start();
+    window.acShutDown.Execute();
+    EXPECT_EQ(window.acShutDown.Image(), TImageIndex::ShutDownChecked);
+    window.acStartCopy.Execute();
+    duringCopy = [this] {
+        if (window_->Rows().RowCount() > 5) {
+            Click(StopButton());
+            duringCopy = [this] { Click(StartButton()); };
+        }
+    };
+    // The first pass was stopped, and a new run started from within it.
+    ASSERT_TRUE(LoopUntil([&] { return CopyIdle && window.ExitCode() == 0; }));
+    EXPECT_EQ(destination_.FileCount(), 41U) << "the files and the hash table";
+    EXPECT_FALSE(window.acShutDown.Checked());
+    EXPECT_EQ(window.acShutDown.Image(), TImageIndex::ShutDown);
+    EXPECT_TRUE(TFakeShutdown::asked.empty());
+}
+
+TEST_F(MainWindow, StopTellsItsThreeLinesAndAnswersWithinATenthOfASecond) {
+    AddFiles(200);
+    copyMilliseconds = 3;
+    TfmMain& window = Start();
+    std::chrono::steady_clock::time_point clicked;
+    double milliseconds = 1000;
+    // Three attempts: the machine may be busy with something else.
+    for (int attempt = 0; attempt < 3 && milliseconds >= 100; ++attempt) {
+        window.acStartCopy.Execute();
+        duringCopy = [&] {
+            if (window.Rows().RowCount() > 10) {
+                duringCopy = nullptr;
+                clicked = std::chrono::steady_clock::now();
+                Click(StopButton());
+            }
+        };
+        ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+        milliseconds =
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - clicked).count();
+        EXPECT_TRUE(HasRows({L"Anwender Abbruch: ", L"Fertig: ", L"Das Backup benötigte "}));
+        EXPECT_TRUE(window.acStartCopy.Enabled());
+        EXPECT_EQ(window.ExitCode(), 1);
+        EXPECT_TRUE(FileExists(calls_, HashFile())) << "what was copied is not forgotten";
+    }
+    EXPECT_LT(milliseconds, 100);
+    wchar_t text[100] = L"?";
+    EXPECT_EQ(GetWindowTextW(window.CurrentFileField(), text, 100), 0);
+}
+
+TEST_F(MainWindow, ReportsGoWhereTheirKindSays) {
+    TfmMain& window = Start();
+    window.SetMessage(L"status", TMessagePos::Status);
+    window.SetMessage(L"bytes", TMessagePos::Bytes);
+    window.SetMessage(L"row", TMessagePos::Memo);
+    window.SetMessage(L"error", TMessagePos::Error);
+    window.SetMessage(L"ignored", TMessagePos::Ignore);
+    SendMessageW(window.Handle(), kProgressPositionMessage, 7, 0);
+    window.SetMessage(L"42", TMessagePos::ThreadMsg);
+    EXPECT_EQ(window.ProgressBar().Position(), 7);
+    window.SetMessage(L"nothing", TMessagePos::MD5);
+    window.SetMessage(L"nothing", static_cast<TMessagePos>(8));
+    ASSERT_TRUE(LoopUntil([&] { return GetWindowTextLengthW(window.CurrentFileField()) == 2; }));
+    EXPECT_EQ(window.StatusBar().Text(3), L"status");
+    EXPECT_EQ(window.StatusBar().Text(2), L"bytes");
+    const TStatusListModel& rows = window.Rows();
+    ASSERT_EQ(rows.RowCount(), 3U);
+    EXPECT_EQ(rows.Text(0), L"ignored");
+    EXPECT_EQ(rows.Status(0), kIgnoreStatus);
+    EXPECT_EQ(rows.Status(1), kErrorStatus);
+    EXPECT_EQ(rows.Status(2), kFileNameStatus);
+    window.SetMessage(L"name", TMessagePos::FileMsg);
+    EXPECT_EQ(window.ProgressBar().Position(), 0);
+    // Without a run nobody pumps for the last report: it shows all the same.
+    EXPECT_TRUE(LoopUntil([&] { return GetWindowTextLengthW(window.CurrentFileField()) == 4; }, 1));
+}
+
+TEST_F(MainWindow, ProgressOfFilesBeyondFourGigabytes) {
+    TfmMain& window = Start();
+    const auto send = [&](UINT message, std::uint64_t value) {
+        SendMessageW(window.Handle(), message, static_cast<WPARAM>(value & 0xFFFFFFFF),
+                     static_cast<LPARAM>(static_cast<std::int32_t>(value >> 32)));
+    };
+    send(kProgressMaximumMessage, 0x5'FFFF'FFFF);
+    EXPECT_EQ(window.ProgressBar().Maximum(), static_cast<double>(0x5'FFFF'FFFF));
+    send(kProgressPositionMessage, 0x2'FFFF'FFFF);
+    EXPECT_EQ(window.ProgressBar().Position(), static_cast<double>(0x2'FFFF'FFFF));
+    EXPECT_NEAR(window.ProgressBar().Fraction(), 0.5, 1e-9);
+    send(kProgressResetMessage, 0);
+    EXPECT_EQ(window.ProgressBar().Fraction(), 0);
+    EXPECT_EQ(window.ProgressBar().Maximum(), static_cast<double>(0x5'FFFF'FFFF));
+}
+
+TEST_F(MainWindow, UnattendedRunEndsTheProgramAlsoBehindAnotherWindow) {
+    AddFiles(2);
+    bool modalLoopEnded = false;
+    int silentChecks = 0;
+    HWND otherWindow = nullptr;
+    TCompanionWindows companions;
+    companions.checkForUpdate = [&](bool silent) {
+        if (silent) {
+            ++silentChecks;
+            return true;
+        }
+        // A window with a loop of its own, which nobody will close.
+        otherWindow = CreateWindowExW(0, L"STATIC", L"Update", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50,
+                                      window_->Handle(), nullptr, nullptr, nullptr);
+        RunMessageLoop([&] { return !IsWindow(otherWindow); }, [] {});
+        modalLoopEnded = true;
+        return true;
+    };
+    TfmMain& window = Start({.copy = true}, companions);
+    LoopUntil([&] { return !window.Exists(); });
+    EXPECT_FALSE(window.Exists());
+    EXPECT_EQ(silentChecks, 1);
+    EXPECT_TRUE(modalLoopEnded);
+    EXPECT_EQ(window.ExitCode(), 0);
+    EXPECT_TRUE(TFakeShutdown::asked.empty());
+}
+
+TEST_F(MainWindow, ShutdownIsAskedForAtTheEndAndTheWindowStays) {
+    TfmMain& window = Start({.copy = true, .shutDown = true});
+    EXPECT_TRUE(window.acShutDown.Checked());
+    EXPECT_EQ(window.acShutDown.Image(), TImageIndex::ShutDown) << "the switch does not change the image";
+    ASSERT_TRUE(LoopUntil([] { return !TFakeShutdown::asked.empty(); }));
+    EXPECT_EQ(TFakeShutdown::asked.back(),
+              "InitiateSystemShutdownW (none), Vardeko Shutdown in progress, 60, 1, 0");
+    EXPECT_FALSE(LoopUntil([&] { return !window.Exists(); }, 1));
+    EXPECT_TRUE(window.acStartCopy.Enabled());
+}
+
+TEST_F(MainWindow, AFailedCopyShowsInTheExitCode) {
+    AddFiles(1);
+    calls_.CopyFileExW = [](LPCWSTR, LPCWSTR, LPPROGRESS_ROUTINE, LPVOID, LPBOOL, DWORD) WINAPI -> BOOL {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    };
+    TfmMain& window = Start();
+    window.acStartCopy.Execute();
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+    EXPECT_EQ(window.ExitCode(), 1);
+}
+
+TEST_F(MainWindow, ClosedDuringARunItWaitsForTheFileAtHand) {
+    AddFiles(30);
+    TfmMain& window = Start();
+    bool existedAfterwards = false;
+    duringCopy = [&] {
+        duringCopy = [&] { existedAfterwards = window.Exists(); };
+        SendMessageW(window.Handle(), WM_CLOSE, 0, 0);
+        existedAfterwards = window.Exists();
+    };
+    window.acStartCopy.Execute();
+    ASSERT_TRUE(LoopUntil([&] { return !window.Exists(); }));
+    EXPECT_TRUE(existedAfterwards);
+    EXPECT_EQ(window.ExitCode(), 1);
+    EXPECT_EQ(destination_.FileCount(), 2U) << "the file at hand and the hash table";
+    window.EndDataModule();
+    EXPECT_TRUE(FileExists(calls_, configuration_ + L"\\NASConf.Dat"));
+}
+
+TEST_F(MainWindow, TheEndOfTheSessionSavesBothTablesAtOnce) {
+    AddFiles(30);
+    TfmMain& window = Start();
+    bool saved = false;
+    duringCopy = [&] {
+        if (window.Rows().RowCount() > 3) {
+            duringCopy = nullptr;
+            SendMessageW(window.Handle(), WM_ENDSESSION, TRUE, 0);
+            saved = FileExists(calls_, configuration_ + L"\\NASConf.Dat") && FileExists(calls_, HashFile());
+        }
+    };
+    window.acStartCopy.Execute();
+    ASSERT_TRUE(LoopUntil([&] { return !window.Exists(); }));
+    EXPECT_TRUE(saved);
+    const auto size = destination_.Read(HostName() + L"\\Vardeko.dat")->size();
+    EXPECT_GE(size, 42U + 2 * 78) << "closing the tables later does not empty the file";
+}
+
+TEST_F(MainWindow, ARunThatCannotStartWaitsForTheUserToStopIt) {
+    SetDestination(destination_.At(L"missing"));
+    TfmMain& window = Start();
+    window.acStartCopy.Execute();
+    EXPECT_FALSE(LoopUntil([] { return CopyIdle; }, 2));
+    EXPECT_TRUE(HasRows({L"Error: Destination Directory does not exist, "}));
+    Click(StopButton());
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+    EXPECT_EQ(window.ExitCode(), 1);
+}
+
+TEST_F(MainWindow, AMistakeInAHandlerEndsTheRunInsteadOfLeavingItHanging) {
+    AddFiles(3);
+    SetUnexpectedErrorHandler([this](const std::wstring& text) { window_->ReportUnexpectedError(text); });
+    duringCopy = [] { throw std::runtime_error("out of order"); };
+    TfmMain& window = Start({.copy = true});
+    EXPECT_TRUE(LoopUntil([&] { return !window.Exists(); }));
+    EXPECT_EQ(window.ExitCode(), 1);
+    SetUnexpectedErrorHandler([](const std::wstring&) {});
+}
+
+TEST_F(MainWindow, KeysReachEveryActionAndEveryControl) {
+    bool configured = false;
+    TCompanionWindows companions;
+    companions.showConfiguration = [&] { configured = true; };
+    TfmMain& window = Start({}, companions, SW_SHOW);
+    SetForegroundWindow(window.Handle());
+    SetFocus(window.ListHandle());
+    std::vector<HWND> reached;
+    for (int step = 0; step < 12; ++step) {
+        PostMessageW(GetFocus(), WM_KEYDOWN, VK_TAB, 0);
+        LoopUntil([] { return false; }, 0);
+        ProcessPendingMessages();
+        reached.push_back(GetFocus());
+    }
+    EXPECT_NE(std::find(reached.begin(), reached.end(), StartButton()), reached.end());
+    EXPECT_NE(std::find(reached.begin(), reached.end(), window.CurrentFileField()), reached.end());
+    EXPECT_EQ(std::find(reached.begin(), reached.end(), StopButton()), reached.end()) << "it is disabled";
+
+    SetFocus(window.ListHandle());
+    PostMessageW(window.ListHandle(), WM_KEYDOWN, VK_F5, 0);
+    ProcessPendingMessages();
+    EXPECT_FALSE(CopyIdle);
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+    EXPECT_FALSE(configured);
+}
+
+TEST_F(MainWindow, LaysItselfOutForAnotherScale) {
+    TfmMain& window = Start();
+    const HWND field = window.CurrentFileField();
+    RECT before{};
+    GetClientRect(field, &before);
+    const RECT suggested{10, 20, 1510, 920};
+    SendMessageW(window.Handle(), WM_DPICHANGED, MAKEWPARAM(192, 192), reinterpret_cast<LPARAM>(&suggested));
+    RECT now{};
+    GetWindowRect(window.Handle(), &now);
+    EXPECT_TRUE(EqualRect(&now, &suggested));
+    GetClientRect(field, &now);
+    EXPECT_EQ(now.right, before.right * 2);
+    RECT button{};
+    GetClientRect(StartButton(), &button);
+    EXPECT_EQ(button.right, 80);
+}
+
+}  // namespace

@@ -1,0 +1,195 @@
+#include "app/status_list_view.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "ui/device_context.h"
+#include "ui/message_loop.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+// A window that holds nothing but the list.
+class TListWindow final : public TWindow {
+public:
+    explicit TListWindow(const TStatusListModel& model) : view(model), font_(MakeMessageFont(TScale())) {
+        TCreateOptions options;
+        options.className = L"TListWindow";
+        options.left = options.top = 0;
+        options.width = 400;
+        options.height = 300;
+        if (!Create(options) || !view.CreateIn(Handle(), 1, TScale(), font_.Get())) {
+            throw std::runtime_error("no window");
+        }
+        view.Place({0, 0, 380, 260});
+    }
+    ~TListWindow() override { Destroy(); }
+
+    TStatusListView view;
+
+protected:
+    std::optional<LRESULT> HandleMessage(UINT message, WPARAM, LPARAM longParameter) override {
+        return message == WM_NOTIFY ? view.HandleNotification(*reinterpret_cast<NMHDR*>(longParameter))
+                                    : std::nullopt;
+    }
+
+private:
+    TFont font_;
+};
+
+class StatusListView : public testing::Test {
+protected:
+    void Add(int count, std::optional<int> status = kFileNameStatus) {
+        for (int row = 0; row < count; ++row) {
+            model_.InsertAtTop(L"row " + std::to_wstring(model_.RowCount()), status);
+        }
+    }
+    void Show() {
+        window_.view.ShowChanges();
+        ProcessPendingMessages();
+    }
+    void Select(int row) {
+        LVITEMW item{};
+        item.state = item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+        SendMessageW(List(), LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    }
+    HWND List() { return window_.view.Handle(); }
+    int TopRow() { return static_cast<int>(SendMessageW(List(), LVM_GETTOPINDEX, 0, 0)); }
+    std::wstring TextInControl(int row) {
+        wchar_t text[100] = L"";
+        LVITEMW item{};
+        item.pszText = text;
+        item.cchTextMax = 100;
+        SendMessageW(List(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+        return text;
+    }
+
+    TStatusListModel model_;
+    TListWindow window_{model_};
+};
+
+TEST_F(StatusListView, SelectedRowsStaySelectedWhenNewOnesComeInAbove) {
+    Add(100);
+    Show();
+    for (const int row : {0, 5, 6, 7, 90}) {
+        Select(row);
+    }
+    Add(2);
+    Show();
+    EXPECT_EQ(window_.view.SelectedRows(), (std::vector<std::size_t>{2, 7, 8, 9, 92}));
+    Add(40);
+    Show();
+    EXPECT_EQ(window_.view.SelectedRows(), (std::vector<std::size_t>{42, 47, 48, 49, 132}));
+    EXPECT_EQ(SendMessageW(List(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED), 132);
+    EXPECT_EQ(TextInControl(132), L"row 9");
+
+    window_.view.SelectAll();
+    Add(1);
+    Show();
+    EXPECT_EQ(window_.view.SelectedRows().size(), 142U);
+    EXPECT_EQ(window_.view.SelectedRows().front(), 1U);
+}
+
+TEST_F(StatusListView, FollowsTheNewestRowUnlessTheUserHasScrolledAway) {
+    Add(200);
+    Show();
+    Add(50);
+    Show();
+    EXPECT_EQ(TopRow(), 0);
+    SendMessageW(List(), LVM_ENSUREVISIBLE, 100, FALSE);
+    const int before = TopRow();
+    ASSERT_GT(before, 0);
+    const std::wstring text = TextInControl(before);
+    Add(1);
+    Show();
+    Add(1000);
+    Show();
+    EXPECT_EQ(TopRow(), before + 1001);
+    EXPECT_EQ(TextInControl(TopRow()), text);
+}
+
+TEST_F(StatusListView, ShowsNothingOfAListThatWasEmptiedAndFilledAgain) {
+    Add(10);
+    Show();
+    Select(3);
+    model_.Clear();
+    EXPECT_EQ(TextInControl(3), L"") << "asked for between the change and its showing";
+    Add(20);
+    Show();
+    EXPECT_EQ(SendMessageW(List(), LVM_GETITEMCOUNT, 0, 0), 20);
+    EXPECT_TRUE(window_.view.SelectedRows().empty());
+    EXPECT_EQ(TextInControl(0), L"row 19");
+}
+
+TEST_F(StatusListView, AddingCostsTheSameAmongAMillionRows) {
+    const auto secondsForSomeRows = [this] {
+        const auto begin = std::chrono::steady_clock::now();
+        for (int round = 0; round < 20; ++round) {
+            Add(10);
+            Show();
+        }
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    };
+    Add(1000);
+    Show();
+    const double few = std::min(secondsForSomeRows(), secondsForSomeRows());
+    Add(1'000'000);
+    Show();
+    SendMessageW(List(), LVM_SCROLL, 0, 1'000'000);
+    for (int row = 400'000; row < 400'100; ++row) {
+        Select(row);
+    }
+    secondsForSomeRows();  // the first time the selection is read
+    const double many = std::min(secondsForSomeRows(), secondsForSomeRows());
+    EXPECT_LT(many, few * 3 + 0.05);
+    EXPECT_EQ(SendMessageW(List(), LVM_GETITEMCOUNT, 0, 0), static_cast<LRESULT>(model_.RowCount()));
+}
+
+TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
+    const struct {
+        std::optional<int> status;
+        TRowStyle style;
+    } kCases[] = {{kInfoStatus, InfoStyle},
+                  {kFileNameStatus, FileNameStyle},
+                  {kErrorStatus, ErrorStyle},
+                  {kIgnoreStatus, IgnoreStyle},
+                  {std::nullopt, FileNameStyle}};
+    for (const auto& example : kCases) {
+        model_.InsertAtTop(L"\u2588\u2588", example.status);  // solid blocks
+    }
+    ShowWindow(window_.Handle(), SW_SHOW);
+    Show();
+    UpdateWindow(List());
+    const HDC context = GetDC(List());
+    for (int row = 0; row < 5; ++row) {
+        RECT area{};
+        area.left = LVIR_BOUNDS;
+        SendMessageW(List(), LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
+        const TRowStyle& style = kCases[4 - row].style;
+        int textPixels = 0;
+        int groundPixels = 0;
+        for (int x = area.left; x < area.left + 60; ++x) {
+            const COLORREF colour = GetPixel(context, x, (area.top + area.bottom) / 2);
+            textPixels += colour == ColorRefOf(style.text) ? 1 : 0;
+            groundPixels += colour == ColorRefOf(style.ground) ? 1 : 0;
+        }
+        EXPECT_GT(textPixels, 4) << row;
+        EXPECT_GT(groundPixels, 1) << row;
+    }
+    ReleaseDC(List(), context);
+}
+
+TEST_F(StatusListView, CopiesTheSelectedRows) {
+    Add(5);
+    Show();
+    Select(1);
+    Select(3);
+    window_.view.CopySelection();
+    ASSERT_TRUE(OpenClipboard(window_.Handle()));
+    const auto* text = static_cast<const wchar_t*>(GlobalLock(GetClipboardData(CF_UNICODETEXT)));
+    EXPECT_STREQ(text, L"row 3\r\nrow 1\r\n");
+    CloseClipboard();
+}
+
+}  // namespace
