@@ -25,9 +25,7 @@ TGridAnswer TGridNavigator::Key(TGridKey key) {
             return TGridAnswer::Used;
         case TGridKey::Enter:
         case TGridKey::Edit:
-            if (FocusedEditor() != TGridEditor::CheckBox) {
-                EditStoredText();
-            }
+            EditIfPossible();
             return TGridAnswer::Used;
         case TGridKey::Button:
             PressButton();
@@ -167,12 +165,17 @@ void TGridNavigator::Click(std::size_t row, std::size_t column, TSpot spot) {
     } else if (spot == TSpot::Button) {
         PressButton();
     } else if (wasFocused) {
-        DoubleClick();
+        EditIfPossible();
     }
 }
 
-void TGridNavigator::DoubleClick() {
-    if (!Editing() && source_.CurrentRow() && FocusedEditor() != TGridEditor::CheckBox) {
+void TGridNavigator::Focus(std::size_t row, std::size_t column) {
+    TakeOver();
+    GoTo(row, column);
+}
+
+void TGridNavigator::EditIfPossible() {
+    if (FocusedEditor() != TGridEditor::CheckBox) {
         EditStoredText();
     }
 }
@@ -222,8 +225,8 @@ void TGridNavigator::Toggle() {
 void TGridNavigator::PressButton() {
     if (FocusedEditor() == TGridEditor::ButtonText) {
         source_.PressButton(column_);
-    } else if (FocusedEditor() != TGridEditor::CheckBox) {
-        EditStoredText();
+    } else {
+        EditIfPossible();
     }
 }
 

@@ -66,8 +66,8 @@ public:
     enum class TSpot { Elsewhere, CheckMark, Button };
     // A click on a cell.
     void Click(std::size_t row, std::size_t column, TSpot spot);
-    // A second click on the focused cell.
-    void DoubleClick();
+    // Puts the focus on a cell.
+    void Focus(std::size_t row, std::size_t column);
 
     // The focus comes from the control before the grid, or from the one behind it.
     void EnterForward();
@@ -86,6 +86,7 @@ private:
     TGridAnswer MoveColumn(bool forward);
     TGridAnswer MoveRow(TGridKey key);
     void GoTo(std::size_t row, std::size_t column);
+    void EditIfPossible();
     void BeginEdit(const std::wstring& text, bool selectAll);
     void EditStoredText();
     void Toggle();

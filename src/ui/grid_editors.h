@@ -1,0 +1,94 @@
+// The controls in which a grid's cells are edited.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "ui/dpi.h"
+#include "ui/grid_column.h"
+#include "ui/grid_layout.h"
+#include "ui/grid_navigator.h"
+#include "ui/window.h"
+
+// The grid's key for a virtual-key code with the modifiers that are down now; nothing for others.
+std::optional<TGridKey> GridKeyOf(WPARAM virtualKey);
+
+// What the editors tell the grid.
+struct TGridEditorEvents {
+    // A key before the editor looks at it; true when it is used up.
+    std::function<bool(TGridKey)> key;
+    std::function<void()> lostFocus;
+    // The user has made a choice that needs no confirmation.
+    std::function<void()> chosen;
+};
+
+// Offers the choices of a radio group, one below the other.
+class TGridRadioPanel final : public TWindow {
+public:
+    [[nodiscard]] bool CreateIn(HWND grid, TGridEditorEvents events);
+    void SetItems(const std::vector<TGridItem>& items, const std::wstring& value);
+    void SetScale(TScale scale, HFONT font);
+    // The size that all captions have room in.
+    SIZE PreferredSize() const;
+    std::wstring Value() const;
+
+protected:
+    std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
+
+private:
+    bool KeyDown(WPARAM virtualKey);
+    void Select(std::size_t item);
+    void Paint();
+    RECT ItemArea(std::size_t item) const;
+
+    TGridEditorEvents events_;
+    std::vector<TGridItem> items_;
+    std::wstring value_;  // kept when it is none of the items
+    std::size_t selected_ = 0;
+    TScale scale_;
+    HFONT font_ = nullptr;
+};
+
+// Edits one cell at a time: a text in one line or in several, or a choice.
+class TGridEditors {
+public:
+    TGridEditors() = default;
+    TGridEditors(const TGridEditors&) = delete;
+    TGridEditors& operator=(const TGridEditors&) = delete;
+
+    [[nodiscard]] bool CreateIn(HWND grid, TGridEditorEvents events);
+    void SetScale(TScale scale, HFONT font);
+
+    void Open(const TGridColumn& column, const std::wstring& text, bool selectAll);
+    // Where the editor of a cell stands; it stays inside of the grid's body but may cover other cells. Its
+    // frame is drawn by the grid around this area.
+    void Place(const TGridArea& cell, const TGridArea& body);
+    void Close();
+
+    bool IsOpen() const { return open_ != nullptr; }
+    HWND Handle() const { return open_; }
+    const TGridArea& Area() const { return area_; }
+    std::wstring Text() const;
+
+private:
+    void OpenText(HWND edit, const TGridColumn& column, const std::wstring& text, bool selectAll);
+    TGridArea TextArea(const TGridArea& cell, const TGridArea& body) const;
+    TGridArea LinesArea(const TGridArea& cell, const TGridArea& body) const;
+    TGridArea PanelArea(const TGridArea& cell, const TGridArea& body) const;
+    static LRESULT CALLBACK EditProcedure(HWND handle, UINT message, WPARAM wordParameter,
+                                          LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
+    std::optional<LRESULT> EditMessage(UINT message, WPARAM wordParameter);
+
+    TGridEditorEvents events_;
+    HWND grid_ = nullptr;
+    HWND line_ = nullptr;   // one line
+    HWND lines_ = nullptr;  // several
+    TGridRadioPanel panel_;
+    HWND open_ = nullptr;  // one of the three
+    TGridArea area_;
+    TScale scale_;
+    HFONT font_ = nullptr;
+};

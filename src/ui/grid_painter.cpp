@@ -1,0 +1,234 @@
+#include "ui/grid_painter.h"
+
+#include <algorithm>
+
+#include "support/text.h"
+#include "ui/device_context.h"
+#include "ui/grid_style.h"
+#include "ui/grid_text.h"
+#include "ui/mark_painter.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+RECT ToRect(const TGridArea& area) {
+    return {area.left, area.top, area.right, area.bottom};
+}
+
+TMeasureText MeasureIn(HDC context) {
+    return [context](std::wstring_view text) {
+        SIZE size{};
+        GetTextExtentPoint32W(context, text.data(), static_cast<int>(text.size()), &size);
+        return static_cast<int>(size.cx);
+    };
+}
+
+}  // namespace
+
+std::wstring GridCellCaption(const TGridColumn& column, const std::wstring& text) {
+    for (const TGridItem& item : column.items) {
+        if (EqualsIgnoringAsciiCase(item.value, text)) {
+            return item.caption;
+        }
+    }
+    return text;
+}
+
+void TGridPainter::SetScale(TScale scale, HFONT font) {
+    scale_ = scale;
+    font_ = font;
+    lineHeight_ = TextHeight(font);
+}
+
+TGridMetrics TGridPainter::Metrics() const {
+    TGridMetrics metrics;
+    metrics.headerHeight = lineHeight_ + 2 * scale_(GridStyle::HeaderPadding);
+    metrics.indicatorWidth = scale_(GridStyle::Indicator);
+    metrics.scrollBarWidth = scale_(GridStyle::ScrollBar);
+    metrics.minimumColumnWidth = scale_(GridStyle::MinimumColumn);
+    metrics.borderReach = scale_(GridStyle::BorderReach);
+    metrics.minimumThumb = scale_(GridStyle::MinimumThumb);
+    return metrics;
+}
+
+int TGridPainter::MinimumRowHeight() const {
+    return lineHeight_ + 2 * scale_(GridStyle::CellPaddingY);
+}
+
+int TGridPainter::TextWidth(const TGridColumn& column, int cellWidth) const {
+    const int right =
+        column.editor == TGridEditor::ButtonText ? GridStyle::ButtonWidth : GridStyle::CellPaddingX;
+    return cellWidth - scale_(GridStyle::CellPaddingX) - scale_(right);
+}
+
+int TGridPainter::TextCellHeight(const std::wstring& text, const TGridColumn& column, int width) const {
+    const TScreenContext screen;
+    const TSelection selection(screen.Get(), font_);
+    const auto lines =
+        BreakCellText(text, TextWidth(column, width), GridStyle::MaximumLines, MeasureIn(screen.Get()));
+    return static_cast<int>(lines.size()) * lineHeight_ + 2 * scale_(GridStyle::CellPaddingY);
+}
+
+TGridArea TGridPainter::CheckMark(const TGridArea& cell) const {
+    const int size = scale_(kMarkSize);
+    const int left = cell.left + (cell.Width() - size) / 2;
+    const int top = cell.top + (MinimumRowHeight() - size) / 2;
+    return {left, top, left + size, top + size};
+}
+
+TGridArea TGridPainter::Button(const TGridArea& cell) const {
+    const int margin = scale_(2);
+    return {std::max(cell.left, cell.right - scale_(GridStyle::ButtonWidth)) + margin, cell.top + margin,
+            cell.right - 2 * margin, cell.top + MinimumRowHeight() - margin};
+}
+
+void TGridPainter::Paint(HDC context, const RECT& client, const TGridView& view) const {
+    FillArea(context, client, Theme::ControlGround);
+    const TSelection selection(context, font_);
+    SetBkMode(context, TRANSPARENT);
+    const TGridLayout& layout = view.layout;
+    for (std::size_t row = layout.FirstVisibleRow(); row < layout.EndOfVisibleRows(); ++row) {
+        PaintRow(context, view, row);
+    }
+    PaintGridLines(context, view);
+    if (layout.RowCount() == 0) {
+        RECT area = ToRect(layout.Body());
+        InflateRect(&area, -scale_(16), -scale_(12));
+        SetTextColor(context, ColorRefOf(Theme::DimText));
+        DrawTextW(context, view.emptyText.c_str(), -1, &area, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
+    }
+    if (view.editor) {
+        PaintEditorFrame(context, *view.editor);
+    }
+    PaintHeader(context, client, view);
+    PaintScrollBar(context, client, view);
+}
+
+void TGridPainter::PaintHeader(HDC context, const RECT& client, const TGridView& view) const {
+    const TGridLayout& layout = view.layout;
+    const TGridMetrics& metrics = layout.Metrics();
+    FillArea(context, {0, 0, client.right, metrics.headerHeight}, Theme::HeaderGround);
+    const int line = std::max(1, scale_(1));
+    FillArea(context, {0, metrics.headerHeight - line, client.right, metrics.headerHeight}, Theme::Border);
+    FillArea(context, {metrics.indicatorWidth - line, 0, metrics.indicatorWidth, metrics.headerHeight},
+             Theme::Border);
+    const std::vector<std::size_t>& visible = view.columns.Visible();
+    for (std::size_t position = 0; position < visible.size(); ++position) {
+        const TGridColumn& column = view.columns[visible[position]];
+        RECT area = ToRect(layout.Header(position));
+        if (view.dropAt && view.dragged == position) {
+            FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme::Pressed);
+        }
+        FillArea(context, {area.right - line, area.top, area.right, area.bottom}, Theme::Border);
+        InflateRect(&area, -scale_(GridStyle::CellPaddingX), 0);
+        SetTextColor(context, ColorRefOf(Theme::Text));
+        const UINT alignment = column.editor == TGridEditor::CheckBox ? DT_CENTER : DT_LEFT;
+        DrawTextW(context, column.caption.c_str(), -1, &area,
+                  alignment | DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+    }
+    if (view.dropAt) {
+        const TGridArea target = layout.Header(*view.dropAt);
+        const int edge = *view.dropAt > view.dragged ? target.right : target.left;
+        FillArea(context, {edge - scale_(2), 0, edge + scale_(1), metrics.headerHeight}, Theme::Accent);
+    }
+}
+
+void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row) const {
+    const bool isCurrent = view.source.CurrentRow() == row;
+    const TColour ground = !isCurrent      ? Theme::ControlGround
+                           : view.hasFocus ? Theme::Selection
+                                           : Theme::SelectionIdle;
+    const TGridLayout& layout = view.layout;
+    RECT area = ToRect(layout.Indicator(row));
+    area.right = layout.Body().right;
+    FillArea(context, area, ground);
+    PaintIndicator(context, view, row);
+    const std::vector<std::size_t>& visible = view.columns.Visible();
+    for (std::size_t position = 0; position < visible.size(); ++position) {
+        const TGridColumn& column = view.columns[visible[position]];
+        const TGridArea cell = layout.Cell(row, position);
+        const bool isFocused = isCurrent && view.focusedColumn == visible[position];
+        if (column.editor == TGridEditor::CheckBox) {
+            const bool checked = view.source.Checked(row, visible[position]);
+            PaintMark(context, ToRect(CheckMark(cell)), checked ? TMark::CheckOn : TMark::CheckOff, scale_,
+                      ground);
+        } else if (!(isFocused && view.editor)) {
+            PaintText(context, cell, column,
+                      GridCellCaption(column, view.source.Text(row, visible[position])));
+        }
+        if (column.editor == TGridEditor::ButtonText && isCurrent) {
+            PaintButton(context, cell);
+        }
+        if (isFocused && view.hasFocus && !view.editor) {
+            RECT frame = ToRect(cell);
+            frame.right -= std::max(1, scale_(1));
+            FrameArea(context, frame, Theme::Accent, std::max(1, scale_(1)));
+        }
+    }
+}
+
+void TGridPainter::PaintIndicator(HDC context, const TGridView& view, std::size_t row) const {
+    RECT area = ToRect(view.layout.Indicator(row));
+    FillArea(context, area, Theme::HeaderGround);
+    if (view.source.CurrentRow() == row) {
+        area.bottom = area.top + MinimumRowHeight();
+        PaintMark(context, area, view.editor ? TMark::EditedRow : TMark::CurrentRow, scale_,
+                  Theme::HeaderGround);
+    }
+}
+
+void TGridPainter::PaintText(HDC context, const TGridArea& cell, const TGridColumn& column,
+                             const std::wstring& text) const {
+    SetTextColor(context, ColorRefOf(Theme::Text));
+    int top = cell.top + scale_(GridStyle::CellPaddingY);
+    const auto lines =
+        BreakCellText(text, TextWidth(column, cell.Width()), GridStyle::MaximumLines, MeasureIn(context));
+    const RECT clip = ToRect(cell);
+    for (const std::wstring& line : lines) {
+        ExtTextOutW(context, cell.left + scale_(GridStyle::CellPaddingX), top, ETO_CLIPPED, &clip,
+                    line.c_str(), static_cast<UINT>(line.size()), nullptr);
+        top += lineHeight_;
+    }
+}
+
+void TGridPainter::PaintButton(HDC context, const TGridArea& cell) const {
+    RECT button = ToRect(Button(cell));
+    FillArea(context, button, Theme::HeaderGround);
+    FrameArea(context, button, Theme::DisabledText, std::max(1, scale_(1)));
+    // Three dots, as sharp as the rest; the font's own stand at the foot of the line.
+    const int dot = std::max(1, scale_(2));
+    const int middle = (button.left + button.right - dot) / 2;
+    const int top = (button.top + button.bottom - dot) / 2;
+    for (const int offset : {-2 * dot, 0, 2 * dot}) {
+        FillArea(context, {middle + offset, top, middle + offset + dot, top + dot}, Theme::Text);
+    }
+}
+
+void TGridPainter::PaintGridLines(HDC context, const TGridView& view) const {
+    const TGridArea body = view.layout.Body();
+    const int line = std::max(1, scale_(1));
+    const int indicator = view.layout.Metrics().indicatorWidth;
+    FillArea(context, {indicator - line, body.top, indicator, body.bottom}, Theme::Border);
+    for (std::size_t position = 0; position < view.columns.Visible().size(); ++position) {
+        const int right = view.layout.Header(position).right;
+        FillArea(context, {right - line, body.top, right, body.bottom}, Theme::Border);
+    }
+}
+
+void TGridPainter::PaintScrollBar(HDC context, const RECT& client, const TGridView& view) const {
+    if (!view.layout.HasScrollBar()) {
+        return;
+    }
+    FillArea(context, ToRect(view.layout.ScrollBar()), Theme::ScrollTrack);
+    RECT thumb = ToRect(view.layout.Thumb());
+    InflateRect(&thumb, -scale_(2), 0);
+    thumb.right = std::min(thumb.right, client.right);
+    FillArea(context, thumb, view.thumbHot ? Theme::ScrollThumbHover : Theme::ScrollThumb);
+}
+
+void TGridPainter::PaintEditorFrame(HDC context, const TGridArea& editor) const {
+    RECT frame = ToRect(editor);
+    InflateRect(&frame, scale_(GridStyle::CellPaddingX), scale_(GridStyle::CellPaddingY));
+    FillArea(context, frame, Theme::ControlGround);
+    FrameArea(context, frame, Theme::Accent, std::max(1, scale_(1)));
+}
