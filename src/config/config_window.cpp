@@ -1,0 +1,236 @@
+#include "config/config_window.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "config/folder_picker.h"
+#include "config/grid_store.h"
+#include "support/file_access.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+constexpr wchar_t kGridViewName[] = L"ConfigGrid";
+constexpr wchar_t kPickerTitle[] = L"Select Directory to copy...";
+constexpr wchar_t kDefaultExtensions[] = L".pdf,.docx,.xlsx,.jpg";
+
+TAction::TProperties ActionOf(const wchar_t* caption, TImageIndex image, std::function<void()> execute) {
+    TAction::TProperties properties;
+    properties.caption = properties.hint = caption;
+    properties.image = image;
+    properties.execute = std::move(execute);
+    return properties;
+}
+
+// Keeps the windows behind a dialog from being used: the dialog itself locks its own owner only.
+class TLockedWindow {
+public:
+    explicit TLockedWindow(HWND window)
+        : window_(window != nullptr && IsWindowEnabled(window) ? window : nullptr) {
+        if (window_ != nullptr) {
+            EnableWindow(window_, FALSE);
+        }
+    }
+    TLockedWindow(const TLockedWindow&) = delete;
+    TLockedWindow& operator=(const TLockedWindow&) = delete;
+    ~TLockedWindow() {
+        if (window_ != nullptr) {
+            EnableWindow(window_, TRUE);
+        }
+    }
+
+private:
+    HWND window_;
+};
+
+}  // namespace
+
+TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, const TCodePage& codePage,
+                     std::wstring configurationFolder)
+    : ShellBrowserDialog(&PickFolder),
+      acClose(ActionOf(L"Schließen", static_cast<TImageIndex>(0), [this] { acCloseExecute(); })),
+      acGetDirectory(
+          ActionOf(L"Ordner einfügen", static_cast<TImageIndex>(5), [this] { acGetDirectoryExecute(); })),
+      dsMemData(memData),
+      calls_(calls),
+      memData_(memData),
+      codePage_(codePage),
+      configurationFolder_(std::move(configurationFolder)),
+      keyFilter_([this](MSG& message) { return open_ && IsDialogMessageW(Handle(), &message); }) {
+    AskUser = [this](const std::wstring& question) {
+        return MessageBoxW(Handle(), question.c_str(), L"Config COPY",
+                           MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
+    };
+    dsMemData.onButtonClick = [this] { cxGridDBTvDirectoryPropertiesButtonClick(); };
+    dsMemData.onDeleting = [this](const std::wstring& folder) { return ConfirmDelete(folder); };
+    dsMemData.onProblem = [this](const std::wstring& problem) { ShowNotice(problem); };
+}
+
+TfmConfig::~TfmConfig() {
+    RunGuarded([this] { CloseWithoutQuestion(); });
+    Destroy();
+}
+
+void TfmConfig::Show(HWND owner) {
+    if (!Exists()) {
+        FormCreate(owner);
+    }
+    if (!open_) {
+        UseScale(ScaleOfWindow(owner != nullptr ? owner : Handle()));
+        FormShow();
+        CentreOn(owner);
+        open_ = true;
+    }
+    ShowWindow(Handle(), IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
+    SetForegroundWindow(Handle());
+    SetFocus(EdBackupPath.Edit());
+}
+
+void TfmConfig::FormShow() {
+    if (const std::optional<std::wstring> layout = LoadGridLayout(kGridViewName);
+        layout && cxGridDBTv.Restore(*layout)) {
+        cxGrid.ColumnsChanged();
+    }
+    LoadFields();
+}
+
+void TfmConfig::LoadFields() {
+    TConfigSettings settings;
+    const std::optional<std::wstring> problem = ReadConfigSettings(calls_, codePage_, IniPath(), settings);
+    EdBackupPath.SetText(settings.NASDIR);
+    cxCheckBox1.SetChecked(settings.CONNECT);
+    cxTextEdit1.SetText(settings.USER);
+    cxTextEdit2.SetText(settings.PASS);
+    known_ = {settings.knowsNASDIR, settings.knowsCONNECT, settings.knowsUSER, settings.knowsPASS};
+    ShowNotice(problem.value_or(L""));
+}
+
+std::optional<std::wstring> TfmConfig::FormClose() {
+    StoreGridLayout(kGridViewName, cxGridDBTv.Store());
+    std::optional<std::wstring> problem = SaveFields();
+    cxGrid.TakeOver();
+    dsMemData.PostEdit();
+    return problem;
+}
+
+std::optional<std::wstring> TfmConfig::SaveFields() {
+    TConfigSettings settings;
+    EdBackupPath.ReadText(settings.NASDIR);
+    settings.CONNECT = cxCheckBox1.Checked();
+    cxTextEdit1.ReadText(settings.USER);
+    cxTextEdit2.ReadText(settings.PASS);
+    settings.knowsNASDIR = known_.NASDIR;
+    settings.knowsCONNECT = known_.CONNECT;
+    settings.knowsUSER = known_.USER;
+    settings.knowsPASS = known_.PASS;
+    return WriteConfigSettings(calls_, codePage_, IniPath(), settings);
+}
+
+bool TfmConfig::Close() {
+    if (!open_) {
+        return true;
+    }
+    if (const std::optional<std::wstring> problem = FormClose();
+        problem && !Ask(*problem + L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
+                                   L"Anmeldung gehen dann verloren.")) {
+        return false;
+    }
+    if (!Exists()) {
+        return true;
+    }
+    open_ = false;
+    ShowWindow(Handle(), SW_HIDE);
+    // Not to be kept in a window that nobody sees.
+    cxTextEdit1.SetText(L"");
+    cxTextEdit2.SetText(L"");
+    if (const HWND owner = GetWindow(Handle(), GW_OWNER); owner != nullptr) {
+        SetForegroundWindow(owner);
+    }
+    return true;
+}
+
+// The program or the session ends: nobody may be there to answer. A failure goes where mistakes go.
+void TfmConfig::CloseWithoutQuestion() {
+    if (std::exchange(open_, false)) {
+        if (const std::optional<std::wstring> problem = FormClose()) {
+            throw std::runtime_error(ToUtf8(*problem));
+        }
+    }
+}
+
+void TfmConfig::acCloseExecute() {
+    SetFocus(EdBackupPath.Edit());
+    Close();
+}
+
+void TfmConfig::acGetDirectoryExecute() {
+    cxGrid.TakeOver();
+    if (const std::optional<std::wstring> folder = PickExistingFolder(L"")) {
+        InsertFolder(*folder);
+    }
+}
+
+void TfmConfig::InsertFolder(const std::wstring& folder) {
+    if (!dsMemData.PostEdit()) {
+        return;
+    }
+    // The order of the rows is the order of their insertion.
+    memData_.Append();
+    SourceFolderRow& row = memData_.Working();
+    row.Aktive = true;
+    row.Directory = folder;
+    row.Rekursiv = true;
+    row.Extensions = kDefaultExtensions;
+    row.ExtensionMode = L"NO";
+    row.History = false;
+    row.Hidden = false;
+    dsMemData.PostEdit();
+}
+
+void TfmConfig::cxGridDBTvDirectoryPropertiesButtonClick() {
+    const std::uint64_t recId = memData_.RecId(memData_.RowNumber());
+    const std::optional<std::wstring> folder = PickExistingFolder(memData_.Current().Directory.value_or(L""));
+    // Messages were handled in between: the row must still be the current one.
+    if (folder && !memData_.IsEmpty() && memData_.RecId(memData_.RowNumber()) == recId) {
+        memData_.Edit();
+        memData_.Working().Directory = *folder;
+        dsMemData.PostEdit();
+    }
+}
+
+void TfmConfig::EdBackupPathPropertiesButtonClick() {
+    if (const std::optional<std::wstring> folder = PickExistingFolder(EdBackupPath.Text())) {
+        EdBackupPath.SetText(*folder);
+        known_.NASDIR = true;
+    }
+}
+
+std::optional<std::wstring> TfmConfig::PickExistingFolder(const std::wstring& startFolder) {
+    std::optional<std::wstring> folder;
+    {
+        const TLockedWindow owner(GetWindow(Handle(), GW_OWNER));
+        folder = ShellBrowserDialog(Handle(), kPickerTitle, startFolder);
+    }
+    if (!folder || !open_) {
+        return std::nullopt;
+    }
+    // The picker lets names through that were typed.
+    if (!FolderExists(calls_, *folder)) {
+        ShowNotice(L"Der Ordner „" + *folder + L"“ ist nicht vorhanden.");
+        return std::nullopt;
+    }
+    ShowNotice(L"");
+    return folder;
+}
+
+bool TfmConfig::ConfirmDelete(const std::wstring& folder) {
+    return Ask(
+        L"Den Ordner „" + folder +
+        L"“ aus der Liste entfernen?\n\nEr wird dann nicht mehr gesichert. Was schon gesichert ist, bleibt "
+        L"erhalten.");
+}
+
+bool TfmConfig::Ask(const std::wstring& question) {
+    const TLockedWindow owner(GetWindow(Handle(), GW_OWNER));
+    return AskUser(question) && Exists();
+}

@@ -1,0 +1,112 @@
+// The configuration window.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "config/config_settings.h"
+#include "config/source_folder_grid.h"
+#include "config/source_folder_table.h"
+#include "support/handles.h"
+#include "support/platform_calls.h"
+#include "support/text.h"
+#include "ui/action.h"
+#include "ui/check_box.h"
+#include "ui/grid.h"
+#include "ui/message_loop.h"
+#include "ui/text_field.h"
+#include "ui/tool_bar.h"
+#include "ui/window.h"
+
+// The window in which the user edits the destination, the share's credentials and the source folders. The
+// settings are read whenever it is shown and written whenever it closes; the source folders change at once.
+class TfmConfig final : public TWindow {
+public:
+    // Everything passed by reference must outlive the window. The folder has no trailing "\".
+    TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, const TCodePage& codePage,
+              std::wstring configurationFolder);
+    ~TfmConfig() override;
+
+    // Shows the window and returns; when it is open already it comes to the front. Throws std::system_error
+    // when the system refuses a window.
+    void Show(HWND owner);
+    bool IsOpen() const { return open_; }
+    // Closes the window as the user does. False when the settings could not be saved and the user wants to
+    // go on editing.
+    bool Close();
+
+    // What a test puts in place of dialogs. The picker gets owner, title and start folder.
+    std::function<std::optional<std::wstring>(HWND, const std::wstring&, const std::wstring&)>
+        ShellBrowserDialog;
+    std::function<bool(const std::wstring& question)> AskUser;
+
+    TAction acClose;
+    TAction acGetDirectory;
+
+    TTextField EdBackupPath;
+    TCheckBox cxCheckBox1;
+    TTextField cxTextEdit1;
+    TTextField cxTextEdit2;
+    TGridColumns cxGridDBTv{SourceFolderColumns()};
+    TSourceFolderGrid dsMemData;
+    TGrid cxGrid{cxGridDBTv, dsMemData};
+    // What the user is told in the window; empty if nothing.
+    const std::wstring& Notice() const { return notice_; }
+
+protected:
+    std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
+
+private:
+    void FormCreate(HWND owner);
+    void FormShow();
+    // What is left to tell the user: why the settings could not be saved (German).
+    [[nodiscard]] std::optional<std::wstring> FormClose();
+    void acCloseExecute();
+    void acGetDirectoryExecute();
+    void cxGridDBTvDirectoryPropertiesButtonClick();
+    void EdBackupPathPropertiesButtonClick();
+
+    void CreateControls();
+    void UseScale(TScale scale);
+    void Layout();
+    void CentreOn(HWND owner);
+    void Paint();
+    void ShowNotice(std::wstring notice);
+    void LoadFields();
+    [[nodiscard]] std::optional<std::wstring> SaveFields();
+    void InsertFolder(const std::wstring& folder);
+    std::optional<std::wstring> PickExistingFolder(const std::wstring& startFolder);
+    bool ConfirmDelete(const std::wstring& folder);
+    bool Ask(const std::wstring& question);
+    void Activated(bool active);
+    void ScaleChanged(TScale scale, const RECT& suggestedArea);
+    void CloseWithoutQuestion();
+    SIZE ClientSize(int width, int height) const;
+    std::wstring IniPath() const { return configurationFolder_ + L"\\NASConf.ini"; }
+
+    const TPlatformCalls& calls_;
+    TSourceFolderTable& memData_;
+    const TCodePage& codePage_;
+    const std::wstring configurationFolder_;
+
+    TToolBar dxBarManager1Bar1;
+    HWND noticeLine_ = nullptr;
+    std::wstring notice_;
+    TScale scale_;
+    TFont font_;
+    TMessageFilter keyFilter_;
+    HWND lastFocus_ = nullptr;
+    bool open_ = false;
+
+    // The fields whose values go to the file: those that could be read, and those the user has changed.
+    struct TKnownFields {
+        bool NASDIR = false;
+        bool CONNECT = false;
+        bool USER = false;
+        bool PASS = false;
+    };
+    TKnownFields known_;
+};

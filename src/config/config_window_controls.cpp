@@ -1,0 +1,245 @@
+// How the configuration window is made and laid out, and how its messages reach the handlers.
+#include <algorithm>
+#include <system_error>
+
+#include "config/config_window.h"
+#include "ui/dark_mode.h"
+#include "ui/device_context.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+// Sizes at a scale of 100 %.
+constexpr int kClientWidth = 717;
+constexpr int kClientHeight = 435;
+constexpr int kMinimumWidth = 560;
+constexpr int kMinimumHeight = 330;
+constexpr int kMargin = 8;
+constexpr int kRowGap = 6;
+constexpr int kBackupPathWidth = 369;
+constexpr int kCredentialWidth = 273;
+
+constexpr DWORD kStyle =
+    WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME | WS_MAXIMIZEBOX | WS_CLIPCHILDREN;
+constexpr DWORD kExtendedStyle = WS_EX_TOPMOST | WS_EX_CONTROLPARENT;
+
+}  // namespace
+
+void TfmConfig::FormCreate(HWND owner) {
+    TCreateOptions options;
+    options.className = L"VardekoConfig";
+    options.caption = L"Config COPY";
+    options.style = kStyle;
+    options.extendedStyle = kExtendedStyle;
+    options.parent = owner;
+    options.left = options.top = options.width = options.height = 0;
+    if (owner != nullptr) {
+        options.icon = reinterpret_cast<HICON>(GetClassLongPtrW(owner, GCLP_HICON));
+        options.smallIcon = reinterpret_cast<HICON>(GetClassLongPtrW(owner, GCLP_HICONSM));
+    }
+    if (!Create(options)) {
+        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "CreateWindowEx");
+    }
+    UseDarkFrame(Handle());
+    CreateControls();
+}
+
+void TfmConfig::CreateControls() {
+    scale_ = ScaleOfWindow(Handle());
+    font_ = MakeMessageFont(scale_);
+    const HFONT font = font_.Get();
+    TTextField::TProperties backupPath;
+    backupPath.label = L"Backup  ->";
+    backupPath.buttonName = L"Backup-Ordner wählen";
+    backupPath.changed = [this] { known_.NASDIR = true; };
+    backupPath.buttonClick = [this] { EdBackupPathPropertiesButtonClick(); };
+    TTextField::TProperties user;
+    user.label = L"Anmeldename";
+    user.changed = [this] { known_.USER = true; };
+    TTextField::TProperties password;
+    password.label = L"Passwort";
+    password.masked = true;
+    password.changed = [this] { known_.PASS = true; };
+    // In the order of the Tab key.
+    const bool created =
+        dxBarManager1Bar1.CreateIn(Handle(), {{&acClose, true}, {}, {&acGetDirectory, true}}, scale_, font) &&
+        EdBackupPath.CreateIn(Handle(), std::move(backupPath), kBackupPathWidth, scale_, font) &&
+        cxCheckBox1.CreateIn(Handle(), L"Unter anderem User anmelden", scale_, font) &&
+        cxTextEdit1.CreateIn(Handle(), std::move(user), kCredentialWidth, scale_, font) &&
+        cxTextEdit2.CreateIn(Handle(), std::move(password), kCredentialWidth, scale_, font) &&
+        cxGrid.CreateIn(Handle(), L"Zu sichernde Ordner",
+                        L"Noch keine Ordner. „Ordner einfügen“ fügt den ersten hinzu.", scale_, font);
+    noticeLine_ = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | SS_NOPREFIX, 0, 0, 0, 0, Handle(), nullptr,
+                                  GetModuleHandleW(nullptr), nullptr);
+    if (!created || noticeLine_ == nullptr) {
+        const DWORD error = GetLastError();
+        Destroy();
+        throw std::system_error(static_cast<int>(error), std::system_category(), "CreateWindowEx");
+    }
+}
+
+void TfmConfig::UseScale(TScale scale) {
+    scale_ = scale;
+    TFont font = MakeMessageFont(scale);
+    dxBarManager1Bar1.SetScale(scale, font.Get());
+    EdBackupPath.SetScale(scale, font.Get());
+    cxCheckBox1.SetScale(scale, font.Get());
+    SendMessageW(cxCheckBox1.Handle(), WM_SETFONT, reinterpret_cast<WPARAM>(font.Get()), FALSE);
+    cxTextEdit1.SetScale(scale, font.Get());
+    cxTextEdit2.SetScale(scale, font.Get());
+    cxGrid.SetScale(scale, font.Get());
+    SendMessageW(noticeLine_, WM_SETFONT, reinterpret_cast<WPARAM>(font.Get()), FALSE);
+    font_ = std::move(font);
+    Layout();
+}
+
+void TfmConfig::Layout() {
+    RECT client{};
+    GetClientRect(Handle(), &client);
+    const int left = scale_(kMargin);
+    const int gap = scale_(kRowGap);
+    const int width = std::max<int>(0, client.right - 2 * left);
+    const auto place = [](HWND control, int x, int y, int w, int h) {
+        SetWindowPos(control, nullptr, x, y, w, h, SWP_NOZORDER | SWP_NOACTIVATE);
+    };
+    int top = scale_(TToolBar::kHeight);
+    place(dxBarManager1Bar1.Handle(), 0, 0, client.right, top);
+    top += gap;
+    const auto placeRow = [&](HWND control, int w, int h) {
+        place(control, left, top, w, h);
+        top += h + gap;
+    };
+    const SIZE box = cxCheckBox1.PreferredSize();
+    placeRow(EdBackupPath.Handle(), width, scale_(TTextField::kHeight));
+    placeRow(cxCheckBox1.Handle(), box.cx, box.cy);
+    placeRow(cxTextEdit1.Handle(), width, scale_(TTextField::kHeight));
+    placeRow(cxTextEdit2.Handle(), width, scale_(TTextField::kHeight));
+    if (!notice_.empty()) {
+        RECT area{0, 0, width, 0};
+        const TScreenContext screen;
+        const TSelection selection(screen.Get(), font_.Get());
+        DrawTextW(screen.Get(), notice_.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+        placeRow(noticeLine_, width, area.bottom);
+    }
+    top += scale_(kMargin) - gap;
+    place(cxGrid.Handle(), left, top, width, std::max<int>(0, client.bottom - top - left));
+}
+
+void TfmConfig::ShowNotice(std::wstring notice) {
+    if (notice == notice_) {
+        return;
+    }
+    notice_ = std::move(notice);
+    SetWindowTextW(noticeLine_, notice_.c_str());
+    ShowWindow(noticeLine_, notice_.empty() ? SW_HIDE : SW_SHOWNA);
+    Layout();
+    if (!notice_.empty()) {
+        NotifyWinEvent(EVENT_SYSTEM_ALERT, noticeLine_, OBJID_CLIENT, CHILDID_SELF);
+    }
+}
+
+SIZE TfmConfig::ClientSize(int width, int height) const {
+    return WindowSizeOfClient({scale_(width), scale_(height)}, kStyle, kExtendedStyle, scale_);
+}
+
+void TfmConfig::CentreOn(HWND owner) {
+    const HWND around = owner != nullptr && !IsIconic(owner) ? owner : nullptr;
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY), &monitor);
+    RECT middle = monitor.rcWork;
+    if (around != nullptr) {
+        GetWindowRect(around, &middle);
+    }
+    const SIZE wanted = ClientSize(kClientWidth, kClientHeight);
+    const RECT& work = monitor.rcWork;
+    const LONG width = std::min(wanted.cx, work.right - work.left);
+    const LONG height = std::min(wanted.cy, work.bottom - work.top);
+    const LONG left = std::clamp((middle.left + middle.right - width) / 2, work.left, work.right - width);
+    const LONG top = std::clamp((middle.top + middle.bottom - height) / 2, work.top, work.bottom - height);
+    SetWindowPos(Handle(), HWND_TOPMOST, left, top, width, height, SWP_NOACTIVATE);
+}
+
+void TfmConfig::Paint() {
+    const TPaintContext paint(Handle());
+    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+}
+
+// The system gives the focus to the window itself when it comes back, not to the control that had it.
+void TfmConfig::Activated(bool active) {
+    if (!active) {
+        lastFocus_ = GetFocus();
+        return;
+    }
+    HWND target = lastFocus_;
+    if (target == nullptr || !IsChild(Handle(), target)) {
+        target = EdBackupPath.Edit();
+    } else if (!IsWindowVisible(target)) {
+        target = cxGrid.Handle();  // the editor of a cell, closed since
+    }
+    SetFocus(target);
+}
+
+void TfmConfig::ScaleChanged(TScale scale, const RECT& suggestedArea) {
+    UseScale(scale);
+    SetWindowPos(Handle(), nullptr, suggestedArea.left, suggestedArea.top,
+                 suggestedArea.right - suggestedArea.left, suggestedArea.bottom - suggestedArea.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
+    switch (message) {
+        case WM_CLOSE:
+            Close();
+            return 0;
+        case WM_DESTROY:
+            CloseWithoutQuestion();
+            return 0;
+        case WM_ENDSESSION:
+            if (wordParameter != FALSE) {
+                CloseWithoutQuestion();
+            }
+            return 0;
+        case WM_SIZE:
+            if (cxGrid.Exists()) {
+                Layout();
+            }
+            return 0;
+        case WM_GETMINMAXINFO: {
+            const SIZE size = ClientSize(kMinimumWidth, kMinimumHeight);
+            reinterpret_cast<MINMAXINFO*>(longParameter)->ptMinTrackSize = {size.cx, size.cy};
+            return 0;
+        }
+        case WM_DPICHANGED:
+            ScaleChanged(TScale(LOWORD(wordParameter)), *reinterpret_cast<const RECT*>(longParameter));
+            return 0;
+        case WM_ACTIVATE:
+            if (open_) {
+                Activated(LOWORD(wordParameter) != WA_INACTIVE);
+            }
+            return 0;
+        case WM_COMMAND:
+            if (reinterpret_cast<HWND>(longParameter) == cxCheckBox1.Handle() &&
+                HIWORD(wordParameter) == BN_CLICKED) {
+                known_.CONNECT = true;
+            } else if (LOWORD(wordParameter) == IDOK && longParameter == 0) {
+                // The Enter key presses the button that has the focus.
+                SendMessageW(GetFocus(), BM_CLICK, 0, 0);
+            }
+            return 0;
+        case WM_CTLCOLORSTATIC: {
+            const HDC context = reinterpret_cast<HDC>(wordParameter);
+            SetTextColor(context, ColorRefOf(InfoStyle.text));
+            SetBkColor(context, ColorRefOf(Theme::WindowGround));
+            SetDCBrushColor(context, ColorRefOf(Theme::WindowGround));
+            return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
+        }
+        case WM_PAINT:
+            Paint();
+            return 0;
+        case WM_ERASEBKGND:
+            return TRUE;
+        default:
+            return std::nullopt;
+    }
+}

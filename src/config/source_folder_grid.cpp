@@ -1,0 +1,160 @@
+#include "config/source_folder_grid.h"
+
+#include <stdexcept>
+
+#include "support/text.h"
+
+namespace {
+
+constexpr std::size_t Number(TSourceFolderColumn column) {
+    return static_cast<std::size_t>(column);
+}
+
+using TText = std::optional<std::wstring> SourceFolderRow::*;
+using TFlag = std::optional<bool> SourceFolderRow::*;
+
+// The field that a column shows; null when it is of the other kind.
+TText TextField(std::size_t column) {
+    switch (static_cast<TSourceFolderColumn>(column)) {
+        case TSourceFolderColumn::Directory:
+            return &SourceFolderRow::Directory;
+        case TSourceFolderColumn::Extensions:
+            return &SourceFolderRow::Extensions;
+        case TSourceFolderColumn::ExtensionMode:
+            return &SourceFolderRow::ExtensionMode;
+        default:
+            return nullptr;
+    }
+}
+
+TFlag FlagField(std::size_t column) {
+    switch (static_cast<TSourceFolderColumn>(column)) {
+        case TSourceFolderColumn::Aktive:
+            return &SourceFolderRow::Aktive;
+        case TSourceFolderColumn::History:
+            return &SourceFolderRow::History;
+        case TSourceFolderColumn::Rekursiv:
+            return &SourceFolderRow::Rekursiv;
+        case TSourceFolderColumn::Hidden:
+            return &SourceFolderRow::Hidden;
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+std::vector<TGridColumn> SourceFolderColumns() {
+    return {
+        {L"cxGridDBTvAktive", L"Aktiv", TGridEditor::CheckBox, 47, 0, {}},
+        {L"cxGridDBTvHistory", L"History", TGridEditor::CheckBox, 59, 0, {}},
+        {L"cxGridDBTvDirectory", L"Ordner", TGridEditor::ButtonText, 243, kDirectoryLength, {}},
+        {L"cxGridDBTvRekursiv", L"Unterordner", TGridEditor::CheckBox, 95, 0, {}},
+        {L"cxGridDBTvHidden", L"Unsichtbare", TGridEditor::CheckBox, 94, 0, {}},
+        {L"cxGridDBTvExtensions", L"Dateityp", TGridEditor::MultiLineText, 76, kExtensionsLength, {}},
+        {L"cxGridDBTvExtensionMode",
+         L"Modus",
+         TGridEditor::RadioGroup,
+         72,
+         kExtensionModeLength,
+         {{L"Aus", L"NO"}, {L"Einschließen", L"IN"}, {L"Ausschließen", L"EX"}}},
+    };
+}
+
+std::size_t TSourceFolderGrid::RowCount() const {
+    return table_.RecordCount() + (table_.InsertPosition() ? 1 : 0);
+}
+
+std::optional<std::size_t> TSourceFolderGrid::CurrentRow() const {
+    if (const std::optional<std::size_t> inserted = table_.InsertPosition()) {
+        return inserted;
+    }
+    return table_.IsEmpty() ? std::nullopt : std::optional(table_.RowNumber());
+}
+
+const SourceFolderRow& TSourceFolderGrid::Shown(std::size_t row) const {
+    if (row == CurrentRow()) {
+        return table_.Current();
+    }
+    const std::optional<std::size_t> inserted = table_.InsertPosition();
+    return table_.Rows()[inserted && row > *inserted ? row - 1 : row];
+}
+
+std::uint64_t TSourceFolderGrid::RowKey(std::size_t row) const {
+    const std::optional<std::size_t> inserted = table_.InsertPosition();
+    if (row == inserted) {
+        return 0;
+    }
+    return table_.RecId(inserted && row > *inserted ? row - 1 : row);
+}
+
+void TSourceFolderGrid::MoveTo(std::size_t row) {
+    if (PostEdit()) {
+        table_.MoveTo(row);
+    }
+}
+
+std::wstring TSourceFolderGrid::Text(std::size_t row, std::size_t column) const {
+    const TText field = TextField(column);
+    return field != nullptr ? (Shown(row).*field).value_or(L"") : std::wstring();
+}
+
+bool TSourceFolderGrid::Checked(std::size_t row, std::size_t column) const {
+    const TFlag field = FlagField(column);
+    return field != nullptr && (Shown(row).*field).value_or(false);
+}
+
+void TSourceFolderGrid::SetText(std::size_t column, const std::wstring& text) {
+    if (const TText field = TextField(column)) {
+        Change([&](SourceFolderRow& row) { row.*field = text; });
+    }
+}
+
+void TSourceFolderGrid::SetChecked(std::size_t column, bool checked) {
+    if (const TFlag field = FlagField(column)) {
+        Change([&](SourceFolderRow& row) { row.*field = checked; });
+    }
+}
+
+void TSourceFolderGrid::Change(const std::function<void(SourceFolderRow&)>& change) {
+    if (CurrentRow()) {
+        table_.Edit();
+        change(table_.Working());
+        PostEdit();
+    }
+}
+
+bool TSourceFolderGrid::PostEdit() {
+    try {
+        table_.Post();
+        return true;
+    } catch (const std::length_error& error) {
+        table_.Cancel();
+        if (onProblem) {
+            onProblem(FromUtf8Lossy(error.what()));
+        }
+        return false;
+    }
+}
+
+void TSourceFolderGrid::PressButton(std::size_t column) {
+    if (column == Number(TSourceFolderColumn::Directory) && onButtonClick) {
+        onButtonClick();
+    }
+}
+
+void TSourceFolderGrid::AskDeleteRow() {
+    const std::optional<std::size_t> row = CurrentRow();
+    if (!row || !onDeleting) {
+        return;
+    }
+    const std::uint64_t key = RowKey(*row);
+    // Messages are handled while the user is asked.
+    if (onDeleting(Shown(*row).Directory.value_or(L"")) && CurrentRow() == row && RowKey(*row) == key) {
+        table_.Delete();
+    }
+}
+
+void TSourceFolderGrid::SetChangeHandler(std::function<void()> handler) {
+    table_.SetChangeHandler(std::move(handler));
+}

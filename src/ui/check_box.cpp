@@ -1,0 +1,91 @@
+#include "ui/check_box.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "ui/device_context.h"
+#include "ui/mark_painter.h"
+#include "ui/window.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+// At a scale of 100 %.
+constexpr int kGap = 8;
+constexpr int kPadding = 3;
+
+}  // namespace
+
+bool TCheckBox::CreateIn(HWND parent, const std::wstring& caption, TScale scale, HFONT font) {
+    caption_ = caption;
+    scale_ = scale;
+    font_ = font;
+    handle_ =
+        CreateWindowExW(0, L"BUTTON", caption.c_str(), WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_AUTOCHECKBOX,
+                        0, 0, 0, 0, parent, nullptr, GetModuleHandleW(nullptr), nullptr);
+    return handle_ != nullptr &&
+           SetWindowSubclass(handle_, &TCheckBox::Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
+}
+
+void TCheckBox::SetScale(TScale scale, HFONT font) {
+    scale_ = scale;
+    font_ = font;
+    InvalidateRect(handle_, nullptr, FALSE);
+}
+
+void TCheckBox::SetChecked(bool checked) {
+    SendMessageW(handle_, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+SIZE TCheckBox::PreferredSize() const {
+    const TScreenContext screen;
+    const TSelection selection(screen.Get(), font_);
+    SIZE size{};
+    GetTextExtentPoint32W(screen.Get(), caption_.c_str(), static_cast<int>(caption_.size()), &size);
+    return {size.cx + scale_(kMarkSize + kGap + 2 * kPadding), size.cy + scale_(2 * kPadding)};
+}
+
+void TCheckBox::Paint() const {
+    const TPaintContext paint(handle_);
+    RECT area = paint.Client();
+    FillArea(paint.Get(), area, Theme::WindowGround);
+    if (GetFocus() == handle_) {
+        FrameArea(paint.Get(), area, Theme::Accent, std::max(1, scale_(1)));
+    }
+    area.left += scale_(kPadding);
+    RECT mark = area;
+    mark.right = mark.left + scale_(kMarkSize);
+    PaintMark(paint.Get(), mark, Checked() ? TMark::CheckOn : TMark::CheckOff, scale_, Theme::WindowGround);
+    area.left = mark.right + scale_(kGap);
+    const TSelection selection(paint.Get(), font_);
+    SetBkMode(paint.Get(), TRANSPARENT);
+    SetTextColor(paint.Get(), ColorRefOf(Theme::Text));
+    DrawTextW(paint.Get(), caption_.c_str(), -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+}
+
+LRESULT CALLBACK TCheckBox::Procedure(HWND handle, UINT message, WPARAM wordParameter, LPARAM longParameter,
+                                      UINT_PTR id, DWORD_PTR data) {
+    auto* box = reinterpret_cast<TCheckBox*>(data);
+    switch (message) {
+        case WM_PAINT:
+            RunGuarded([box] { box->Paint(); });
+            return 0;
+        case WM_ERASEBKGND:
+            return TRUE;
+        case WM_NCDESTROY:
+            RemoveWindowSubclass(handle, &TCheckBox::Procedure, id);
+            box->handle_ = nullptr;
+            break;
+        default:
+            break;
+    }
+    const LRESULT result = DefSubclassProc(handle, message, wordParameter, longParameter);
+    // After these the control draws itself, past WM_PAINT.
+    if (message == BM_SETCHECK || message == BM_SETSTATE || message == WM_SETFOCUS ||
+        message == WM_KILLFOCUS || message == WM_ENABLE) {
+        InvalidateRect(handle, nullptr, FALSE);
+        UpdateWindow(handle);
+    }
+    return result;
+}

@@ -1,0 +1,161 @@
+#include "ui/text_field.h"
+
+#include <algorithm>
+
+#include "ui/device_context.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+// Sizes at a scale of 100 %.
+constexpr int kPadding = 6;
+constexpr int kButtonWidth = 26;
+constexpr int kLabelGap = 8;
+constexpr int kLabelWidth = 220;
+
+HWND CreateChild(HWND parent, const wchar_t* className, const std::wstring& text, DWORD style) {
+    return CreateWindowExW(0, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, parent,
+                           nullptr, GetModuleHandleW(nullptr), nullptr);
+}
+
+}  // namespace
+
+bool TTextField::CreateIn(HWND parent, TProperties properties, int width, TScale scale, HFONT font) {
+    properties_ = std::move(properties);
+    width_ = width;
+    TCreateOptions options;
+    options.className = L"VardekoTextField";
+    options.style = WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN;
+    options.extendedStyle = WS_EX_CONTROLPARENT;
+    options.parent = parent;
+    options.left = options.top = options.width = options.height = 0;
+    if (!Create(options)) {
+        return false;
+    }
+    // Before the field: a screen reader takes the text before a field for its name.
+    label_ = CreateChild(Handle(), L"STATIC", properties_.label, SS_NOPREFIX | SS_CENTERIMAGE);
+    edit_ = CreateChild(Handle(), L"EDIT", L"",
+                        WS_TABSTOP | ES_AUTOHSCROLL | (properties_.masked ? ES_PASSWORD : 0));
+    if (!properties_.buttonName.empty()) {
+        button_ = CreateChild(Handle(), L"BUTTON", properties_.buttonName, WS_TABSTOP | BS_OWNERDRAW);
+    }
+    SetScale(scale, font);
+    return label_ != nullptr && edit_ != nullptr;
+}
+
+void TTextField::SetScale(TScale scale, HFONT font) {
+    scale_ = scale;
+    font_ = font;
+    for (const HWND control : {label_, edit_}) {
+        SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    }
+    SendMessageW(edit_, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
+    Place();
+}
+
+void TTextField::Place() {
+    const int height = scale_(kHeight);
+    const int width = scale_(width_);
+    const int padding = scale_(kPadding);
+    const int line = std::min(TextHeight(font_), height - 2);
+    const int button = button_ != nullptr ? scale_(kButtonWidth) : 0;
+    const auto move = [](HWND control, int left, int top, int right, int bottom) {
+        SetWindowPos(control, nullptr, left, top, right - left, bottom - top, SWP_NOZORDER | SWP_NOACTIVATE);
+    };
+    SetWindowPos(Handle(), nullptr, 0, 0, width + scale_(kLabelGap + kLabelWidth), height,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    const int top = (height - line) / 2;
+    move(edit_, padding, top, width - padding - button, top + line);
+    move(label_, width + scale_(kLabelGap), 0, width + scale_(kLabelGap + kLabelWidth), height);
+    if (button_ != nullptr) {
+        move(button_, width - button, 0, width, height);
+    }
+    InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+void TTextField::ReadText(std::wstring& text) const {
+    text.resize(static_cast<std::size_t>(GetWindowTextLengthW(edit_)) + 1);
+    text.resize(static_cast<std::size_t>(GetWindowTextW(edit_, text.data(), static_cast<int>(text.size()))));
+}
+
+std::wstring TTextField::Text() const {
+    std::wstring text;
+    ReadText(text);
+    return text;
+}
+
+void TTextField::SetText(const std::wstring& text) {
+    settingText_ = true;
+    SetWindowTextW(edit_, text.c_str());
+    settingText_ = false;
+    SendMessageW(edit_, EM_EMPTYUNDOBUFFER, 0, 0);
+}
+
+void TTextField::Paint() {
+    const TPaintContext paint(Handle());
+    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    const RECT frame{0, 0, scale_(width_), scale_(kHeight)};
+    FillArea(paint.Get(), frame, Theme::ControlGround);
+    FrameArea(paint.Get(), frame, GetFocus() == edit_ ? Theme::Accent : Theme::Border,
+              std::max(1, scale_(1)));
+}
+
+void TTextField::DrawButton(const DRAWITEMSTRUCT& draw) const {
+    const bool focused = (draw.itemState & ODS_FOCUS) != 0;
+    const int line = std::max(1, scale_(1));
+    FillArea(draw.hDC, draw.rcItem,
+             (draw.itemState & ODS_SELECTED) != 0 ? Theme::Pressed : Theme::HeaderGround);
+    FrameArea(draw.hDC, draw.rcItem, focused ? Theme::Accent : Theme::Border, focused ? 2 * line : line);
+    const int dot = std::max(1, scale_(2));
+    const LONG left = (draw.rcItem.right - dot) / 2;
+    const LONG top = (draw.rcItem.bottom - dot) / 2;
+    for (const int offset : {-2 * dot, 0, 2 * dot}) {
+        FillArea(draw.hDC, {left + offset, top, left + offset + dot, top + dot}, Theme::Text);
+    }
+}
+
+void TTextField::Command(HWND control, UINT notification) {
+    if (control == button_ && notification == BN_CLICKED) {
+        if (properties_.buttonClick) {
+            properties_.buttonClick();
+        }
+    } else if (control == edit_ && notification == EN_CHANGE) {
+        if (!settingText_ && properties_.changed) {
+            properties_.changed();
+        }
+    } else if (control == edit_ && (notification == EN_SETFOCUS || notification == EN_KILLFOCUS)) {
+        InvalidateRect(Handle(), nullptr, FALSE);
+    }
+}
+
+std::optional<LRESULT> TTextField::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
+    const auto colours = [&](TColour text, TColour ground) {
+        const HDC context = reinterpret_cast<HDC>(wordParameter);
+        SetTextColor(context, ColorRefOf(text));
+        SetBkColor(context, ColorRefOf(ground));
+        SetDCBrushColor(context, ColorRefOf(ground));
+        return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
+    };
+    switch (message) {
+        case WM_PAINT:
+            Paint();
+            return 0;
+        case WM_ERASEBKGND:
+            return TRUE;
+        case WM_CTLCOLOREDIT:
+            return colours(Theme::Text, Theme::ControlGround);
+        case WM_CTLCOLORSTATIC:
+            return colours(Theme::DimText, Theme::WindowGround);
+        case WM_DRAWITEM:
+            DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
+            return TRUE;
+        case WM_COMMAND:
+            Command(reinterpret_cast<HWND>(longParameter), HIWORD(wordParameter));
+            return 0;
+        case WM_LBUTTONDOWN:
+            SetFocus(edit_);
+            return 0;
+        default:
+            return std::nullopt;
+    }
+}

@@ -1,0 +1,434 @@
+#include "config/config_window.h"
+
+#include <gmock/gmock.h>
+#include <oleacc.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "config/config_window_driver.h"
+#include "config/credential_protection.h"
+#include "support/system_code_page.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::string FileBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteBytes(const std::filesystem::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string Bytes(std::wstring_view text) {
+    return ToUtf8(text);
+}
+
+// Nothing can be opened.
+HANDLE WINAPI RefuseCreateFile(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI RefuseMoveFile(LPCWSTR, LPCWSTR, DWORD) {
+    SetLastError(ERROR_SHARING_VIOLATION);
+    return FALSE;
+}
+
+class ConfigWindow : public TConfigWindowDriver {
+protected:
+    // The settings file with protected credentials.
+    std::string Ini(const std::string& destination, const std::string& connect, std::wstring_view user,
+                    std::wstring_view password) {
+        return "[CONFIG]\r\nNASDIR=" + destination + "\r\nCONNECT=" + connect +
+               "\r\nUSER=" + Bytes(Protect(user)) + "\r\nPASS=" + Bytes(Protect(password)) + "\r\n";
+    }
+};
+
+TEST_F(ConfigWindow, ShowsTheSettingsAndWritesThemBackAsTheyWere) {
+    WriteBytes(iniPath, Ini("D:\\Backup", "1", L"gast", L"geheim") + "; eigenes\r\n[Fremd]\r\nx = 1\r\n");
+    const std::string before = FileBytes(iniPath);
+    Open();
+    EXPECT_EQ(window.EdBackupPath.Text(), L"D:\\Backup");
+    EXPECT_TRUE(window.cxCheckBox1.Checked());
+    EXPECT_EQ(window.cxTextEdit1.Text(), L"gast");
+    EXPECT_EQ(window.cxTextEdit2.Text(), L"geheim");
+    EXPECT_EQ(window.Notice(), L"");
+    EXPECT_TRUE(window.Close());
+    EXPECT_EQ(FileBytes(iniPath), before);
+    EXPECT_EQ(window.cxTextEdit2.Text(), L"") << "a hidden window keeps no password";
+    EXPECT_FALSE(table.Modified());
+}
+
+TEST_F(ConfigWindow, AMissingFileGivesDefaultsAndIsWritten) {
+    Open();
+    EXPECT_EQ(window.EdBackupPath.Text(), L"");
+    EXPECT_FALSE(window.cxCheckBox1.Checked());
+    EXPECT_TRUE(window.Close());
+    EXPECT_EQ(FileBytes(iniPath), "[CONFIG]\r\nNASDIR=\r\nCONNECT=0\r\nUSER=\r\nPASS=\r\n");
+}
+
+TEST_F(ConfigWindow, WhatIsTypedIsSavedWithoutLeavingTheField) {
+    Open();
+    Type(L"E:\\Sicherung");
+    EXPECT_EQ(GetFocus(), window.EdBackupPath.Edit());
+    Click(window.cxCheckBox1.Handle());
+    SetFocus(window.cxTextEdit1.Edit());
+    Type(L"gast");
+    SetFocus(window.cxTextEdit2.Edit());
+    Type(L"geheim");
+    SendMessageW(window.Handle(), WM_CLOSE, 0, 0);
+    EXPECT_FALSE(window.IsOpen());
+    EXPECT_EQ(FileBytes(iniPath), Ini("E:\\Sicherung", "1", L"gast", L"geheim"));
+
+    Open();
+    EXPECT_EQ(window.EdBackupPath.Text(), L"E:\\Sicherung");
+    EXPECT_EQ(window.cxTextEdit2.Text(), L"geheim");
+    Press(VK_END);
+    Type(L"2");
+    window.acClose.Execute();
+    EXPECT_FALSE(window.IsOpen());
+    EXPECT_THAT(FileBytes(iniPath), HasSubstr("NASDIR=E:\\Sicherung2\r\n"));
+}
+
+TEST_F(ConfigWindow, FilesWrittenByHandAreReadAndKeepTheirShape) {
+    const std::wstring text =
+        L"; von Hand\r\n[config]\r\n nasdir =  D:\\Büro \r\nConnect= 1\r\nuser=\r\nPass=\r\n";
+    const std::string utf16(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
+    const std::string plain = *TSystemCodePage().Encode(text);
+    for (const std::string& bytes : {plain, "\xEF\xBB\xBF" + ToUtf8(text), "\xFF\xFE" + utf16}) {
+        WriteBytes(iniPath, bytes);
+        Open();
+        EXPECT_EQ(window.EdBackupPath.Text(), L"D:\\Büro");
+        EXPECT_TRUE(window.cxCheckBox1.Checked());
+        EXPECT_TRUE(window.Close());
+        const std::string after = FileBytes(iniPath);
+        EXPECT_EQ(after.substr(0, 3), bytes.substr(0, 3));
+        Open();
+        EXPECT_EQ(window.EdBackupPath.Text(), L"D:\\Büro");
+        EXPECT_TRUE(window.Close());
+        EXPECT_EQ(FileBytes(iniPath), after);
+    }
+}
+
+TEST_F(ConfigWindow, ADestinationOutsideTheCodePageSurvives) {
+    Open();
+    Type(L"\\\\nas\\日本");
+    EXPECT_TRUE(window.Close());
+    Open();
+    EXPECT_EQ(window.EdBackupPath.Text(), L"\\\\nas\\日本");
+    EXPECT_TRUE(window.Close());
+}
+
+TEST_F(ConfigWindow, CredentialsThatDoNotDecryptStayUntilTheyAreChanged) {
+    WriteBytes(iniPath, "[CONFIG]\r\nNASDIR=D:\\B\r\nCONNECT=1\r\nUSER=kaputt\r\nPASS=AAAA\r\n");
+    const std::string before = FileBytes(iniPath);
+    Open();
+    EXPECT_EQ(window.cxTextEdit1.Text(), L"");
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("entschlüsselt"));
+    EXPECT_TRUE(window.Close());
+    EXPECT_EQ(FileBytes(iniPath), before);
+
+    Open();
+    SetFocus(window.cxTextEdit1.Edit());
+    Type(L"neu");
+    EXPECT_TRUE(window.Close());
+    const std::string after = FileBytes(iniPath);
+    EXPECT_THAT(after, HasSubstr("USER=" + Bytes(Protect(L"neu"))));
+    EXPECT_THAT(after, HasSubstr("PASS=AAAA"));
+    Open();
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("Das gespeicherte Passwort"));
+    EXPECT_TRUE(window.Close());
+}
+
+TEST_F(ConfigWindow, AFileThatCannotBeReadIsNotOverwritten) {
+    WriteBytes(iniPath, Ini("D:\\Backup", "1", L"gast", L"geheim"));
+    const std::string before = FileBytes(iniPath);
+    calls.CreateFileW = &RefuseCreateFile;
+    Open();
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("NASConf.ini"));
+    // The file comes back while the window is open; only what the user entered goes into it.
+    calls.CreateFileW = SystemPlatformCalls().CreateFileW;
+    SetFocus(window.cxTextEdit1.Edit());
+    Type(L"neu");
+    EXPECT_TRUE(window.Close());
+    EXPECT_EQ(FileBytes(iniPath), Ini("D:\\Backup", "1", L"neu", L"geheim"));
+}
+
+TEST_F(ConfigWindow, AFailedSaveIsToldAndNothingIsLost) {
+    WriteBytes(iniPath, Ini("D:\\Backup", "0", L"", L""));
+    const std::string before = FileBytes(iniPath);
+    Open();
+    Type(L"E:");
+    calls.MoveFileExW = &RefuseMoveFile;
+    answer = false;
+    EXPECT_FALSE(window.Close());
+    EXPECT_THAT(Bytes(question), HasSubstr("NASConf.ini"));
+    EXPECT_TRUE(window.IsOpen());
+    EXPECT_THAT(Bytes(window.EdBackupPath.Text()), HasSubstr("E:"));
+    EXPECT_EQ(FileBytes(iniPath), before);
+    calls.MoveFileExW = SystemPlatformCalls().MoveFileExW;
+    EXPECT_TRUE(window.Close());
+    EXPECT_NE(FileBytes(iniPath), before);
+}
+
+TEST_F(ConfigWindow, EndingTheProgramSavesWithoutAQuestion) {
+    Open();
+    Type(L"E:\\Ende");
+    FocusCell(0, kDirectory);
+    Press(VK_F2);
+    Type(L"C:\\Ende");
+    DestroyWindow(owner);
+    EXPECT_FALSE(window.IsOpen());
+    EXPECT_EQ(question, L"");
+    EXPECT_THAT(FileBytes(iniPath), HasSubstr("NASDIR=E:\\Ende\r\n"));
+    EXPECT_EQ(table.Rows()[0].Directory, L"C:\\Ende");
+}
+
+TEST_F(ConfigWindow, EveryKindOfCellIsEditedByKeyboard) {
+    Open();
+    const SourceFolderRow before = table.Rows()[1];
+    FocusCell(1, kAktive);
+    Type(L" ");
+    EXPECT_EQ(table.Rows()[1].Aktive, !before.Aktive.value());
+
+    FocusCell(1, kDirectory);
+    Press(VK_F2);
+    Press(VK_END);
+    Type(L"\\Unten");
+    Press(VK_RETURN);
+    EXPECT_EQ(table.Rows()[1].Directory, *before.Directory + L"\\Unten");
+    Type(L"D:\\Neu");
+    Press(VK_DOWN);
+    EXPECT_EQ(table.Rows()[1].Directory, L"D:\\Neu");
+    EXPECT_EQ(table.RowNumber(), 2u);
+    Press(VK_UP);
+
+    FocusCell(1, kExtensions);
+    Type(L".txt");
+    Press(VK_ESCAPE);
+    EXPECT_EQ(table.Rows()[1].Extensions, before.Extensions);
+    Type(L".txt,");
+    Type(L"\n.log");
+    Press(VK_RETURN);
+    EXPECT_EQ(table.Rows()[1].Extensions, L".txt,\r\n.log");
+
+    FocusCell(1, kMode);
+    Type(L" ");
+    Press(VK_DOWN);
+    Press(VK_DOWN);
+    Press(VK_RETURN);
+    EXPECT_EQ(table.Rows()[1].ExtensionMode, L"EX");
+    EXPECT_EQ(window.cxGrid.CellCaption(1, kMode), L"Ausschließen");
+    EXPECT_EQ(table.State(), TSourceFolderTable::TState::Browse);
+    EXPECT_TRUE(table.Modified());
+
+    EXPECT_TRUE(window.Close());
+    Open();
+    EXPECT_EQ(table.Rows()[1].Directory, L"D:\\Neu");
+    EXPECT_EQ(window.cxGrid.CellCaption(1, kExtensions), L".txt,\r\n.log");
+    EXPECT_TRUE(window.Close());
+}
+
+TEST_F(ConfigWindow, CellsAreEditedByMouse) {
+    Open();
+    const bool hidden = table.Rows()[2].Hidden.value();
+    ClickCell(2, kHidden);
+    EXPECT_EQ(table.Rows()[2].Hidden, !hidden);
+    EXPECT_EQ(table.RowNumber(), 2u) << "the grid's row is the table's";
+    ClickCell(2, kMode);
+    ClickCell(2, kMode);
+    ASSERT_TRUE(window.cxGrid.Editing());
+    // The middle choice of the panel.
+    RECT panel{};
+    GetClientRect(window.cxGrid.EditorHandle(), &panel);
+    ClickAt(window.cxGrid.EditorHandle(), 10, panel.bottom / 2);
+    EXPECT_FALSE(window.cxGrid.Editing());
+    EXPECT_EQ(table.Rows()[2].ExtensionMode, L"IN");
+}
+
+TEST_F(ConfigWindow, AnOpenEditIsKeptWhateverTakesTheFocus) {
+    Open();
+    const std::vector<std::pair<std::wstring, std::function<void()>>> ways{
+        {L"C:\\Feld", [&] { SetFocus(window.EdBackupPath.Edit()); }},
+        {L"C:\\Anderes", [&] { SetFocus(owner); }},
+        {L"C:\\Breite",
+         [&] {
+             SendMessageW(window.Handle(), WM_SIZE, 0, 0);
+             SetFocus(owner);
+         }},
+        {L"C:\\Knopf", [&] { window.acClose.Execute(); }}};
+    for (const auto& [text, leave] : ways) {
+        FocusCell(0, kDirectory);
+        Press(VK_F2);
+        Type(text);
+        leave();
+        EXPECT_EQ(table.Rows()[0].Directory, text);
+    }
+    EXPECT_FALSE(window.IsOpen());
+}
+
+TEST_F(ConfigWindow, FoldersAreInsertedAtTheEnd) {
+    Open();
+    picked = std::nullopt;
+    window.acGetDirectory.Execute();
+    EXPECT_EQ(table.RecordCount(), 3u);
+    EXPECT_FALSE(table.Modified());
+    EXPECT_EQ(pickerTitle, L"Select Directory to copy...");
+    EXPECT_EQ(pickerStart, L"");
+
+    picked = L"C:\\gibt es nicht";
+    window.acGetDirectory.Execute();
+    EXPECT_EQ(table.RecordCount(), 3u);
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("nicht vorhanden"));
+
+    picked = L"C:\\windows";
+    window.acGetDirectory.Execute();
+    ASSERT_EQ(table.RecordCount(), 4u);
+    EXPECT_EQ(table.Rows()[3],
+              (SourceFolderRow{true, L"C:\\windows", true, L".pdf,.docx,.xlsx,.jpg", L"NO", false, false}));
+    EXPECT_EQ(table.RowNumber(), 3u);
+    EXPECT_EQ(window.Notice(), L"");
+}
+
+TEST_F(ConfigWindow, TheEllipsisButtonsStartWhereTheFieldPoints) {
+    Open();
+    picked = L"C:\\windows";
+    FocusCell(1, kDirectory);
+    const std::wstring before = *table.Rows()[1].Directory;
+    Press(VK_F4);
+    EXPECT_EQ(pickerStart, before);
+    EXPECT_EQ(table.Rows()[1].Directory, L"C:\\windows");
+
+    window.EdBackupPath.SetText(L"D:\\Ziel");
+    Click(window.EdBackupPath.Button());
+    EXPECT_EQ(pickerStart, L"D:\\Ziel");
+    EXPECT_EQ(window.EdBackupPath.Text(), L"C:\\windows");
+    EXPECT_FALSE(std::filesystem::exists(iniPath)) << "saved on closing only";
+}
+
+TEST_F(ConfigWindow, ARowGoesOnlyAfterAQuestion) {
+    Open();
+    FocusCell(1, kMode);
+    answer = false;
+    Press(VK_DELETE);
+    EXPECT_EQ(table.RecordCount(), 3u);
+    EXPECT_THAT(Bytes(question), HasSubstr(Bytes(*table.Rows()[1].Directory)));
+    answer = true;
+    const std::wstring next = *table.Rows()[2].Directory;
+    Press(VK_DELETE);
+    ASSERT_EQ(table.RecordCount(), 2u);
+    EXPECT_EQ(table.Current().Directory, next);
+}
+
+TEST_F(ConfigWindow, ARowThatTheTableRefusesIsToldAndLeft) {
+    table.Assign({{true, std::wstring(300, L'x'), true, L"", L"NO", false, false}});
+    Open();
+    FocusCell(0, kAktive);
+    Type(L" ");
+    EXPECT_EQ(table.Rows()[0].Aktive, true);
+    EXPECT_EQ(table.State(), TSourceFolderTable::TState::Browse);
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("255"));
+}
+
+TEST_F(ConfigWindow, TheLayoutOfTheGridIsKept) {
+    Open();
+    window.cxGridDBTv.Move(0, 2);
+    window.cxGridDBTv.SetVisible(kHidden, false);
+    const std::wstring layout = window.cxGridDBTv.Store();
+    EXPECT_TRUE(window.Close());
+    {
+        TfmConfig second(calls, table, codePage, folder);
+        second.Show(owner);
+        EXPECT_EQ(second.cxGridDBTv.Store(), layout);
+        EXPECT_TRUE(second.Close());
+    }
+    RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Quentar\\Vardeko\\GUI\\GridStore", L"ConfigGrid",
+                    REG_BINARY, "\xFF\x01", 2);
+    TfmConfig third(calls, table, codePage, folder);
+    third.Show(owner);
+    EXPECT_EQ(third.cxGridDBTv.Store(), TGridColumns(SourceFolderColumns()).Store());
+    EXPECT_EQ(third.Notice(), L"");
+}
+
+TEST_F(ConfigWindow, ColumnsAreSizedAndMovedByMouse) {
+    Open();
+    const auto header = [&](std::size_t position) { return window.cxGrid.Layout().Header(position); };
+    const HWND grid = window.cxGrid.Handle();
+    const TGridArea first = header(0);
+    Drag(grid, {first.right, 5}, {first.right + 30, 5});
+    EXPECT_EQ(header(0).Width(), first.Width() + 30);
+    EXPECT_EQ(window.cxGridDBTv.Visible()[0], kAktive);
+    Drag(grid, {header(0).left + 10, 5}, {header(2).left + 10, 5});
+    EXPECT_THAT(window.cxGridDBTv.Visible(), ElementsAre(1, 2, 0, 3, 4, 5, 6));
+}
+
+TEST_F(ConfigWindow, TheTabKeyReachesEverythingAndGetsOut) {
+    Open();
+    std::vector<HWND> visited;
+    for (int step = 0; step < 6; ++step) {
+        visited.push_back(GetFocus());
+        PressForReal(VK_TAB);
+    }
+    EXPECT_THAT(visited, ElementsAre(window.EdBackupPath.Edit(), window.EdBackupPath.Button(),
+                                     window.cxCheckBox1.Handle(), window.cxTextEdit1.Edit(),
+                                     window.cxTextEdit2.Edit(), window.cxGrid.Handle()));
+    for (int step = 0; step < 5; ++step) {
+        PressForReal(VK_TAB);
+    }
+    EXPECT_EQ(GetFocus(), window.cxGrid.Handle());
+    EXPECT_EQ(window.cxGrid.FocusedColumn(), kMode);
+    PressForReal(VK_TAB);
+    EXPECT_NE(GetFocus(), window.cxGrid.Handle());
+}
+
+TEST_F(ConfigWindow, AScreenReaderHearsColumnAndValue) {
+    Open();
+    FocusCell(1, kMode);
+    IAccessible* grid = nullptr;
+    ASSERT_EQ(AccessibleObjectFromWindow(window.cxGrid.Handle(), static_cast<DWORD>(OBJID_CLIENT),
+                                         IID_IAccessible, reinterpret_cast<void**>(&grid)),
+              S_OK);
+    VARIANT cell{};
+    ASSERT_EQ(grid->get_accFocus(&cell), S_OK);
+    EXPECT_EQ(cell.lVal, 14);
+    const auto text = [&](HRESULT (STDMETHODCALLTYPE IAccessible::*get)(VARIANT, BSTR*)) {
+        BSTR answered = nullptr;
+        EXPECT_EQ((grid->*get)(cell, &answered), S_OK);
+        const std::wstring copy = answered != nullptr ? answered : L"";
+        SysFreeString(answered);
+        return copy;
+    };
+    EXPECT_EQ(text(&IAccessible::get_accName), L"Modus");
+    EXPECT_EQ(text(&IAccessible::get_accValue), L"Aus");
+    EXPECT_EQ(text(&IAccessible::get_accDescription), L"Zeile 2 von 3");
+    cell.lVal = 8;  // the check box at the beginning of the row
+    EXPECT_EQ(text(&IAccessible::get_accName), L"Aktiv");
+    VARIANT state{};
+    ASSERT_EQ(grid->get_accState(cell, &state), S_OK);
+    EXPECT_NE(state.lVal & STATE_SYSTEM_CHECKED, 0);
+    ASSERT_EQ(grid->accDoDefaultAction(cell), S_OK);
+    EXPECT_EQ(table.Rows()[1].Aktive, false);
+    cell.lVal = 22;
+    EXPECT_EQ(grid->get_accState(cell, &state), E_INVALIDARG);
+    DestroyWindow(window.Handle());
+    EXPECT_TRUE(FAILED(grid->get_accFocus(&cell))) << "the object outlives its window";
+    grid->Release();
+}
+
+TEST_F(ConfigWindow, AnotherScaleLaysEverythingOutAnew) {
+    Open();
+    const int height = window.cxGrid.Layout().Metrics().indicatorWidth;
+    RECT area{0, 0, 1400, 900};
+    SendMessageW(window.Handle(), WM_DPICHANGED, MAKEWPARAM(192, 192), reinterpret_cast<LPARAM>(&area));
+    EXPECT_EQ(window.cxGrid.Layout().Metrics().indicatorWidth, 2 * height);
+    RECT now{};
+    GetWindowRect(window.Handle(), &now);
+    EXPECT_EQ(now.right - now.left, 1400);
+}
+
+}  // namespace
