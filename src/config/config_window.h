@@ -46,6 +46,7 @@ public:
     TAction acClose;
     TAction acGetDirectory;
 
+    TToolBar dxBarManager1Bar1;
     TTextField EdBackupPath;
     TCheckBox cxCheckBox1;
     TTextField cxTextEdit1;
@@ -82,6 +83,7 @@ private:
     bool ConfirmDelete(const std::wstring& folder);
     bool Ask(const std::wstring& question);
     void Activated(bool active);
+    void PressFocusedButton();
     void ScaleChanged(TScale scale, const RECT& suggestedArea);
     void CloseWithoutQuestion();
     SIZE ClientSize(int width, int height) const;
@@ -92,7 +94,6 @@ private:
     const TCodePage& codePage_;
     const std::wstring configurationFolder_;
 
-    TToolBar dxBarManager1Bar1;
     HWND noticeLine_ = nullptr;
     std::wstring notice_;
     TScale scale_;

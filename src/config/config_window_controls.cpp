@@ -67,8 +67,11 @@ void TfmConfig::CreateControls() {
         cxCheckBox1.CreateIn(Handle(), L"Unter anderem User anmelden", scale_, font) &&
         cxTextEdit1.CreateIn(Handle(), std::move(user), kCredentialWidth, scale_, font) &&
         cxTextEdit2.CreateIn(Handle(), std::move(password), kCredentialWidth, scale_, font) &&
-        cxGrid.CreateIn(Handle(), L"Zu sichernde Ordner",
-                        L"Noch keine Ordner. „Ordner einfügen“ fügt den ersten hinzu.", scale_, font);
+        cxGrid.CreateIn(
+            Handle(),
+            {L"Zu sichernde Ordner", L"Noch keine Ordner. „Ordner einfügen“ fügt den ersten hinzu.",
+             L"Ordner aus der Liste entfernen …"},
+            scale_, font);
     noticeLine_ = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | SS_NOPREFIX, 0, 0, 0, 0, Handle(), nullptr,
                                   GetModuleHandleW(nullptr), nullptr);
     if (!created || noticeLine_ == nullptr) {
@@ -180,6 +183,14 @@ void TfmConfig::Activated(bool active) {
     SetFocus(target);
 }
 
+// What the Enter key does; check boxes and fields leave it alone.
+void TfmConfig::PressFocusedButton() {
+    const HWND focus = GetFocus();
+    if ((GetWindowLongPtrW(focus, GWL_STYLE) & BS_TYPEMASK) == BS_OWNERDRAW) {
+        SendMessageW(focus, BM_CLICK, 0, 0);
+    }
+}
+
 void TfmConfig::ScaleChanged(TScale scale, const RECT& suggestedArea) {
     UseScale(scale);
     SetWindowPos(Handle(), nullptr, suggestedArea.left, suggestedArea.top,
@@ -223,8 +234,7 @@ std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParamet
                 HIWORD(wordParameter) == BN_CLICKED) {
                 known_.CONNECT = true;
             } else if (LOWORD(wordParameter) == IDOK && longParameter == 0) {
-                // The Enter key presses the button that has the focus.
-                SendMessageW(GetFocus(), BM_CLICK, 0, 0);
+                PressFocusedButton();
             }
             return 0;
         case WM_CTLCOLORSTATIC: {

@@ -11,6 +11,24 @@ namespace {
 
 constexpr int kWheelNotch = WHEEL_DELTA;
 
+class TPopupMenu {
+public:
+    TPopupMenu() : menu_(CreatePopupMenu()) {}
+    TPopupMenu(const TPopupMenu&) = delete;
+    TPopupMenu& operator=(const TPopupMenu&) = delete;
+    ~TPopupMenu() { DestroyMenu(menu_); }
+
+    HMENU Get() const { return menu_; }
+    // The identifier of the item chosen; 0 for none.
+    std::size_t Track(HWND window, POINT screenPoint) const {
+        return static_cast<std::size_t>(TrackPopupMenu(menu_, TPM_RETURNCMD | TPM_RIGHTBUTTON, screenPoint.x,
+                                                       screenPoint.y, 0, window, nullptr));
+    }
+
+private:
+    HMENU menu_;
+};
+
 }  // namespace
 
 TGrid::TGrid(TGridColumns& columns, TGridSource& source)
@@ -21,13 +39,12 @@ TGrid::~TGrid() {
     Destroy();
 }
 
-bool TGrid::CreateIn(HWND parent, std::wstring name, std::wstring emptyText, TScale scale, HFONT font) {
-    name_ = std::move(name);
-    emptyText_ = std::move(emptyText);
+bool TGrid::CreateIn(HWND parent, TGridTexts texts, TScale scale, HFONT font) {
+    texts_ = std::move(texts);
     painter_.SetScale(scale, font);
     TCreateOptions options;
     options.className = L"VardekoGrid";
-    options.caption = name_;
+    options.caption = texts_.name;
     options.style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPCHILDREN;
     options.classStyle = CS_DBLCLKS;
     options.parent = parent;
@@ -125,13 +142,12 @@ TGridView TGrid::View() const {
             drag_ == TDrag::Header ? dropPosition_ : std::nullopt,
             dragPosition_,
             thumbHovered_ || drag_ == TDrag::Thumb,
-            emptyText_};
+            texts_.empty};
 }
 
 void TGrid::OpenEditor(std::size_t column, const std::wstring& text, bool selectAll) {
     layout_.ScrollIntoView(*source_.CurrentRow());
-    editors_.Open(columns_[column], text, selectAll);
-    editors_.Place(FocusedCellArea(), layout_.Body());
+    editors_.Open(columns_[column], text, selectAll, FocusedCellArea(), layout_.Body());
     Repaint();
 }
 
@@ -324,6 +340,48 @@ void TGrid::Wheel(int delta) {
     }
 }
 
+// A menu for the row at the point, or for the columns when it lies in the header.
+void TGrid::ShowMenu(POINT screenPoint) {
+    navigator_.TakeOver();
+    POINT point = screenPoint;
+    ScreenToClient(Handle(), &point);
+    if (screenPoint.x == -1 && screenPoint.y == -1) {  // by the keyboard
+        if (!source_.CurrentRow()) {
+            return;
+        }
+        const TGridArea cell = FocusedCellArea();
+        point = {cell.left, cell.bottom - 1};
+        screenPoint = point;
+        ClientToScreen(Handle(), &screenPoint);
+    }
+    const TGridHit hit = layout_.HitTest(point.x, point.y);
+    if (hit.part == TGridPart::Header || hit.part == TGridPart::ColumnBorder) {
+        ShowColumnMenu(screenPoint);
+    } else if (hit.part == TGridPart::Cell || hit.part == TGridPart::Indicator) {
+        source_.MoveTo(hit.row);
+        const TPopupMenu menu;
+        AppendMenuW(menu.Get(), MF_STRING, 1, (texts_.deleteRow + L"\tEntf").c_str());
+        if (menu.Track(Handle(), screenPoint) == 1) {
+            source_.AskDeleteRow();
+        }
+    }
+}
+
+void TGrid::ShowColumnMenu(POINT screenPoint) {
+    const TPopupMenu menu;
+    const auto isVisible = [this](std::size_t index) {
+        return columns_.PositionOf(index) < columns_.Visible().size();
+    };
+    for (std::size_t index = 0; index < columns_.Count(); ++index) {
+        AppendMenuW(menu.Get(), MF_STRING | (isVisible(index) ? MF_CHECKED : 0), index + 1,
+                    columns_[index].caption.c_str());
+    }
+    if (const std::size_t chosen = menu.Track(Handle(), screenPoint); chosen != 0) {
+        columns_.SetVisible(chosen - 1, !isVisible(chosen - 1));
+        ColumnsChanged();
+    }
+}
+
 bool TGrid::SetPointer() const {
     POINT point{};
     GetCursorPos(&point);
@@ -445,6 +503,9 @@ std::optional<LRESULT> TGrid::HandleMessage(UINT message, WPARAM wordParameter, 
             if (std::exchange(thumbHovered_, false)) {
                 Repaint();
             }
+            return 0;
+        case WM_CONTEXTMENU:
+            ShowMenu({GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});
             return 0;
         case WM_MOUSEWHEEL:
             Wheel(GET_WHEEL_DELTA_WPARAM(wordParameter));

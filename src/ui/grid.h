@@ -19,6 +19,12 @@
 #include "ui/grid_source.h"
 #include "ui/window.h"
 
+struct TGridTexts {
+    std::wstring name;       // what a screen reader calls the grid
+    std::wstring empty;      // shown when there are no rows
+    std::wstring deleteRow;  // in the menu of a row
+};
+
 // Shows a source's rows and edits them in place. Columns share the width, rows grow with their content, the
 // current row is the source's. Columns and source must outlive the window.
 class TGrid final : public TWindow, private TGridEditorHost, private TGridAccessibleSide {
@@ -26,9 +32,7 @@ public:
     TGrid(TGridColumns& columns, TGridSource& source);
     ~TGrid() override;
 
-    // `name` is what a screen reader calls the grid, `emptyText` what it shows without rows.
-    [[nodiscard]] bool CreateIn(HWND parent, std::wstring name, std::wstring emptyText, TScale scale,
-                                HFONT font);
+    [[nodiscard]] bool CreateIn(HWND parent, TGridTexts texts, TScale scale, HFONT font);
     void SetScale(TScale scale, HFONT font);
     // Shows the columns anew after they were changed from outside.
     void ColumnsChanged();
@@ -59,7 +63,7 @@ private:
     std::size_t PageFrom(std::size_t row, bool down) const override { return layout_.PageFrom(row, down); }
 
     // TGridAccessibleSide
-    std::wstring GridName() const override { return name_; }
+    std::wstring GridName() const override { return texts_.name; }
     std::size_t CellCount() const override;
     std::optional<std::size_t> FocusedCell() const override;
     TGridCellDescription DescribeCell(std::size_t cell) const override;
@@ -86,6 +90,8 @@ private:
     void ButtonUp();
     void Scroll(int distance);
     void Wheel(int delta);
+    void ShowMenu(POINT screenPoint);
+    void ShowColumnMenu(POINT screenPoint);
     bool SetPointer() const;
 
     TGridColumns& columns_;
@@ -95,8 +101,7 @@ private:
     TGridEditors editors_;
     TGridPainter painter_;
     TGridAccessible* accessible_ = nullptr;  // counted; made when somebody asks
-    std::wstring name_;
-    std::wstring emptyText_;
+    TGridTexts texts_;
     std::optional<std::uint64_t> shownRow_;  // the key of the current row when it was last scrolled to
 
     TDrag drag_ = TDrag::None;

@@ -221,22 +221,23 @@ void TGridEditors::SetScale(TScale scale, HFONT font) {
     panel_.SetScale(scale, font);
 }
 
-void TGridEditors::Open(const TGridColumn& column, const std::wstring& text, bool selectAll) {
+void TGridEditors::Open(const TGridColumn& column, const std::wstring& text, bool selectAll,
+                        const TGridArea& cell, const TGridArea& body) {
     if (column.editor == TGridEditor::RadioGroup) {
         panel_.SetItems(column.items, text);
         open_ = panel_.Handle();
-    } else {
-        OpenText(column.editor == TGridEditor::ButtonText ? line_ : lines_, column, text, selectAll);
+        Place(cell, body);
+        return;
     }
-}
-
-void TGridEditors::OpenText(HWND edit, const TGridColumn& column, const std::wstring& text, bool selectAll) {
-    open_ = edit;
-    SendMessageW(edit, EM_SETLIMITTEXT, column.maxLength, 0);
-    SetWindowTextW(edit, text.c_str());
-    SendMessageW(edit, EM_EMPTYUNDOBUFFER, 0, 0);
+    open_ = column.editor == TGridEditor::ButtonText ? line_ : lines_;
+    // The text only after the size: the field scrolls for the size that it has.
+    SetWindowTextW(open_, L"");
+    Place(cell, body);
+    SendMessageW(open_, EM_SETLIMITTEXT, column.maxLength, 0);
+    SetWindowTextW(open_, text.c_str());
+    SendMessageW(open_, EM_EMPTYUNDOBUFFER, 0, 0);
     const auto end = static_cast<WPARAM>(text.size());
-    SendMessageW(edit, EM_SETSEL, selectAll ? 0 : end, static_cast<LPARAM>(end));
+    SendMessageW(open_, EM_SETSEL, selectAll ? 0 : end, static_cast<LPARAM>(end));
 }
 
 void TGridEditors::Place(const TGridArea& cell, const TGridArea& body) {
@@ -257,7 +258,7 @@ TGridArea TGridEditors::TextArea(const TGridArea& cell, const TGridArea& body) c
     TGridArea text = cell;
     text.left += scale_(GridStyle::CellPaddingX);
     text.top += scale_(GridStyle::CellPaddingY);
-    text.right -= scale_(GridStyle::ButtonWidth);
+    text.right -= scale_(GridStyle::ButtonWidth) + scale_(GridStyle::CellPaddingX);
     return FitInto(body, text, text.Width(), TextHeight(font_));
 }
 
@@ -274,7 +275,7 @@ TGridArea TGridEditors::LinesArea(const TGridArea& cell, const TGridArea& body) 
 }
 
 TGridArea TGridEditors::PanelArea(const TGridArea& cell, const TGridArea& body) const {
-    const int frame = scale_(2);
+    const int frame = scale_(GridStyle::CellPaddingX);
     const SIZE size = panel_.PreferredSize();
     TGridArea area =
         FitInto(body, cell, std::max<int>(cell.Width(), size.cx + 2 * frame), size.cy + 2 * frame);

@@ -62,7 +62,8 @@ public:
     [[nodiscard]] bool CreateIn(HWND grid, TGridEditorEvents events);
     void SetScale(TScale scale, HFONT font);
 
-    void Open(const TGridColumn& column, const std::wstring& text, bool selectAll);
+    void Open(const TGridColumn& column, const std::wstring& text, bool selectAll, const TGridArea& cell,
+              const TGridArea& body);
     // Where the editor of a cell stands; it stays inside of the grid's body but may cover other cells. Its
     // frame is drawn by the grid around this area.
     void Place(const TGridArea& cell, const TGridArea& body);
@@ -74,7 +75,6 @@ public:
     std::wstring Text() const;
 
 private:
-    void OpenText(HWND edit, const TGridColumn& column, const std::wstring& text, bool selectAll);
     TGridArea TextArea(const TGridArea& cell, const TGridArea& body) const;
     TGridArea LinesArea(const TGridArea& cell, const TGridArea& body) const;
     TGridArea PanelArea(const TGridArea& cell, const TGridArea& body) const;

@@ -383,7 +383,9 @@ TEST_F(ConfigWindow, TheTabKeyReachesEverythingAndGetsOut) {
     EXPECT_EQ(GetFocus(), window.cxGrid.Handle());
     EXPECT_EQ(window.cxGrid.FocusedColumn(), kMode);
     PressForReal(VK_TAB);
-    EXPECT_NE(GetFocus(), window.cxGrid.Handle());
+    EXPECT_EQ(GetFocus(), window.dxBarManager1Bar1.ButtonOf(window.acClose));
+    Press(VK_RETURN);
+    EXPECT_FALSE(window.IsOpen());
 }
 
 TEST_F(ConfigWindow, AScreenReaderHearsColumnAndValue) {
