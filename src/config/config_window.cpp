@@ -48,9 +48,8 @@ private:
 TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, const TCodePage& codePage,
                      std::wstring configurationFolder)
     : ShellBrowserDialog(&PickFolder),
-      acClose(ActionOf(L"Schließen", static_cast<TImageIndex>(0), [this] { acCloseExecute(); })),
-      acGetDirectory(
-          ActionOf(L"Ordner einfügen", static_cast<TImageIndex>(5), [this] { acGetDirectoryExecute(); })),
+      acClose(ActionOf(L"Schließen", TImageIndex::Close, [this] { acCloseExecute(); })),
+      acGetDirectory(ActionOf(L"Ordner einfügen", TImageIndex::Folder, [this] { acGetDirectoryExecute(); })),
       dsMemData(memData),
       calls_(calls),
       memData_(memData),
@@ -102,7 +101,8 @@ void TfmConfig::LoadFields() {
     cxTextEdit1.SetText(settings.USER);
     cxTextEdit2.SetText(settings.PASS);
     known_ = {settings.knowsNASDIR, settings.knowsCONNECT, settings.knowsUSER, settings.knowsPASS};
-    ShowNotice(problem.value_or(L""));
+    settingsNotice_ = problem.value_or(L"");
+    ShowNotice(settingsNotice_);
 }
 
 std::optional<std::wstring> TfmConfig::FormClose() {
@@ -130,12 +130,12 @@ bool TfmConfig::Close() {
     if (!open_) {
         return true;
     }
-    if (const std::optional<std::wstring> problem = FormClose();
-        problem && !Ask(*problem + L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
+    const std::optional<std::wstring> problem = FormClose();
+    if (problem && !Ask(*problem + L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
                                    L"Anmeldung gehen dann verloren.")) {
-        return false;
+        return !open_;
     }
-    if (!Exists()) {
+    if (!open_) {  // closed while the user was asked
         return true;
     }
     open_ = false;
@@ -219,7 +219,7 @@ std::optional<std::wstring> TfmConfig::PickExistingFolder(const std::wstring& st
         ShowNotice(L"Der Ordner „" + *folder + L"“ ist nicht vorhanden.");
         return std::nullopt;
     }
-    ShowNotice(L"");
+    ShowNotice(settingsNotice_);
     return folder;
 }
 
@@ -232,5 +232,5 @@ bool TfmConfig::ConfirmDelete(const std::wstring& folder) {
 
 bool TfmConfig::Ask(const std::wstring& question) {
     const TLockedWindow owner(GetWindow(Handle(), GW_OWNER));
-    return AskUser(question) && Exists();
+    return AskUser(question) && open_;
 }

@@ -96,6 +96,8 @@ private:
 
     HWND noticeLine_ = nullptr;
     std::wstring notice_;
+    std::wstring settingsNotice_;  // of the settings, for as long as the window is open
+    bool placed_ = false;          // has been given its first size
     TScale scale_;
     TFont font_;
     TMessageFilter keyFilter_;

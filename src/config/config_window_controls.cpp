@@ -1,6 +1,7 @@
 // How the configuration window is made and laid out, and how its messages reach the handlers.
 #include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include "config/config_window.h"
 #include "ui/dark_mode.h"
@@ -41,6 +42,7 @@ void TfmConfig::FormCreate(HWND owner) {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "CreateWindowEx");
     }
     UseDarkFrame(Handle());
+    placed_ = false;
     CreateControls();
 }
 
@@ -154,7 +156,13 @@ void TfmConfig::CentreOn(HWND owner) {
     if (around != nullptr) {
         GetWindowRect(around, &middle);
     }
-    const SIZE wanted = ClientSize(kClientWidth, kClientHeight);
+    SIZE wanted = ClientSize(kClientWidth, kClientHeight);
+    if (std::exchange(placed_, true)) {
+        // As large as the user has made it.
+        RECT area{};
+        GetWindowRect(Handle(), &area);
+        wanted = {area.right - area.left, area.bottom - area.top};
+    }
     const RECT& work = monitor.rcWork;
     const LONG width = std::min(wanted.cx, work.right - work.left);
     const LONG height = std::min(wanted.cy, work.bottom - work.top);

@@ -96,6 +96,9 @@ void TGridPainter::Paint(HDC context, const RECT& client, const TGridView& view)
         InflateRect(&area, -scale_(16), -scale_(12));
         SetTextColor(context, ColorRefOf(Theme::DimText));
         DrawTextW(context, view.emptyText.c_str(), -1, &area, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
+        if (view.hasFocus) {
+            FrameArea(context, ToRect(layout.Body()), Theme::Accent, std::max(1, scale_(1)));
+        }
     }
     if (view.editor) {
         PaintEditorFrame(context, *view.editor);

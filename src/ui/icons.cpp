@@ -66,9 +66,11 @@ void DrawUpdate(TIconCanvas& canvas, const TInk& ink) {
     canvas.Line({{7, 10}, {12, 15}, {17, 10}}, kLine, ink.accent);
 }
 
+// A folder to be added.
 void DrawFolder(TIconCanvas& canvas, const TInk& ink) {
     canvas.Line({{3, 19}, {3, 5}, {9, 5}, {11, 8}, {21, 8}, {21, 19}, {3, 19}}, kLine, ink.line);
-    canvas.Line({{4, 12}, {20, 12}}, kLine, ink.accent);
+    canvas.Line({{12, 10.5}, {12, 16.5}}, kLine, ink.accent);
+    canvas.Line({{9, 13.5}, {15, 13.5}}, kLine, ink.accent);
 }
 
 void DrawAdd(TIconCanvas& canvas, const TInk& ink) {

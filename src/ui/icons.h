@@ -10,10 +10,10 @@ enum class TImageIndex {
     StopCopy = 2,
     Configure = 3,
     Reindex = 4,
-    Update = 5,
+    Folder = 5,
     ShutDownChecked = 6,
     ShutDown = 7,
-    Folder = 8,
+    Update = 8,
     Add = 9,
     Delete = 10,
 };

@@ -142,6 +142,9 @@ TEST_F(ConfigWindow, CredentialsThatDoNotDecryptStayUntilTheyAreChanged) {
     EXPECT_THAT(after, HasSubstr("PASS=AAAA"));
     Open();
     EXPECT_THAT(Bytes(window.Notice()), HasSubstr("Das gespeicherte Passwort"));
+    picked = L"C:\\windows";
+    window.acGetDirectory.Execute();
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("Das gespeicherte Passwort"));
     EXPECT_TRUE(window.Close());
 }
 
@@ -420,6 +423,26 @@ TEST_F(ConfigWindow, AScreenReaderHearsColumnAndValue) {
     DestroyWindow(window.Handle());
     EXPECT_TRUE(FAILED(grid->get_accFocus(&cell))) << "the object outlives its window";
     grid->Release();
+}
+
+TEST_F(ConfigWindow, StandsInTheMiddleOfItsOwnerAndKeepsItsSize) {
+    Open();
+    const auto area = [](HWND handle) {
+        RECT rect{};
+        GetWindowRect(handle, &rect);
+        return rect;
+    };
+    RECT client{};
+    GetClientRect(window.Handle(), &client);
+    EXPECT_EQ(client.right, 717);
+    EXPECT_EQ(client.bottom, 435);
+    EXPECT_NEAR(area(window.Handle()).left + area(window.Handle()).right,
+                area(owner).left + area(owner).right, 1);
+    EXPECT_NE(GetWindowLongPtrW(window.Handle(), GWL_EXSTYLE) & WS_EX_TOPMOST, 0);
+    SetWindowPos(window.Handle(), nullptr, 0, 0, 900, 600, SWP_NOZORDER);
+    EXPECT_TRUE(window.Close());
+    Open();
+    EXPECT_EQ(area(window.Handle()).right - area(window.Handle()).left, 900);
 }
 
 TEST_F(ConfigWindow, AnotherScaleLaysEverythingOutAnew) {
