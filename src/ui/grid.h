@@ -85,7 +85,7 @@ private:
     void FocusReceived(HWND from);
     std::optional<LRESULT> MouseMessage(UINT message, POINT point);
     void ButtonDown(POINT point);
-    void ClickCell(const TGridHit& hit, POINT point);
+    TGridNavigator::TSpot SpotAt(const TGridHit& hit, POINT point) const;
     void MouseMoved(POINT point);
     void ButtonUp();
     void Scroll(int distance);

@@ -27,7 +27,7 @@ std::vector<int> Divide(int available, const std::vector<int>& shares) {
 }
 
 // As above, but nobody gets less than the minimum as long as there is enough for all.
-std::vector<int> DivideWithMinimum(int available, std::vector<int> shares, int minimum) {
+std::vector<int> DivideWithMinimum(int available, const std::vector<int>& shares, int minimum) {
     const int count = static_cast<int>(shares.size());
     if (available <= minimum * count) {
         return Divide(std::max(available, 0), std::vector<int>(shares.size(), 1));
@@ -140,7 +140,7 @@ std::vector<int> TGridColumns::Widths(int available, int minimum) const {
             shares.push_back(place.share);
         }
     }
-    return DivideWithMinimum(available, std::move(shares), minimum);
+    return DivideWithMinimum(available, shares, minimum);
 }
 
 void TGridColumns::Resize(std::size_t position, int width, int available, int minimum) {

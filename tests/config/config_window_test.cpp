@@ -252,6 +252,14 @@ TEST_F(ConfigWindow, CellsAreEditedByMouse) {
     ClickAt(window.cxGrid.EditorHandle(), 10, panel.bottom / 2);
     EXPECT_FALSE(window.cxGrid.Editing());
     EXPECT_EQ(table.Rows()[2].ExtensionMode, L"IN");
+
+    // A click counts for what stood there, also when an edit that it ends makes a row higher.
+    ClickCell(0, kDirectory);
+    ClickCell(0, kDirectory);
+    Type(L"C:\\Ein Ordner mit einem langen Namen\\noch einer\\und noch einer davon");
+    ClickCell(1, kAktive);
+    EXPECT_THAT(Bytes(*table.Rows()[0].Directory), HasSubstr("noch einer davon"));
+    EXPECT_EQ(table.Rows()[1].Aktive, false);
 }
 
 TEST_F(ConfigWindow, AnOpenEditIsKeptWhateverTakesTheFocus) {
