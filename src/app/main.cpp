@@ -10,7 +10,9 @@
 
 #include "app/main_window.h"
 #include "engine/error_log.h"
+#include "support/system_code_page.h"
 #include "support/text.h"
+#include "update/update_check.h"
 
 namespace {
 
@@ -52,6 +54,28 @@ void ReportFailedStart(const std::wstring& text, bool unattended, const std::wst
     }
 }
 
+// The configuration window and the update window.
+class TProgramWindows final : public TCompanionWindows {
+public:
+    explicit TProgramWindows(TfmMain& fmMain)
+        : fmUpdateCheck(
+              SystemPlatformCalls(), codePage_, TfmUpdateCheck::ProgramOptions(),
+              [&fmMain] { return fmMain.Handle(); },
+              [&fmMain] { PostMessageW(fmMain.Handle(), WM_CLOSE, 0, 0); }) {}
+
+    void ShowConfiguration(HWND) override {}
+    bool CloseConfiguration() override { return true; }
+    void CheckForUpdate(bool silent, std::function<void()> finished) override {
+        fmUpdateCheck.ShowEx(silent, std::move(finished));
+    }
+    bool NewUpdateExists() const override { return fmUpdateCheck.NewUpdateExist(); }
+    void CloseAllNow() override { fmUpdateCheck.CloseNow(); }
+
+private:
+    TSystemCodePage codePage_;
+    TfmUpdateCheck fmUpdateCheck;
+};
+
 int RunProgram(const TCommandLine& commandLine, int showCommand) {
     TfmMain fmMain(SystemPlatformCalls(), commandLine);
     std::unique_ptr<TDM> dataModule;
@@ -65,7 +89,8 @@ int RunProgram(const TCommandLine& commandLine, int showCommand) {
         return kCouldNotStart;
     }
     SetUnexpectedErrorHandler([&fmMain](const std::wstring& text) { fmMain.ReportUnexpectedError(text); });
-    fmMain.Show(*dataModule, {}, showCommand);
+    TProgramWindows windows(fmMain);
+    fmMain.Show(*dataModule, windows, showCommand);
     RunMessageLoop([] { return false; }, [&fmMain] { fmMain.ApplicationIdle(); });
     fmMain.EndDataModule();
     SetUnexpectedErrorHandler({});

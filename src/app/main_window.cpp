@@ -113,9 +113,9 @@ TfmMain::~TfmMain() {
     Destroy();
 }
 
-void TfmMain::Show(TDM& dataModule, TCompanionWindows companions, int showCommand) {
+void TfmMain::Show(TDM& dataModule, TCompanionWindows& companions, int showCommand) {
     dataModule_ = &dataModule;
-    companions_ = std::move(companions);
+    companions_ = &companions;
     FormShow();
     ShowWindow(Handle(), showCommand);
     UpdateWindow(Handle());
@@ -159,7 +159,9 @@ int TfmMain::ExitCode() const {
 // Actions and timers.
 
 void TfmMain::acCloseExecute() {
-    RequestClose();
+    if (companions_ == nullptr || companions_->CloseConfiguration()) {
+        RequestClose();
+    }
 }
 
 void TfmMain::acStartCopyExecute() {
@@ -219,9 +221,7 @@ void TfmMain::DoNasFinishMsg() {
 }
 
 void TfmMain::acConfigCopyExecute() {
-    if (companions_.showConfiguration) {
-        companions_.showConfiguration();
-    }
+    companions_->ShowConfiguration(Handle());
 }
 
 void TfmMain::acShutDownExecute() {
@@ -248,9 +248,7 @@ void TfmMain::acReindexExecute() {
 }
 
 void TfmMain::acUpdateExecute() {
-    if (companions_.checkForUpdate) {
-        companions_.checkForUpdate(false);
-    }
+    companions_->CheckForUpdate(false, nullptr);
 }
 
 void TfmMain::TimerTimer() {
@@ -259,21 +257,17 @@ void TfmMain::TimerTimer() {
 }
 
 void TfmMain::UpdateTimerTimer() {
-    if (engineCalls_ > 0 || reindexing_ || (dataModule_ != nullptr && dataModule_->InCopyPass())) {
-        // A window opened now would hold up the copying further up the stack. The next tick tries again.
-        return;
-    }
     UpdateTimer.SetEnabled(false);
-    if (!companions_.checkForUpdate) {
+    if (companions_ == nullptr || closing_) {
         return;
     }
     ShowWaitCursor(true);
-    bool newUpdateExists = false;
-    RunGuarded([&] { newUpdateExists = companions_.checkForUpdate(true); });
-    ShowWaitCursor(false);
-    if (newUpdateExists && !closing_) {
-        companions_.checkForUpdate(false);
-    }
+    companions_->CheckForUpdate(true, [this] {
+        ShowWaitCursor(false);
+        if (companions_->NewUpdateExists() && !closing_) {
+            companions_->CheckForUpdate(false, nullptr);
+        }
+    });
 }
 
 // While work is under way the computer does not fall asleep.
@@ -456,16 +450,9 @@ void TfmMain::CloseWhenPossible() {
     }
     closeTimer_.SetEnabled(false);
     EndMenu();
-    // Windows in front of this one close as if the user had closed them.
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND window, LPARAM owner) -> BOOL {
-            if (IsWindowVisible(window) && GetWindow(window, GW_OWNER) == reinterpret_cast<HWND>(owner)) {
-                SendMessageW(window, WM_CLOSE, 0, 0);
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(Handle()));
+    if (companions_ != nullptr) {
+        companions_->CloseAllNow();
+    }
     Destroy();
 }
 
@@ -482,6 +469,7 @@ void TfmMain::SessionEnds() {
     if (!CopyIdle) {
         acStopCopyExecute();
     }
+    companions_->CloseAllNow();
     // Rebuilding the hash table saves it itself, and must not find it closed.
     if (!reindexing_) {
         EndDataModule();

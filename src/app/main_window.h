@@ -24,13 +24,21 @@
 #include "ui/tool_bar.h"
 #include "ui/window.h"
 
-// The windows that the main window opens.
-struct TCompanionWindows {
-    // Shows the configuration window and returns.
-    std::function<void()> showConfiguration;
-    // Looks for a newer version: silently, or in a window that returns when it is closed. True when there is
-    // one.
-    std::function<bool(bool silent)> checkForUpdate;
+// The windows that the main window opens. None of these calls waits for the user, except for a question that
+// CloseConfiguration may ask.
+class TCompanionWindows {
+public:
+    virtual ~TCompanionWindows() = default;
+
+    virtual void ShowConfiguration(HWND owner) = 0;
+    // Closes the configuration window as its user would. False when the user wants to go on editing.
+    virtual bool CloseConfiguration() = 0;
+    // Looks for a newer version: silently, or in a window. `finished` is called when the search has ended or
+    // the window was closed.
+    virtual void CheckForUpdate(bool silent, std::function<void()> finished) = 0;
+    virtual bool NewUpdateExists() const = 0;
+    // Puts all of them away without a question.
+    virtual void CloseAllNow() = 0;
 };
 
 // The main window: starts and stops runs, and shows what the engine reports.
@@ -43,7 +51,7 @@ public:
     // refuses.
     void FormCreate();
     // Shows the window and takes up work: from here on the data module reports to it.
-    void Show(TDM& dataModule, TCompanionWindows companions, int showCommand = SW_SHOWNORMAL);
+    void Show(TDM& dataModule, TCompanionWindows& companions, int showCommand = SW_SHOWNORMAL);
 
     // What the message loop calls when nothing waits.
     void ApplicationIdle();
@@ -127,6 +135,7 @@ private:
     void Layout();
 
     void EndOfRun();
+    // Stops a run, and closes the window once the engine is off the stack.
     void RequestClose();
     void CloseWhenPossible();
     void SetBusy(bool busy);
@@ -145,7 +154,7 @@ private:
     const TCommandLine commandLine_;
     TDM* dataModule_ = nullptr;
     bool dataModuleEnded_ = false;
-    TCompanionWindows companions_;
+    TCompanionWindows* companions_ = nullptr;
 
     bool aShowMessage = true;
     bool CloseAfterCopy = false;

@@ -277,7 +277,7 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             RunBroken();
             return 0;
         case WM_CLOSE:
-            RequestClose();
+            acCloseExecute();
             return 0;
         case WM_ENDSESSION:
             if (wordParameter != FALSE) {

@@ -34,6 +34,32 @@ EXECUTION_STATE WINAPI RecordExecutionState(EXECUTION_STATE state) {
     return ES_CONTINUOUS;
 }
 
+// Counts what the main window asks of the other windows.
+class TFakeWindows final : public TCompanionWindows {
+public:
+    void ShowConfiguration(HWND) override { ++configurationsShown; }
+    bool CloseConfiguration() override { return !userGoesOnEditing; }
+    void CheckForUpdate(bool silent, std::function<void()> finished) override {
+        ++(silent ? silentChecks : shownChecks);
+        if (onShow && !silent) {
+            onShow();
+        }
+        if (finished) {
+            finished();
+        }
+    }
+    bool NewUpdateExists() const override { return newUpdateExists; }
+    void CloseAllNow() override { ++closings; }
+
+    int configurationsShown = 0;
+    int silentChecks = 0;
+    int shownChecks = 0;
+    int closings = 0;
+    bool userGoesOnEditing = false;
+    bool newUpdateExists = false;
+    std::function<void()> onShow;
+};
+
 class MainWindow : public testing::Test {
 protected:
     MainWindow() {
@@ -62,8 +88,7 @@ protected:
     }
 
     // Hidden, because showing a window takes its time here.
-    TfmMain& Start(const TCommandLine& commandLine = {}, TCompanionWindows companions = {},
-                   int showCommand = SW_HIDE) {
+    TfmMain& Start(const TCommandLine& commandLine = {}, int showCommand = SW_HIDE) {
         window_ = std::make_unique<TfmMain>(calls_, commandLine);
         window_->FormCreate();
         dataModule_ = std::make_unique<TDM>(calls_);
@@ -74,7 +99,7 @@ protected:
         row.Directory = source_.Path();
         row.ExtensionMode = L"NO";
         dataModule_->MemData.Post();
-        window_->Show(*dataModule_, std::move(companions), showCommand);
+        window_->Show(*dataModule_, windows_, showCommand);
         return *window_;
     }
 
@@ -126,6 +151,7 @@ protected:
     TTestFolder destination_;
     TPlatformCalls calls_;
     std::wstring configuration_;
+    TFakeWindows windows_;
     std::unique_ptr<TfmMain> window_;
     std::unique_ptr<TDM> dataModule_;
 };
@@ -268,25 +294,19 @@ TEST_F(MainWindow, ProgressOfFilesBeyondFourGigabytes) {
 TEST_F(MainWindow, UnattendedRunEndsTheProgramAlsoBehindAnotherWindow) {
     AddFiles(2);
     bool modalLoopEnded = false;
-    int silentChecks = 0;
-    HWND otherWindow = nullptr;
-    TCompanionWindows companions;
-    companions.checkForUpdate = [&](bool silent) {
-        if (silent) {
-            ++silentChecks;
-            return true;
-        }
+    windows_.newUpdateExists = true;
+    windows_.onShow = [&] {
         // A window with a loop of its own, which nobody will close.
-        otherWindow = CreateWindowExW(0, L"STATIC", L"Update", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50,
-                                      window_->Handle(), nullptr, nullptr, nullptr);
-        RunMessageLoop([&] { return !IsWindow(otherWindow); }, [] {});
+        const HWND other = CreateWindowExW(0, L"STATIC", L"Update", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50,
+                                           window_->Handle(), nullptr, nullptr, nullptr);
+        RunMessageLoop([&] { return !IsWindow(other); }, [] {});
         modalLoopEnded = true;
-        return true;
     };
-    TfmMain& window = Start({.copy = true}, companions);
+    TfmMain& window = Start({.copy = true});
     LoopUntil([&] { return !window.Exists(); });
     EXPECT_FALSE(window.Exists());
-    EXPECT_EQ(silentChecks, 1);
+    EXPECT_EQ(windows_.silentChecks, 1);
+    EXPECT_EQ(windows_.closings, 1);
     EXPECT_TRUE(modalLoopEnded);
     EXPECT_EQ(window.ExitCode(), 0);
     EXPECT_TRUE(TFakeShutdown::asked.empty());
@@ -373,10 +393,7 @@ TEST_F(MainWindow, AMistakeInAHandlerEndsTheRunInsteadOfLeavingItHanging) {
 }
 
 TEST_F(MainWindow, KeysReachEveryActionAndEveryControl) {
-    bool configured = false;
-    TCompanionWindows companions;
-    companions.showConfiguration = [&] { configured = true; };
-    TfmMain& window = Start({}, companions, SW_SHOW);
+    TfmMain& window = Start({}, SW_SHOW);
     SetForegroundWindow(window.Handle());
     SetFocus(window.ListHandle());
     std::vector<HWND> reached;
@@ -395,7 +412,13 @@ TEST_F(MainWindow, KeysReachEveryActionAndEveryControl) {
     ProcessPendingMessages();
     EXPECT_FALSE(CopyIdle);
     ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
-    EXPECT_FALSE(configured);
+
+    windows_.userGoesOnEditing = true;
+    SendMessageW(window.Handle(), WM_CLOSE, 0, 0);
+    EXPECT_TRUE(window.Exists());
+    windows_.userGoesOnEditing = false;
+    SendMessageW(window.Handle(), WM_CLOSE, 0, 0);
+    EXPECT_FALSE(window.Exists());
 }
 
 TEST_F(MainWindow, LaysItselfOutForAnotherScale) {
