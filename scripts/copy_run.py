@@ -61,10 +61,12 @@ def run_to_its_end():
             print("The program does not go on by itself; its window says why. It is being closed.")
             return program.close(), time.monotonic() - start
         code = program.wait(0.4)
+    if text := program.error_text():
+        print(text)
     return code, time.monotonic() - start
 
 
-MEANING = {0: "every file is copied", 1: "some files could not be copied",
+MEANING = {0: "every file is copied", 1: "not everything could be copied",
            2: "not started: a file of its own is damaged", None: "ended by force"}
 
 

@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages that are missing; when all are there it takes a blink and needs no network.
 #   scripts/packages.sh run    what ./run needs: building the program, running it, taking a screenshot
 #   scripts/packages.sh test   that, and what ./test needs
-#   scripts/packages.sh lint   that, and clang-tidy
+#   scripts/packages.sh lint   what ./run needs, and clang-tidy
 set -euo pipefail
 
 packages=(

@@ -1,6 +1,7 @@
 """Starting and ending the program under Wine."""
 import os
 import subprocess
+import tempfile
 import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
@@ -11,9 +12,10 @@ class Program:
     """The program at work in the prefix and on the display of the environment."""
 
     def __init__(self, *arguments, path=PROGRAM):
-        # Wine leaves the exit code of a Windows program as its own.
+        # A program that cannot start says why on its standard error. Wine hands its exit code on.
+        self.errors = tempfile.TemporaryFile()
         self.process = subprocess.Popen(["wine", path, *arguments], stdin=subprocess.DEVNULL,
-                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                                        stdout=subprocess.DEVNULL, stderr=self.errors)
         self.used_ticks = 0
         self.used_at = time.monotonic()
 
@@ -26,6 +28,10 @@ class Program:
             return self.process.wait(seconds)
         except subprocess.TimeoutExpired:
             return None
+
+    def error_text(self):
+        self.errors.seek(0)
+        return self.errors.read().decode("utf-8", "replace").replace("\r", "").strip()
 
     def window(self):
         """The X window of the main window, or None while there is none."""

@@ -2,6 +2,7 @@
 
 usage: test.py [--list | STAGE...]
 """
+import concurrent.futures
 import glob
 import os
 import re
@@ -15,13 +16,21 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 IN_WINE = os.path.join(ROOT, "scripts", "in_wine.sh")
 # A test program that takes longer hangs; the slowest ones take seconds.
 PROGRAM_SECONDS = 300
+# A zone with daylight saving, in the form that needs no zone files.
+CENTRAL_EUROPE = "CET-1CEST,M3.5.0,M10.5.0/3"
 
 
 @dataclass
 class Outcome:
+    """What came of one stage, or of all."""
     passed: int = 0
     failed: int = 0
     failures: list = field(default_factory=list)
+    text: list = field(default_factory=list)
+    seconds: float = 0
+
+    def say(self, text):
+        self.text.append(text)
 
     def add(self, passed, failed, what=None):
         self.passed += passed
@@ -74,10 +83,10 @@ def count_tests(name, code, output, outcome):
     if code != 0 and failed == 0:
         failed = 1
     reason = "took too long" if code is None else f"exit code {code}"
-    print(f"  {name}: {passed} passed"
+    outcome.say(f"  {name}: {passed} passed"
           + (f", {skipped} skipped" if skipped else "") + (f", {failed} FAILED ({reason})" if failed else ""))
     if failed:
-        print(failed_parts(output))
+        outcome.say(failed_parts(output))
     outcome.add(passed, failed, name)
 
 
@@ -85,8 +94,8 @@ def check(name, command, outcome, seconds=600):
     """A check that is one test: passed when the command says so."""
     code, output = run(command, seconds)
     if code != 0:
-        print(output.rstrip())
-        print(f"  {name}: FAILED")
+        outcome.say(output.rstrip())
+        outcome.say(f"  {name}: FAILED")
     outcome.add(code == 0, code != 0, name)
 
 
@@ -124,12 +133,12 @@ def test_in_wine(outcome):
     if not programs:
         return
     code, output = run([IN_WINE, sys.executable, os.path.abspath(__file__), "--in-wine", *programs],
-                       PROGRAM_SECONDS * 3)
+                       PROGRAM_SECONDS * 3, env={**os.environ, "WINE_TZ": CENTRAL_EUROPE})
     parts = re.split(r"^@@@ (\S+) (\S+)\n", output, flags=re.M)
     for program, result, text in zip(parts[1::3], parts[2::3], parts[3::3]):
         count_tests(f"{program} (Wine)", None if result == "None" else int(result), text, outcome)
     if code != 0 or len(parts) // 3 != len(programs):
-        print(parts[0] + f"  the programs under Wine broke off with exit code {code}")
+        outcome.say(parts[0] + f"  the programs under Wine broke off with exit code {code}")
         outcome.add(0, 1, "programs under Wine")
 
 
@@ -144,7 +153,7 @@ def in_wine(programs):
 
 def test_whole_run(outcome):
     code, output = run([IN_WINE, sys.executable, "tests/whole_run/whole_run_test.py"], 600,
-                       env={**os.environ, "WINE_TZ": "CET-1CEST,M3.5.0,M10.5.0/3"})
+                       env={**os.environ, "WINE_TZ": CENTRAL_EUROPE})
     count_tests("whole_run_test (Wine)", code, output, outcome)
 
 
@@ -155,9 +164,9 @@ def lint(outcome):
 STAGES = {
     "sources": check_sources,
     "build-windows-x64": build("windows-x64"),
+    "whole-run": test_whole_run,
     "build-windows-x64-checked": build("windows-x64-checked"),
     "wine": test_in_wine,
-    "whole-run": test_whole_run,
     "build-native": build("native"),
     "native": test_native("native", {"ASAN_OPTIONS": "detect_stack_use_after_return=1"}),
     "build-native-thread": build("native-thread"),
@@ -165,6 +174,26 @@ STAGES = {
 }
 # Run only when named: minutes for what changes little from commit to commit.
 EXTRA_STAGES = {"lint": lint}
+# Mostly waits for the program's timers, so the next build goes on meanwhile.
+BESIDE_THE_NEXT = "whole-run"
+
+
+def run_stage(name):
+    outcome = Outcome()
+    began = time.monotonic()
+    (STAGES | EXTRA_STAGES)[name](outcome)
+    outcome.seconds = time.monotonic() - began
+    return outcome
+
+
+def report(outcome, total):
+    print(f": {outcome.seconds:.0f} s")
+    for text in outcome.text:
+        print(text)
+    sys.stdout.flush()
+    total.passed += outcome.passed
+    total.failed += outcome.failed
+    total.failures += outcome.failures
 
 
 def main(names):
@@ -175,11 +204,21 @@ def main(names):
         return 64
     start = time.monotonic()
     total = Outcome()
-    for name in names or STAGES:
-        began = time.monotonic()
-        print(f"-- {name}", flush=True)
-        stages[name](total)
-        print(f"   {time.monotonic() - began:.0f} s", flush=True)
+    beside = None
+    with concurrent.futures.ThreadPoolExecutor(1) as pool:
+        for name in names or STAGES:
+            if name == BESIDE_THE_NEXT:
+                beside = pool.submit(run_stage, name)
+                continue
+            print(f"-- {name}", end="", flush=True)
+            report(run_stage(name), total)
+            if beside:
+                print(f"-- {BESIDE_THE_NEXT}", end="", flush=True)
+                report(beside.result(), total)
+                beside = None
+        if beside:
+            print(f"-- {BESIDE_THE_NEXT}", end="", flush=True)
+            report(beside.result(), total)
     print(f"\nAll of it took {time.monotonic() - start:.0f} s.")
     if total.failures:
         print("Failed: " + ", ".join(total.failures))
