@@ -6,8 +6,8 @@
 #   wine_close                ends server and display; call it from an EXIT trap
 #   wine_core                 prints the core to pin programs to
 #
-# Before wine_open these may be set: WINE_DPI (96), WINE_LOCALE (de_DE.UTF-8), WINE_TZ (the system's),
-# WINE_CORE (the last core allowed).
+# Before wine_open these may be set: WINE_DPI (96), WINE_SCREEN (1600x1000), WINE_LOCALE (de_DE.UTF-8),
+# WINE_TZ (the system's), WINE_CORE (the last core allowed).
 #
 # Program and server must share one core: every file operation is a question to the server, and waking each
 # other across cores costs ten times the work itself.
@@ -130,7 +130,7 @@ wine_display() {
     local number
     # The server writes the number of the free display it took; a failure ends the reading, too. It ends with
     # this shell, however that ends, but not by its Ctrl-C, which the programs on it must see first.
-    exec {wine_display_out}< <(exec setpriv --pdeathsig TERM setsid Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp \
+    exec {wine_display_out}< <(exec setpriv --pdeathsig TERM setsid Xvfb -displayfd 3 -screen 0 "${WINE_SCREEN:-1600x1000}x24" -nolisten tcp \
         3>&1 >/dev/null 2>&1 </dev/null)
     wine_display_process=$!
     if ! read -r -t 30 -u "$wine_display_out" number; then

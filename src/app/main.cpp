@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "app/main_window.h"
+#include "config/config_window.h"
 #include "engine/error_log.h"
 #include "support/system_code_page.h"
 #include "support/text.h"
@@ -57,22 +58,27 @@ void ReportFailedStart(const std::wstring& text, bool unattended, const std::wst
 // The configuration window and the update window.
 class TProgramWindows final : public TCompanionWindows {
 public:
-    explicit TProgramWindows(TfmMain& fmMain)
-        : fmUpdateCheck(
+    TProgramWindows(TfmMain& fmMain, TDM& dataModule)
+        : fmConfig(SystemPlatformCalls(), dataModule.MemData, codePage_, dataModule.ConfigurationFolder()),
+          fmUpdateCheck(
               SystemPlatformCalls(), codePage_, TfmUpdateCheck::ProgramOptions(),
               [&fmMain] { return fmMain.Handle(); },
               [&fmMain] { PostMessageW(fmMain.Handle(), WM_CLOSE, 0, 0); }) {}
 
-    void ShowConfiguration(HWND) override {}
-    bool CloseConfiguration() override { return true; }
+    void ShowConfiguration(HWND owner) override { fmConfig.Show(owner); }
+    bool CloseConfiguration() override { return fmConfig.Close(); }
     void CheckForUpdate(bool silent, std::function<void()> finished) override {
         fmUpdateCheck.ShowEx(silent, std::move(finished));
     }
     bool NewUpdateExists() const override { return fmUpdateCheck.NewUpdateExist(); }
-    void CloseAllNow() override { fmUpdateCheck.CloseNow(); }
+    void CloseAllNow() override {
+        fmConfig.Destroy();
+        fmUpdateCheck.CloseNow();
+    }
 
 private:
     TSystemCodePage codePage_;
+    TfmConfig fmConfig;
     TfmUpdateCheck fmUpdateCheck;
 };
 
@@ -89,7 +95,7 @@ int RunProgram(const TCommandLine& commandLine, int showCommand) {
         return kCouldNotStart;
     }
     SetUnexpectedErrorHandler([&fmMain](const std::wstring& text) { fmMain.ReportUnexpectedError(text); });
-    TProgramWindows windows(fmMain);
+    TProgramWindows windows(fmMain, *dataModule);
     fmMain.Show(*dataModule, windows, showCommand);
     RunMessageLoop([] { return false; }, [&fmMain] { fmMain.ApplicationIdle(); });
     fmMain.EndDataModule();

@@ -35,14 +35,6 @@ std::wstring Now() {
     return DateTimeText(CurrentDateTime());
 }
 
-// Until the data module can rebuild its table.
-template <typename DataModule>
-void RunReindex(DataModule& dataModule) {
-    if constexpr (requires { dataModule.ReIndexNasData(); }) {
-        dataModule.ReIndexNasData();
-    }
-}
-
 std::wstring DecimalSeparator() {
     wchar_t separator[8] = L",";
     GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, separator,
@@ -239,7 +231,7 @@ void TfmMain::acReindexExecute() {
     ProcessPendingMessages();
     AddStatusLine(L"Start: " + Now());
     SetBusy(true);
-    RunGuarded([this] { RunReindex(*dataModule_); });
+    RunGuarded([this] { dataModule_->ReIndexNasData(); });
     SetBusy(false);
     AddStatusLine(L"Ende: " + Now());
     reindexing_ = false;
@@ -321,7 +313,8 @@ void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {
             AddStatusLine(text, kErrorStatus);
             break;
         case TMessagePos::FileMsg:
-            SetCurrentFile(text);
+            // The file at hand when the user stopped leaves the field empty.
+            SetCurrentFile(IsUnwinding() ? L"" : text);
             cxProgressBar.SetPosition(0);
             break;
         case TMessagePos::Ignore:
@@ -334,6 +327,12 @@ void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {
             return;
     }
     AfterReport();
+}
+
+// Whether the engine still ends a run that the user has stopped. It reports the end of the file at hand after
+// this: the file was copied all the same.
+bool TfmMain::IsUnwinding() const {
+    return runState_ == TRunState::Stopped && dataModule_ != nullptr && dataModule_->InCopyPass();
 }
 
 void TfmMain::ReportUnexpectedError(const std::wstring& text) {

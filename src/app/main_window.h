@@ -134,6 +134,7 @@ private:
     void UseScale(TScale scale);
     void Layout();
 
+    bool IsUnwinding() const;
     void EndOfRun();
     // Stops a run, and closes the window once the engine is off the stack.
     void RequestClose();

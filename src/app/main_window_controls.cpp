@@ -155,6 +155,8 @@ void TfmMain::Layout() {
 void TfmMain::Paint() {
     const TPaintContext paint(Handle());
     FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    const int listTop = scale_(TToolBar::kHeight) + scale_(kFileBarHeight);
+    FillArea(paint.Get(), {0, listTop - scale_(1), paint.Client().right, listTop}, Theme::Border);
     RECT field{};
     GetWindowRect(dxBarStatic2_, &field);
     MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&field), 2);

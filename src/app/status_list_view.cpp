@@ -275,10 +275,9 @@ void TStatusListView::DrawRow(HDC context, int row) const {
         SIZE size{};
         GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
         const int right = std::min<int>(textArea.left + size.cx, textArea.right);
-        FillArea(context,
-                 {textArea.left - scale_(kErrorMargin), area.top + scale_(1), right + scale_(kErrorMargin),
-                  area.bottom - scale_(1)},
-                 style.ground);
+        const RECT ground{textArea.left - scale_(kErrorMargin), area.top + scale_(1),
+                          right + scale_(kErrorMargin), area.bottom - scale_(1)};
+        FillRoundedArea(context, ground, style.ground, scale_(3));
     }
     SetBkMode(context, TRANSPARENT);
     SetTextColor(context, ColorRefOf(style.text));

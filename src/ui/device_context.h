@@ -96,6 +96,15 @@ inline void FillArea(HDC context, const RECT& area, TColour colour) {
     SetBkColor(context, previous);
 }
 
+// The same with round corners of that radius.
+inline void FillRoundedArea(HDC context, const RECT& area, TColour colour, int radius) {
+    const TBrush brush(CreateSolidBrush(ColorRefOf(colour)));
+    const TSelection brushSelection(context, brush.Get());
+    const TSelection penSelection(context, GetStockObject(NULL_PEN));
+    // Without a pen the last column and row stay free.
+    RoundRect(context, area.left, area.top, area.right + 1, area.bottom + 1, 2 * radius, 2 * radius);
+}
+
 // Draws the outline of an area, `thickness` device pixels wide, inside of it.
 inline void FrameArea(HDC context, const RECT& area, TColour colour, int thickness = 1) {
     FillArea(context, {area.left, area.top, area.right, area.top + thickness}, colour);

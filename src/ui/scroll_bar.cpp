@@ -164,10 +164,10 @@ void TScrollBar::Paint() {
     FillArea(paint.Get(), paint.Client(), Theme::ScrollTrack);
     const int margin = ScaleOfWindow(Handle())(kThumbMargin);
     const TThumb thumb = Thumb();
-    FillArea(paint.Get(),
-             {paint.Client().left + margin, thumb.top + margin / 2, paint.Client().right - margin,
-              thumb.bottom - margin / 2},
-             hovered_ || dragging_ ? Theme::ScrollThumbHover : Theme::ScrollThumb);
+    const RECT area{paint.Client().left + margin, thumb.top + margin / 2, paint.Client().right - margin,
+                    thumb.bottom - margin / 2};
+    FillRoundedArea(paint.Get(), area, hovered_ || dragging_ ? Theme::ScrollThumbHover : Theme::ScrollThumb,
+                    (area.right - area.left) / 2);
 }
 
 std::optional<LRESULT> TScrollBar::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
