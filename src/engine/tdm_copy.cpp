@@ -93,10 +93,11 @@ void TDM::CopyNextFile() {
 void TDM::CopyOneFile(const std::wstring& source, const std::wstring& folder,
                       const WIN32_FILE_ATTRIBUTE_DATA& attributes) {
     const std::wstring target = folder + L"\\" + std::wstring(FileNamePart(source));
-    // The current row's switch counts, whichever row the file comes from.
+    // The current row's switch counts, whichever row the file comes from. A copy that cannot be moved aside
+    // is not written over either.
     if (MemData.Current().History.value_or(false) && !MoveAsideWithNumber(calls_, target)) {
-        // The newest state is worth more than an older one, so the copy goes on; but somebody must know.
-        ReportFailure(L"Die frühere Fassung konnte nicht aufgehoben werden: " + target);
+        ReportFailedCopy(source);
+        return;
     }
     const std::int64_t size = SizeOf(attributes);
     const TFileTimes times = TimesOf(attributes);
