@@ -18,8 +18,8 @@
 
 static_assert(std::endian::native == std::endian::little, "numbers are copied to and from files as they are");
 
-// A table file that cannot be read. The text (UTF-8, German) is the reason alone; TableFileMessage makes the
-// sentence around it.
+// A table file that cannot be read. The text (UTF-8, German) is the reason alone; FileNotReadMessage makes
+// the sentence around it.
 class ETableFile : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };

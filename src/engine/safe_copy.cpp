@@ -9,14 +9,14 @@ namespace {
 
 TErrorCode CopyBytes(const TPlatformCalls& calls, const TSafeCopy& copy, const std::wstring& temporary) {
     const std::wstring source = ExtendedPath(copy.source);
-    // Opened for writing, a source that its program still writes is refused instead of copied half-written.
     for (const DWORD flags : {static_cast<DWORD>(COPY_FILE_OPEN_SOURCE_FOR_WRITE), DWORD{0}}) {
         if (calls.CopyFileExW(source.c_str(), temporary.c_str(), copy.progressRoutine, copy.progressData,
                               nullptr, flags)) {
             return ERROR_SUCCESS;
         }
         const TErrorCode error = GetLastError();
-        // Read-only sources and those that others may only read refuse writers; reading may still be allowed.
+        // Opened for writing, a source is refused when it is read-only or when a program holds it open. Where
+        // Windows lets it be read all the same, a copy of it is better than none.
         const bool writingWasRefused = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
         if (!writingWasRefused || flags == 0) {
             return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;

@@ -43,7 +43,7 @@ class TFolderScan {
 public:
     TFolderScan(IOmniTask& task, const TPlatformCalls& calls, TScanParameters parameters);
 
-    // The whole scan, with its closing message in every case. An exception passes after it.
+    // The whole scan, with its closing message in every case. An exception ends it with an error row.
     void Run();
 
 private:
@@ -59,7 +59,7 @@ private:
     const TScanParameters parameters_;
     const TLocalTimeRule localTime_;
     std::vector<std::wstring> folders_;
-    // The settings of the last row that was looked at: they rule the files of all folders.
+    // The filter of the last active row whose folder exists: it rules the files of all folders.
     TExtensionFilter filter_;
     TLinkLoopCheck linkLoops_;
     std::set<std::wstring> toldFolders_;

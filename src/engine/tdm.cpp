@@ -29,6 +29,11 @@ void ApplyThreadPriority(TTaskPriority level) {
 void PaintWhileWaiting() {
     MSG message{};
     while (PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            // Comes whatever is asked for; the message loop needs it.
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
         DispatchMessageW(&message);
     }
 }
@@ -66,19 +71,23 @@ void TDM::DataModuleCreate() {
 
 void TDM::DataModuleDestroy() {
     CopyFileList.clear();
-    // Rows that did not change are not written: another copy of the program may have written newer ones.
-    if (sourceFoldersLoaded_ && MemData.Modified()) {
-        if (const TErrorCode error = SaveSourceFolders(calls_, SourceFolderFile(), MemData)) {
-            ReportFailure(L"\"" + SourceFolderFile() + L"\" konnte nicht gespeichert werden: " +
-                          SystemErrorText(error));
-        }
-    }
+    SaveSourceFolderTable();
     MemData.Close();
     NasData.Close();
     if (UseConnect) {
         Res = shareLogon_.Cancel();
         if (Res != 0) {
             Report(SystemErrorText(Res), TMessagePos::Memo);
+        }
+    }
+}
+
+void TDM::SaveSourceFolderTable() {
+    // Rows that did not change are not written: another copy of the program may have written newer ones.
+    if (sourceFoldersLoaded_ && MemData.Modified()) {
+        if (const TErrorCode error = SaveSourceFolders(calls_, SourceFolderFile(), MemData)) {
+            ReportFailure(L"\"" + SourceFolderFile() + L"\" konnte nicht gespeichert werden: " +
+                          SystemErrorText(error));
         }
     }
 }
@@ -96,6 +105,11 @@ void TDM::ReportFailure(const std::wstring& text) {
 
 void TDM::StartCopy() {
     CopyIdle = false;
+    if (FScanTask) {
+        // Whoever starts anew without ending the old run has it ended here: its thread is joined when the
+        // new task takes its place.
+        FScanTask->Terminate(0);
+    }
     ++runNumber_;
     CopiedBytes = 0;
     failures_ = 0;
@@ -111,7 +125,9 @@ void TDM::StartCopy() {
         }
         StartScanTask();
     } catch (const std::exception& error) {
-        // Nothing is scanned: the next tick finds the run ended.
+        // Nothing is scanned: the next tick finds the run ended. A task that was made but never ran would
+        // keep it alive.
+        FScanTask.reset();
         ReportFailure(FromUtf8Lossy(error.what()));
     }
     CopyTimer.SetEnabled(true);
@@ -119,7 +135,7 @@ void TDM::StartCopy() {
 
 bool TDM::PrepareRun() {
     UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini", &Unprotect));
-    LoadNasData();
+    LoadNasData(UseConnect);
     if (UseConnect) {
         Res = shareLogon_.Connect(NAS, AUser, APass);
         if (Res != 0) {
@@ -128,7 +144,7 @@ bool TDM::PrepareRun() {
         }
         if (nasDataFileMissing_) {
             // Perhaps it was only out of reach: without its records they would be lost at the next save.
-            LoadNasData();
+            LoadNasData(false);
         }
     }
     if (!ReachDestination()) {
@@ -149,12 +165,12 @@ void TDM::UseSettings(const TSettings& settings) {
 }
 
 // A table that cannot be read stays as it is on the destination: nothing will be written over it. As long as
-// the destination itself cannot be reached it counts as missing.
-void TDM::LoadNasData() {
+// the destination itself cannot be reached, or the logon is still to come, it counts as missing.
+void TDM::LoadNasData(bool beforeLogon) {
     try {
         nasDataFileMissing_ = !LoadHashTable(calls_, VardekoDataFile, NasData);
     } catch (const std::exception&) {
-        if (FolderExists(calls_, NAS + L"\\")) {
+        if (!beforeLogon && FolderExists(calls_, NAS + L"\\")) {
             throw;
         }
         nasDataFileMissing_ = true;
@@ -179,16 +195,8 @@ bool TDM::ReachDestination() {
 }
 
 void TDM::StartScanTask() {
-    const TPlatformCalls& calls = calls_;
-    FScanTask = std::make_unique<IOmniTaskControl>(
-        [&calls](IOmniTask& task) {
-            TFolderScan scan(task, calls,
-                             {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
-                              task.Parameter<std::shared_ptr<const THashSnapshot>>(L"NasData"),
-                              task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST")});
-            scan.Run();
-        },
-        L"ScanFolders");
+    FScanTask =
+        std::make_unique<IOmniTaskControl>([this](IOmniTask& task) { ScanFolders(task); }, L"ScanFolders");
     FScanTask->MonitorWith(OmniEventMonitor);
     FScanTask->SetParameter(L"DataSet", std::shared_ptr<const std::vector<SourceFolderRow>>(
                                             std::make_shared<std::vector<SourceFolderRow>>(MemData.Rows())));
@@ -197,6 +205,15 @@ void TDM::StartScanTask() {
     FScanTask->SetParameter(L"HOST", hostName_);
     FScanTask->SetPriority(TTaskPriority::Highest, &ApplyThreadPriority);
     FScanTask->Run();
+}
+
+// Runs on the task's thread: beside its parameters it uses the table of platform calls, which never changes.
+void TDM::ScanFolders(IOmniTask& task) const {
+    TFolderScan scan(task, calls_,
+                     {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
+                      task.Parameter<std::shared_ptr<const THashSnapshot>>(L"NasData"),
+                      task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST")});
+    scan.Run();
 }
 
 void TDM::EndScanTask() {
@@ -233,6 +250,9 @@ void TDM::ReIndexNasData() {
     }
     NasData.ClearIndex();
     NasData.Open();
+    // From here on what was made may be saved at any time, also when the session ends in the middle.
+    nasDataMayBeSaved_ = true;
+    NasData.SetModified(true);
     try {
         ReindexSourceFolders(
             calls_, MemData, NasData, NAS, hostName_,
@@ -243,9 +263,6 @@ void TDM::ReIndexNasData() {
     } catch (const std::exception& error) {
         ReportFailure(FromUtf8Lossy(error.what()));
     }
-    // What was made is saved in every case.
-    nasDataMayBeSaved_ = true;
-    NasData.SetModified(true);
     SaveNasData();
 }
 
@@ -257,27 +274,29 @@ std::wstring TDM::FormatFileSize(double bytes) {
 }
 
 void TDM::OmniEventMonitorTaskMessage(IOmniTask&, TTaskMessage& message) {
-    const auto text = [&message] { return std::get<std::wstring>(message.value); };
-    switch (static_cast<TScanMessage>(message.identifier)) {
-        case TScanMessage::StatusText:
-            return Report(text(), TMessagePos::Status);
-        case TScanMessage::MemoText:
-            return Report(text(), TMessagePos::Memo);
-        case TScanMessage::IgnoreText:
-            return Report(text(), TMessagePos::Ignore);
-        case TScanMessage::Number:
-            return Report(std::to_wstring(std::get<std::int64_t>(message.value)), TMessagePos::ThreadMsg);
-        case TScanMessage::FailureText:
-            return ReportFailure(text());
-        case TScanMessage::FilesToCopy: {
-            if (destinationIsGone_) {
+    const auto identifier = static_cast<TScanMessage>(message.identifier);
+    if (const auto* text = std::get_if<std::wstring>(&message.value)) {
+        switch (identifier) {
+            case TScanMessage::StatusText:
+                return Report(*text, TMessagePos::Status);
+            case TScanMessage::MemoText:
+                return Report(*text, TMessagePos::Memo);
+            case TScanMessage::IgnoreText:
+                return Report(*text, TMessagePos::Ignore);
+            case TScanMessage::FailureText:
+                return ReportFailure(*text);
+            default:
                 return;
-            }
-            auto& files = *std::get<std::unique_ptr<TStringList>>(message.value);
-            CopyFileList.insert(CopyFileList.end(), std::make_move_iterator(files.begin()),
-                                std::make_move_iterator(files.end()));
-            return;
         }
+    }
+    if (const auto* number = std::get_if<std::int64_t>(&message.value);
+        number != nullptr && identifier == TScanMessage::Number) {
+        return Report(std::to_wstring(*number), TMessagePos::ThreadMsg);
+    }
+    auto* files = std::get_if<std::unique_ptr<TStringList>>(&message.value);
+    if (files != nullptr && identifier == TScanMessage::FilesToCopy && !destinationIsGone_) {
+        CopyFileList.insert(CopyFileList.end(), std::make_move_iterator((*files)->begin()),
+                            std::make_move_iterator((*files)->end()));
     }
 }
 

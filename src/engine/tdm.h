@@ -42,6 +42,9 @@ public:
     // Saves the source-folder table, closes both tables, cancels the share connection.
     void DataModuleDestroy();
 
+    // Writes the source-folder table to "NASConf.Dat" if it changed; a failure is reported as an Error row.
+    void SaveSourceFolderTable();
+
     // Starts a run and returns before anything is copied. A destination that cannot be reached is reported
     // and CopyIdle stays false until somebody stops the run; settings or a hash table that cannot be read
     // are reported as an error, and the run ends with the next tick.
@@ -62,8 +65,6 @@ public:
     std::uint64_t Failures() const { return failures_; }
     // Whether a file is being copied further up the stack: the window must not go away now.
     bool InCopyPass() const { return inPass_; }
-    // Files and source paths still to be copied.
-    std::size_t WaitingFiles() const { return CopyFileList.size(); }
     const std::wstring& ConfigurationFolder() const { return configurationFolder_; }
 
     // Handlers of the task monitor and of the copy timer.
@@ -88,9 +89,10 @@ private:
     // been reported; throws when settings or hash table cannot be read.
     bool PrepareRun();
     void UseSettings(const TSettings& settings);
-    void LoadNasData();
+    void LoadNasData(bool beforeLogon);
     bool ReachDestination();
     void StartScanTask();
+    void ScanFolders(IOmniTask& task) const;
 
     void CopyFiles();
     void CopyNextFile();

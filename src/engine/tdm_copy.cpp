@@ -73,10 +73,19 @@ void TDM::CopyNextFile() {
     CopyFileList.pop_front();
     // The only question about the source: existence, size and times together.
     const auto attributes = QueryAttributes(calls_, source);
-    if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+    const TErrorCode error = attributes ? ERROR_SUCCESS : GetLastError();
+    const bool isFolder = attributes && (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (isFolder || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+        // Gone since the scan saw it.
         return;
     }
     Report(source, TMessagePos::Status);
+    if (!attributes) {
+        // Out of reach is not gone: a file that stays without its copy must be told.
+        ReportFailedCopy(source);
+        Report(std::wstring(FileNamePart(source)), TMessagePos::FileMsg);
+        return;
+    }
     const std::wstring folder(RemoveTrailingSeparator(DestinationFolder(NAS, hostName_, source)));
     if (folder != knownFolder_) {
         if (!FolderExists(calls_, folder) && !CreateFolders(calls_, folder)) {
@@ -122,12 +131,13 @@ void TDM::CopyOneFile(const std::wstring& source, const std::wstring& folder,
 
 void TDM::ReportFailedCopy(const std::wstring& source) {
     ReportFailure(source);
-    if (GiveUpIfDestinationIsGone() || errorLogFailed_) {
+    if (GiveUpIfDestinationIsGone()) {
         return;
     }
     const std::wstring log = HostFolder() + L"\\Error.log";
-    if (const TErrorCode error = WriteErrorLog(calls_, log, source + L" Copy Error")) {
-        // One row is enough: the log is out of reach for the files that follow, too.
+    const TErrorCode error = WriteErrorLog(calls_, log, source + L" Copy Error");
+    if (error != ERROR_SUCCESS && !errorLogFailed_) {
+        // One row is enough, however many lines cannot be written.
         errorLogFailed_ = true;
         ReportFailure(L"\"" + log + L"\" konnte nicht geschrieben werden: " + SystemErrorText(error));
     }
@@ -136,8 +146,13 @@ void TDM::ReportFailedCopy(const std::wstring& source) {
 // When the destination itself does not answer any more, each further file would wait out the network. The run
 // is brought to its end instead; the next one copies what is missing.
 bool TDM::GiveUpIfDestinationIsGone() {
-    if (destinationIsGone_ || FolderExists(calls_, HostFolder())) {
+    if (destinationIsGone_ || QueryAttributes(calls_, HostFolder())) {
         return destinationIsGone_;
+    }
+    // A drive that is no longer connected answers "not found".
+    const TErrorCode error = GetLastError();
+    if (!IsOutOfReach(error) && error != ERROR_PATH_NOT_FOUND && error != ERROR_FILE_NOT_FOUND) {
+        return false;
     }
     destinationIsGone_ = true;
     const std::size_t waiting = CopyFileList.size();

@@ -35,9 +35,12 @@ std::optional<TLinkLoopCheck::TIdentity> TLinkLoopCheck::IdentityOf(const std::w
     }
     BY_HANDLE_FILE_INFORMATION information{};
     if (calls_.GetFileInformationByHandle(folder, &information)) {
-        entry->second = TIdentity{
-            information.dwVolumeSerialNumber,
-            static_cast<std::uint64_t>(information.nFileIndexHigh) << 32 | information.nFileIndexLow};
+        const std::uint64_t index =
+            static_cast<std::uint64_t>(information.nFileIndexHigh) << 32 | information.nFileIndexLow;
+        if (index != 0) {
+            // A file system without such numbers answers 0 for every folder.
+            entry->second = TIdentity{information.dwVolumeSerialNumber, index};
+        }
     }
     calls_.CloseHandle(folder);
     return entry->second;

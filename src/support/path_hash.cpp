@@ -4,7 +4,6 @@
 #include <cassert>
 #include <memory>
 
-#include "support/hex.h"
 #include "support/rw_csp.h"
 
 namespace {
@@ -30,7 +29,6 @@ TPathDigest PathDigest(std::wstring_view path) {
 }
 
 std::wstring PathHash(std::wstring_view path) {
-    std::wstring text(kPathHashLength, L'0');
-    WriteHex(PathDigest(path).bytes, text.data());
-    return text;
+    const std::string text = ToPathHashText(PathDigest(path));
+    return {text.begin(), text.end()};
 }

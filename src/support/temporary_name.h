@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-// The one name that this process uses: it copies one file at a time. Short, so that it fits wherever the
-// target's name does.
+// The one name that this process uses: it copies one file at a time. Some 40 characters, so
+// that it fits beside a target whose own name has the greatest length.
 const std::wstring& OwnTemporaryName();
 
 // Whether a name in a backup folder is a temporary one: never a copy of anything.
