@@ -4,6 +4,7 @@ usage: scripts/in_wine.sh python3 tests/whole_run/whole_run_test.py [NAME...]
 Drive Q: holds the sources, drive N: the destinations.
 """
 import os
+import random
 import shutil
 import sys
 import time
@@ -20,6 +21,8 @@ PREFIX = os.environ["WINEPREFIX"]
 WORK = os.path.join(PREFIX, "whole_run")
 # No run here has more to do than some seconds; what takes longer hangs.
 RUN_SECONDS = 90
+# How often a run is killed; the long form takes 50.
+KILLS = int(os.environ.get("VARDEKO_KILLS", "4"))
 ALL_COPIED, SOME_FAILED, NOT_STARTED = 0, 1, 2
 
 
@@ -298,6 +301,33 @@ class WholeRun(unittest.TestCase):
         self.assertEqual(self.run_program(SOME_FAILED), [])
         log = read(os.path.join(self.host, "Error.log")).decode("cp1252")
         self.assertEqual(log.count(" Copy Error\r\n"), 2)
+
+    def test_a_link_to_a_folder_above_is_not_walked_in_circles(self):
+        self.make("Daten/tief/x.txt")
+        os.symlink("..", os.path.join(self.source, "Daten/tief/zurück"))
+        os.makedirs(os.path.join(self.source, "anderswo"))
+        self.make("anderswo/y.txt")
+        os.symlink("../../anderswo", os.path.join(self.source, "Daten/tief/hinüber"))
+        self.run_program()
+        self.assertEqual(self.copies(), ["tief/hinüber/y.txt", "tief/x.txt"])
+
+    def test_a_kill_at_any_moment_is_repaired_by_the_next_run(self):
+        files = [f"Daten/viele/{number:03}.txt" for number in range(400)]
+        for number in range(KILLS):
+            for path in files:
+                self.make(path, f"{path} {number}".encode() * 50)
+            write(os.path.join(self.source, "Daten/groß.bin"), os.urandom(1 << 20) * 80)
+            program = Program("/COPY")
+            # It waits 1.5 s before it begins.
+            time.sleep(1.6 + random.random() * 0.8)
+            program.process.kill()
+            program.process.wait()
+            self.run_program()
+            self.assert_backed_up([*files, "Daten/groß.bin"])
+            self.assert_hash_table_names([*files, "Daten/groß.bin"])
+            left = [name for _, _, names in os.walk(self.nas) for name in names
+                    if name.startswith("~vardeko-") or name.endswith(".new")]
+            self.assertEqual(left, [])
 
 
 class Reporter(unittest.TestResult):
