@@ -5,7 +5,9 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 
 add_library(vardeko_options INTERFACE)
 target_compile_options(vardeko_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  # For GCC this is no part of -Wconversion in C++.
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
 target_include_directories(vardeko_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
 if(WIN32)
