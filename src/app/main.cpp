@@ -95,12 +95,16 @@ int RunProgram(const TCommandLine& commandLine, int showCommand) {
         return kCouldNotStart;
     }
     SetUnexpectedErrorHandler([&fmMain](const std::wstring& text) { fmMain.ReportUnexpectedError(text); });
-    TProgramWindows windows(fmMain, *dataModule);
-    fmMain.Show(*dataModule, windows, showCommand);
-    RunMessageLoop([] { return false; }, [&fmMain] { fmMain.ApplicationIdle(); });
-    fmMain.EndDataModule();
+    int exitCode = kCouldNotStart;
+    {
+        TProgramWindows windows(fmMain, *dataModule);
+        fmMain.Show(*dataModule, windows, showCommand);
+        RunMessageLoop([] { return false; }, [&fmMain] { fmMain.ApplicationIdle(); });
+        fmMain.EndDataModule();
+        exitCode = fmMain.ExitCode();
+    }
     SetUnexpectedErrorHandler({});
-    return fmMain.ExitCode();
+    return exitCode;
 }
 
 }  // namespace

@@ -157,7 +157,8 @@ void TfmMain::acCloseExecute() {
 }
 
 void TfmMain::acStartCopyExecute() {
-    if (closing_) {
+    // A reindex that was stopped is still on the stack until it has unwound.
+    if (closing_ || reindexing_) {
         return;
     }
     CopyIdle = false;
@@ -171,7 +172,10 @@ void TfmMain::acStartCopyExecute() {
     UpdateActions();
     PaintNow();
     const TEngineCall call(*this);
-    dataModule_->StartCopy();
+    if (!dataModule_->StartCopy()) {
+        // Nothing is under way until the user stops the run: the computer may sleep.
+        SetBusy(false);
+    }
 }
 
 void TfmMain::acStopCopyExecute() {
@@ -179,11 +183,9 @@ void TfmMain::acStopCopyExecute() {
     acShutDown.SetImage(TImageIndex::ShutDown);
     SetCurrentFile(L"");
     CopyIdle = true;
-    if (reindexing_) {
-        // What is under way further up the stack ends itself.
-        return;
+    if (!reindexing_) {
+        runState_ = TRunState::Stopped;
     }
-    runState_ = TRunState::Stopped;
     EndOfRun();
     AddStatusLine(L"Anwender Abbruch: " + Now());
     ShowChanges();
@@ -222,19 +224,31 @@ void TfmMain::acShutDownExecute() {
 }
 
 void TfmMain::acReindexExecute() {
-    if (MessageBoxW(Handle(), kReindexQuestion, L"Vardeko", MB_ICONWARNING | MB_YESNO) != IDYES || closing_) {
+    if (closing_ || reindexing_) {
+        return;
+    }
+    // The question has a message loop of its own: an unattended run may begin while it is open. It stands
+    // above the configuration window, which is always on top.
+    const int answer =
+        MessageBoxW(Handle(), kReindexQuestion, L"Vardeko", MB_ICONWARNING | MB_YESNO | MB_TOPMOST);
+    if (answer != IDYES || closing_ || !CopyIdle) {
+        return;
+    }
+    // Reindexing walks the rows with the cursor that the configuration window edits them with.
+    if (companions_ != nullptr && !companions_->CloseConfiguration()) {
         return;
     }
     CopyIdle = false;
     reindexing_ = true;
+    startTime = GetTickCount();
     UpdateActions();
     ProcessPendingMessages();
     AddStatusLine(L"Start: " + Now());
     SetBusy(true);
     RunGuarded([this] { dataModule_->ReIndexNasData(); });
     SetBusy(false);
-    AddStatusLine(L"Ende: " + Now());
     reindexing_ = false;
+    AddStatusLine(L"Ende: " + Now());
     CopyIdle = true;
     UpdateActions();
 }
@@ -244,6 +258,10 @@ void TfmMain::acUpdateExecute() {
 }
 
 void TfmMain::TimerTimer() {
+    if (reindexing_) {
+        // The run begins when that is done.
+        return;
+    }
     Timer.SetEnabled(false);
     acStartCopy.Execute();
 }
@@ -343,11 +361,16 @@ void TfmMain::ReportUnexpectedError(const std::wstring& text) {
 
 // Where the mistake has left the run nobody knows; it would perhaps never end by itself.
 void TfmMain::RunBroken() {
-    if (!CopyIdle && !reindexing_) {
+    if (reindexing_) {
+        return;
+    }
+    if (!CopyIdle) {
         acStopCopyExecute();
-        if (CloseAfterCopy) {
-            RequestClose();
-        }
+    } else {
+        SetBusy(false);
+    }
+    if (CloseAfterCopy && runState_ != TRunState::None && !closing_) {
+        RequestClose();
     }
 }
 
@@ -392,9 +415,16 @@ void TfmMain::PaintNow() {
         return;
     }
     ShowChanges();
-    if (Exists()) {
-        RedrawWindow(Handle(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-    }
+    // The other windows of the program, too: during a copy nobody else asks for their paint messages.
+    EnumThreadWindows(
+        GetCurrentThreadId(),
+        [](HWND window, LPARAM) -> BOOL {
+            if (IsWindowVisible(window)) {
+                RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+            }
+            return TRUE;
+        },
+        0);
     throttle_.PaintDone(begin, std::chrono::steady_clock::now());
 }
 
@@ -469,8 +499,12 @@ void TfmMain::SessionEnds() {
         acStopCopyExecute();
     }
     companions_->CloseAllNow();
-    // Rebuilding the hash table saves it itself, and must not find it closed.
-    if (!reindexing_) {
+    // What is on the stack must not find its tables closed, but they are saved now.
+    if (reindexing_ || engineCalls_ > 0) {
+        const TEngineCall call(*this);
+        dataModule_->SaveNasData();
+        dataModule_->SaveSourceFolderTable();
+    } else {
         EndDataModule();
     }
     CloseWhenPossible();

@@ -199,19 +199,22 @@ void TfmConfig::cxGridDBTvDirectoryPropertiesButtonClick() {
 }
 
 void TfmConfig::EdBackupPathPropertiesButtonClick() {
-    if (const std::optional<std::wstring> folder = PickExistingFolder(EdBackupPath.Text())) {
+    // Taken as it is: a share may show its folders only after the logon.
+    if (const std::optional<std::wstring> folder = AskForFolder(EdBackupPath.Text())) {
         EdBackupPath.SetText(*folder);
         known_.NASDIR = true;
     }
 }
 
+std::optional<std::wstring> TfmConfig::AskForFolder(const std::wstring& startFolder) {
+    const TLockedWindow owner(GetWindow(Handle(), GW_OWNER));
+    const std::optional<std::wstring> folder = ShellBrowserDialog(Handle(), kPickerTitle, startFolder);
+    return open_ ? folder : std::nullopt;
+}
+
 std::optional<std::wstring> TfmConfig::PickExistingFolder(const std::wstring& startFolder) {
-    std::optional<std::wstring> folder;
-    {
-        const TLockedWindow owner(GetWindow(Handle(), GW_OWNER));
-        folder = ShellBrowserDialog(Handle(), kPickerTitle, startFolder);
-    }
-    if (!folder || !open_) {
+    const std::optional<std::wstring> folder = AskForFolder(startFolder);
+    if (!folder) {
         return std::nullopt;
     }
     // The picker lets names through that were typed.

@@ -79,6 +79,7 @@ private:
     void LoadFields();
     [[nodiscard]] std::optional<std::wstring> SaveFields();
     void InsertFolder(const std::wstring& folder);
+    std::optional<std::wstring> AskForFolder(const std::wstring& startFolder);
     std::optional<std::wstring> PickExistingFolder(const std::wstring& startFolder);
     bool ConfirmDelete(const std::wstring& folder);
     bool Ask(const std::wstring& question);

@@ -156,6 +156,12 @@ void TfmConfig::CentreOn(HWND owner) {
     if (around != nullptr) {
         GetWindowRect(around, &middle);
     }
+    if (!placed_) {
+        // On the owner's monitor first: only there the window has that monitor's scale.
+        SetWindowPos(Handle(), nullptr, middle.left, middle.top, 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+        UseScale(ScaleOfWindow(Handle()));
+    }
     SIZE wanted = ClientSize(kClientWidth, kClientHeight);
     if (std::exchange(placed_, true)) {
         // As large as the user has made it.

@@ -103,7 +103,7 @@ void TDM::ReportFailure(const std::wstring& text) {
     Report(text, TMessagePos::Error);
 }
 
-void TDM::StartCopy() {
+bool TDM::StartCopy() {
     CopyIdle = false;
     if (FScanTask) {
         // Whoever starts anew without ending the old run has it ended here: its thread is joined when the
@@ -121,7 +121,7 @@ void TDM::StartCopy() {
     nasDataMayBeSaved_ = false;
     try {
         if (!PrepareRun()) {
-            return;
+            return false;
         }
         StartScanTask();
     } catch (const std::exception& error) {
@@ -131,6 +131,7 @@ void TDM::StartCopy() {
         ReportFailure(FromUtf8Lossy(error.what()));
     }
     CopyTimer.SetEnabled(true);
+    return true;
 }
 
 bool TDM::PrepareRun() {

@@ -46,9 +46,9 @@ public:
     void SaveSourceFolderTable();
 
     // Starts a run and returns before anything is copied. A destination that cannot be reached is reported
-    // and CopyIdle stays false until somebody stops the run; settings or a hash table that cannot be read
-    // are reported as an error, and the run ends with the next tick.
-    void StartCopy();
+    // and CopyIdle stays false until somebody stops the run: false then, as nothing is under way. Settings or
+    // a hash table that cannot be read are reported as an error, and the run ends with the next tick.
+    bool StartCopy();
     // Ends the scan task: asks it to stop, waits for it, forgets it. The windows are painted meanwhile.
     void EndScanTask();
     // Appends hash records for an existing backup's files and saves the hash table. Returns when it is done,

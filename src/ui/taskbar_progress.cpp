@@ -21,6 +21,10 @@ void TTaskbarProgress::Attach(HWND window) {
                                                     IID_ITaskbarList3, reinterpret_cast<void**>(&list_)))) {
         list_ = nullptr;
     }
+    if (list_ != nullptr && FAILED(list_->HrInit())) {
+        list_->Release();
+        list_ = nullptr;
+    }
     // A new button shows nothing yet.
     if (shown_) {
         shown_ = false;

@@ -19,6 +19,12 @@ HINSTANCE ProgramInstance() {
     return GetModuleHandleW(nullptr);
 }
 
+void TellUnexpectedError(const std::wstring& text) {
+    if (const auto& handler = UnexpectedErrorHandler()) {
+        handler(text);
+    }
+}
+
 }  // namespace
 
 bool RunGuarded(const std::function<void()>& work) {
@@ -26,9 +32,9 @@ bool RunGuarded(const std::function<void()>& work) {
         work();
         return true;
     } catch (const std::exception& error) {
-        UnexpectedErrorHandler()(FromUtf8Lossy(error.what()));
+        TellUnexpectedError(FromUtf8Lossy(error.what()));
     } catch (...) {
-        UnexpectedErrorHandler()(L"Unbekannter Fehler");
+        TellUnexpectedError(L"Unbekannter Fehler");
     }
     return false;
 }

@@ -68,6 +68,13 @@ bool TDialogWindow::Open(HWND owner, const std::wstring& caption, SIZE size) {
     keys_.emplace([this](MSG& message) { return HandleKey(message); });
     focusBefore_ = GetFocus();
     DisableOtherWindows();
+    const auto isTopmost = [](HWND window) {
+        return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+    };
+    if (std::ranges::any_of(disabled_, isTopmost)) {
+        // Behind a disabled window that is always on top nobody would find it.
+        SetWindowPos(Handle(), HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    }
     ShowWindow(Handle(), SW_SHOW);
     SetForegroundWindow(Handle());
     SetFocus(GetNextDlgTabItem(Handle(), nullptr, FALSE));

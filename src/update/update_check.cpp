@@ -219,7 +219,13 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
     UpdateActions();
     switch (result.state) {
         case TDownLoadState::Finished:
-            AskForSetup();
+            if (isClosing_) {
+                // Cancelled at the very moment at which it was done.
+                calls_.DeleteFileW(localFile_.c_str());
+                window_.FadeOut([this] { Close(); });
+            } else {
+                AskForSetup();
+            }
             break;
         case TDownLoadState::FinishedWithWarnings:
             Tell(L"Message", L"Process completed with some warnings", [this] { AskForSetup(); });
@@ -234,7 +240,11 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
             break;
         case TDownLoadState::Failed:
             SetLabel({});
-            Tell(L"Error", result.errorText, nullptr);
+            Tell(L"Error", result.errorText, [this] {
+                if (isClosing_) {
+                    window_.FadeOut([this] { Close(); });
+                }
+            });
             break;
     }
 }

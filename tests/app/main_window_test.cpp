@@ -207,8 +207,10 @@ TEST_F(MainWindow, StopInTheMiddleOfACopyAndStartAgainRightAway) {
     window.acStartCopy.Execute();
     duringCopy = [this] {
         if (window_->Rows().RowCount() > 5) {
+            duringCopy = nullptr;
+            // Both at once: whether another copy begins before the stop is seen is a matter of the machine.
             Click(StopButton());
-            duringCopy = [this] { Click(StartButton()); };
+            Click(StartButton());
         }
     };
     // The first pass was stopped, and a new run started from within it.
