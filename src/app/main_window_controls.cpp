@@ -156,7 +156,9 @@ void TfmMain::Paint() {
     const TPaintContext paint(Handle());
     FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
     const int listTop = scale_(TToolBar::kHeight) + scale_(kFileBarHeight);
-    FillArea(paint.Get(), {0, listTop - scale_(1), paint.Client().right, listTop}, Theme::Border);
+    const bool listHasFocus = GetFocus() == cxGridTv.Handle() && ShowsFocus(cxGridTv.Handle());
+    FillArea(paint.Get(), {0, listTop - scale_(1), paint.Client().right, listTop},
+             listHasFocus ? Theme::Accent : Theme::Border);
     RECT field{};
     GetWindowRect(dxBarStatic2_, &field);
     MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&field), 2);
@@ -230,8 +232,13 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             return 0;
         case WM_NOTIFY: {
             auto& notification = *reinterpret_cast<NMHDR*>(longParameter);
-            return notification.hwndFrom == cxGridTv.Handle() ? cxGridTv.HandleNotification(notification)
-                                                              : std::nullopt;
+            if (notification.hwndFrom != cxGridTv.Handle()) {
+                return std::nullopt;
+            }
+            if (notification.code == NM_SETFOCUS || notification.code == NM_KILLFOCUS) {
+                InvalidateRect(Handle(), nullptr, FALSE);  // the line above the list shows the focus
+            }
+            return cxGridTv.HandleNotification(notification);
         }
         case WM_SIZE:
             Layout();

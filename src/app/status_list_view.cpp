@@ -261,6 +261,8 @@ void TStatusListView::DrawRow(HDC context, int row) const {
     RECT area{};
     area.left = LVIR_BOUNDS;
     SendMessageW(handle_, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
+    // The control leaves some pixels free on the left.
+    area.left = 0;
     const bool selected =
         SendMessageW(handle_, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_SELECTED) != 0;
     const TRowStyle& style = StyleOfStatus(model_.Status(*modelRow));
@@ -270,7 +272,7 @@ void TStatusListView::DrawRow(HDC context, int row) const {
                                      : Theme::SelectionIdle);
     const std::wstring text = model_.Text(*modelRow);
     const TSelection font(context, font_);
-    RECT textArea{area.left + scale_(kTextMargin), area.top, area.right - scale_(kTextMargin), area.bottom};
+    RECT textArea{scale_(kTextMargin), area.top, area.right - scale_(kTextMargin), area.bottom};
     if (style.ground != Theme::ControlGround) {
         SIZE size{};
         GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);

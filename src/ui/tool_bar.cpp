@@ -143,7 +143,7 @@ void TToolBar::DrawButton(const DRAWITEMSTRUCT& draw) {
     if (action.Checked()) {
         FrameArea(draw.hDC, draw.rcItem, hovered ? Theme::Accent : Theme::Border, scale_(1));
     }
-    if ((draw.itemState & ODS_FOCUS) != 0) {
+    if ((draw.itemState & ODS_FOCUS) != 0 && ShowsFocus(draw.hwndItem)) {
         FrameArea(draw.hDC, draw.rcItem, Theme::Accent, scale_(2));
     }
     const int height = draw.rcItem.bottom - draw.rcItem.top;

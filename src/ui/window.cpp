@@ -43,6 +43,10 @@ void SetUnexpectedErrorHandler(std::function<void(const std::wstring& text)> han
     UnexpectedErrorHandler() = std::move(handler);
 }
 
+bool ShowsFocus(HWND control) {
+    return (SendMessageW(control, WM_QUERYUISTATE, 0, 0) & UISF_HIDEFOCUS) == 0;
+}
+
 TWindow::~TWindow() {
     Destroy();
 }

@@ -76,6 +76,9 @@ private:
     Handler handler_;
 };
 
+// Whether a control shall mark that it has the keyboard: not before the keyboard was used.
+bool ShowsFocus(HWND control);
+
 // Runs what the system calls back, so that no exception crosses the system's frames: it is told to the
 // handler set below, and false is returned.
 bool RunGuarded(const std::function<void()>& work);

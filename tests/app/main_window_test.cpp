@@ -394,6 +394,43 @@ TEST_F(MainWindow, AMistakeInAHandlerEndsTheRunInsteadOfLeavingItHanging) {
     SetUnexpectedErrorHandler([](const std::wstring&) {});
 }
 
+TEST_F(MainWindow, ReindexAsksFirstAndCanBeStopped) {
+    source_.Write(L"sub\\a.txt", "x");
+    TfmMain& window = Start();
+    EXPECT_EQ(FindWindowExW(ToolBar(), nullptr, L"BUTTON", L"Reindex NAS DB"), nullptr) << "it is hidden";
+    std::wstring question;
+    int answer = IDNO;
+    TTimer answering(20, [&] {
+        if (const HWND box = FindWindowW(L"#32770", L"Vardeko")) {
+            wchar_t text[500] = L"";
+            GetWindowTextW(GetDlgItem(box, 0xFFFF), text, 500);
+            question = text;
+            PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+        }
+    });
+    answering.SetEnabled(true);
+    window.acReindex.Execute();
+    EXPECT_EQ(question.substr(0, 30), L"Diese Funktion wird nur benöti");
+    EXPECT_EQ(window.Rows().RowCount(), 0U) << "No ends it";
+
+    answer = IDYES;
+    std::vector<bool> enabled;
+    const auto report = dataModule_->SetMessage;
+    dataModule_->SetMessage = [&](TDM& sender, const std::wstring& text, TMessagePos kind) {
+        enabled = {window.acStopCopy.Enabled(), window.acStartCopy.Enabled(), window.acClose.Enabled()};
+        report(sender, text, kind);
+        window.acStopCopy.Execute();
+    };
+    static_cast<void>(CreateFolders(calls_, destination_.At(HostName())));
+    window.acReindex.Execute();
+    EXPECT_EQ(enabled, (std::vector<bool>{true, false, false}));
+    EXPECT_TRUE(HasRows({L"Ende: "}));
+    EXPECT_TRUE(HasRows({L"Start: "}));
+    EXPECT_FALSE(HasRows({L"Anwender Abbruch: "}));
+    EXPECT_TRUE(CopyIdle);
+    EXPECT_TRUE(window.acStartCopy.Enabled());
+}
+
 TEST_F(MainWindow, KeysReachEveryActionAndEveryControl) {
     TfmMain& window = Start({}, SW_SHOW);
     SetForegroundWindow(window.Handle());
