@@ -426,7 +426,7 @@ TEST_F(MainWindow, ReindexAsksFirstAndCanBeStopped) {
     EXPECT_EQ(enabled, (std::vector<bool>{true, false, false}));
     EXPECT_TRUE(HasRows({L"Ende: "}));
     EXPECT_TRUE(HasRows({L"Start: "}));
-    EXPECT_FALSE(HasRows({L"Anwender Abbruch: "}));
+    EXPECT_TRUE(HasRows({L"Anwender Abbruch: "})) << "a stop tells its end here too";
     EXPECT_TRUE(CopyIdle);
     EXPECT_TRUE(window.acStartCopy.Enabled());
 }
