@@ -215,6 +215,9 @@ void TfmMain::DoNasFinishMsg() {
 }
 
 void TfmMain::acConfigCopyExecute() {
+    if (reindexing_) {
+        return;
+    }
     companions_->ShowConfiguration(Handle());
 }
 
@@ -236,6 +239,10 @@ void TfmMain::acReindexExecute() {
     }
     // Reindexing walks the rows with the cursor that the configuration window edits them with.
     if (companions_ != nullptr && !companions_->CloseConfiguration()) {
+        return;
+    }
+    if (closing_ || !CopyIdle) {
+        // Closing may have asked something, too.
         return;
     }
     CopyIdle = false;
