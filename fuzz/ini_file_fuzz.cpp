@@ -1,11 +1,13 @@
-// The settings file: a value that was set is read again, and a second look finds the same.
+// The settings file: what is not changed stays as it is, and a value that was set is read again.
 #include "config/ini_file.h"
 #include "fuzz_input.h"
 #include "support/latin1_code_page.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const TLatin1CodePage codePage;
-    TIniFile file(AsBytes(data, size), codePage);
+    const std::string_view bytes = AsBytes(data, size);
+    TIniFile file(bytes, codePage);
+    Require(file.Bytes(codePage) == bytes || bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"));
     const auto user = file.Text(L"config", L"USER");
     file.SetText(L"CONFIG", L"NASDIR", L"D:\\\u4E2D\u6587");
     file.SetBoolean(L"CONFIG", L"CONNECT", true);

@@ -53,6 +53,21 @@ std::string ToUtf16(std::wstring_view text, bool bigEndian) {
     return bytes;
 }
 
+// Calls visit with each line and its line break: CR LF, CR or LF, nothing at the end of the text.
+template <typename TLetter, typename TVisit>
+void ForEachLine(std::basic_string_view<TLetter> text, TVisit visit) {
+    while (!text.empty()) {
+        std::size_t length = 0;
+        while (length < text.size() && text[length] != '\r' && text[length] != '\n') {
+            ++length;
+        }
+        const bool isPair = text.size() - length >= 2 && text[length] == '\r' && text[length + 1] == '\n';
+        const std::size_t endLength = isPair ? 2 : std::min<std::size_t>(text.size() - length, 1);
+        visit(text.substr(0, length), text.substr(length, endLength));
+        text.remove_prefix(length + endLength);
+    }
+}
+
 // The name of the section that a line opens.
 std::optional<std::wstring_view> SectionOf(std::wstring_view line) {
     line = TrimWhiteSpace(line);
@@ -95,26 +110,32 @@ std::wstring WrittenValue(std::wstring_view value) {
 TIniFile::TIniFile(std::string_view bytes, const TCodePage& codePage) {
     if (bytes.starts_with(kUtf8Mark)) {
         encoding_ = TEncoding::Utf8;
-        ParseLines(FromUtf8Lossy(bytes.substr(kUtf8Mark.size())));
+        ParseBytes(bytes.substr(kUtf8Mark.size()), codePage);
     } else if (bytes.starts_with(kUtf16LittleEndianMark)) {
         encoding_ = TEncoding::Utf16LittleEndian;
-        ParseLines(FromUtf16(bytes.substr(kUtf16LittleEndianMark.size()), false));
+        ParseUtf16(bytes.substr(kUtf16LittleEndianMark.size()));
     } else if (bytes.starts_with(kUtf16BigEndianMark)) {
         encoding_ = TEncoding::Utf16BigEndian;
-        ParseLines(FromUtf16(bytes.substr(kUtf16BigEndianMark.size()), true));
+        ParseUtf16(bytes.substr(kUtf16BigEndianMark.size()));
     } else {
-        ParseLines(codePage.Decode(bytes));
+        ParseBytes(bytes, codePage);
     }
 }
 
-void TIniFile::ParseLines(std::wstring_view text) {
-    while (!text.empty()) {
-        const std::size_t length = std::min(text.find_first_of(L"\r\n"), text.size());
-        const std::wstring_view rest = text.substr(length);
-        const std::size_t endLength = rest.starts_with(L"\r\n") ? 2 : std::min<std::size_t>(rest.size(), 1);
-        lines_.push_back({std::wstring(text.substr(0, length)), std::wstring(rest.substr(0, endLength))});
-        text.remove_prefix(length + endLength);
-    }
+void TIniFile::ParseUtf16(std::string_view bytes) {
+    const std::wstring text = FromUtf16(bytes, encoding_ == TEncoding::Utf16BigEndian);
+    ForEachLine(std::wstring_view(text), [this](std::wstring_view line, std::wstring_view end) {
+        lines_.push_back({std::wstring(line), std::wstring(end), std::nullopt});
+    });
+}
+
+// The bytes of line breaks are no part of another character in any code page that Windows may be set to.
+void TIniFile::ParseBytes(std::string_view bytes, const TCodePage& codePage) {
+    ForEachLine(bytes, [this, &codePage](std::string_view line, std::string_view end) {
+        const bool isUtf8 = encoding_ == TEncoding::Utf8;
+        lines_.push_back({isUtf8 ? FromUtf8Lossy(line) : codePage.Decode(line),
+                          std::wstring(end.begin(), end.end()), std::string(line)});
+    });
 }
 
 std::optional<std::size_t> TIniFile::FindKey(std::wstring_view section, std::wstring_view key) const {
@@ -170,10 +191,14 @@ bool TIniFile::Boolean(std::wstring_view section, std::wstring_view key, bool de
 }
 
 void TIniFile::SetText(std::wstring_view section, std::wstring_view key, std::wstring_view value) {
+    if (Text(section, key) == value) {
+        return;
+    }
     const std::wstring written = WrittenValue(value);
     if (const auto index = FindKey(section, key)) {
         std::wstring& line = lines_[*index].text;
         line.replace(*SeparatorOf(line) + 1, std::wstring::npos, written);
+        lines_[*index].bytes.reset();
         return;
     }
     auto end = EndOfSection(section);
@@ -194,25 +219,43 @@ void TIniFile::InsertLine(std::size_t index, std::wstring text) {
     if (index > 0 && lines_[index - 1].end.empty()) {
         lines_[index - 1].end = end;
     }
-    lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(index), {std::move(text), end});
+    lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(index), {std::move(text), end, std::nullopt});
 }
 
-std::string TIniFile::Bytes(const TCodePage& codePage) const {
+std::wstring TIniFile::AllText() const {
     std::wstring text;
     for (const TLine& line : lines_) {
         text += line.text;
         text += line.end;
     }
-    if (encoding_ == TEncoding::Utf8) {
-        return std::string(kUtf8Mark) + ToUtf8(text);
-    }
-    if (encoding_ == TEncoding::Utf16BigEndian) {
-        return std::string(kUtf16BigEndianMark) + ToUtf16(text, true);
-    }
-    if (encoding_ == TEncoding::CodePage) {
-        if (auto bytes = codePage.Encode(text)) {
-            return *std::move(bytes);
+    return text;
+}
+
+std::optional<std::string> TIniFile::LinesAsBytes(const TCodePage& codePage) const {
+    std::string bytes;
+    for (const TLine& line : lines_) {
+        const auto encoded = line.bytes                     ? line.bytes
+                             : encoding_ == TEncoding::Utf8 ? std::optional(ToUtf8(line.text))
+                                                            : codePage.Encode(line.text);
+        if (!encoded) {
+            return std::nullopt;
         }
+        bytes += *encoded;
+        bytes.append(line.end.begin(), line.end.end());
     }
-    return std::string(kUtf16LittleEndianMark) + ToUtf16(text, false);
+    return bytes;
+}
+
+std::string TIniFile::Bytes(const TCodePage& codePage) const {
+    if (encoding_ == TEncoding::Utf16BigEndian) {
+        return std::string(kUtf16BigEndianMark) + ToUtf16(AllText(), true);
+    }
+    if (encoding_ == TEncoding::Utf16LittleEndian) {
+        return std::string(kUtf16LittleEndianMark) + ToUtf16(AllText(), false);
+    }
+    const auto bytes = LinesAsBytes(codePage);
+    if (!bytes) {
+        return std::string(kUtf16LittleEndianMark) + ToUtf16(AllText(), false);
+    }
+    return encoding_ == TEncoding::Utf8 ? std::string(kUtf8Mark) + *bytes : *bytes;
 }

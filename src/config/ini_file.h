@@ -25,23 +25,29 @@ public:
     // True for every whole number but 0; the default when the key is missing or its value is no number.
     bool Boolean(std::wstring_view section, std::wstring_view key, bool defaultValue) const;
 
-    // Sets a value; a missing key is added behind the last one of its section, a missing section at the end.
-    // A value that Text would not give back as it is is put in quotes; line breaks in it become blanks.
+    // Sets a value; one that is as wanted is left as it is written. A missing key is added behind the last
+    // one of its section, a missing section at the end. A value that Text would not give back as it is is put
+    // in quotes; line breaks in it become blanks.
     void SetText(std::wstring_view section, std::wstring_view key, std::wstring_view value);
     void SetBoolean(std::wstring_view section, std::wstring_view key, bool value);
 
-    // The bytes of the file in the encoding it came in; UTF-16 with its mark when the text has become one
-    // that the code page cannot hold.
+    // The bytes of the file in the encoding it came in, lines that were not changed byte for byte, whether or
+    // not they are text; UTF-16 with its mark when the text has become one that the code page cannot hold.
     std::string Bytes(const TCodePage& codePage) const;
 
 private:
     enum class TEncoding { CodePage, Utf8, Utf16LittleEndian, Utf16BigEndian };
     struct TLine {
         std::wstring text;
-        std::wstring end;  // the line break, empty at the end of the file
+        std::wstring end;                  // the line break, empty at the end of the file
+        std::optional<std::string> bytes;  // of the text as the file holds it, until it is changed
     };
 
-    void ParseLines(std::wstring_view text);
+    void ParseUtf16(std::string_view bytes);
+    void ParseBytes(std::string_view bytes, const TCodePage& codePage);
+    std::wstring AllText() const;
+    // Nothing when the code page cannot hold a changed line.
+    std::optional<std::string> LinesAsBytes(const TCodePage& codePage) const;
     // The index of the line that holds the key.
     std::optional<std::size_t> FindKey(std::wstring_view section, std::wstring_view key) const;
     // The index behind the last line of the section that is not blank.

@@ -97,6 +97,14 @@ TEST(IniFile, KeepsTheEncodingItWasReadIn) {
     EXPECT_EQ(Ini("\xFF\xFE[\0C\0]\0\n\0k\0=\0\x3D\xD8\xBE\xDC!"s).Text(L"C", L"k"), L"\U0001F4BE");
 }
 
+TEST(IniFile, KeepsBytesThatAreNoText) {
+    const std::string before = "\xEF\xBB\xBF; caf\xE9\r\n[CONFIG]\nUSER=\xFF\rHISTORY=0\n";
+    TIniFile ini(before, codePage);
+    ini.SetText(L"CONFIG", L"USER", *ini.Text(L"CONFIG", L"USER"));
+    ini.SetBoolean(L"CONFIG", L"HISTORY", true);
+    EXPECT_EQ(ini.Bytes(codePage), "\xEF\xBB\xBF; caf\xE9\r\n[CONFIG]\nUSER=\xFF\rHISTORY=1\n");
+}
+
 TEST(IniFile, LeavesTheCodePageOnlyForTextItCannotHold) {
     TIniFile ini = Ini("[C]\nk=\xE4");
     EXPECT_EQ(ini.Bytes(codePage), "[C]\nk=\xE4");
