@@ -92,8 +92,6 @@ TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
       acAbout({.caption = L"About Vardeko", .visible = false}),
       calls_(calls),
       commandLine_(commandLine),
-      controlGround_(CreateSolidBrush(ColorRefOf(Theme::ControlGround))),
-      windowGround_(CreateSolidBrush(ColorRefOf(Theme::WindowGround))),
       Timer(kStartDelay, [this] { TimerTimer(); }),
       UpdateTimer(kStartDelay, [this] { UpdateTimerTimer(); }),
       showTimer_(kShowInterval, [this] { PaintNow(); }),
@@ -505,7 +503,8 @@ void TfmMain::SessionEnds() {
     if (!CopyIdle) {
         acStopCopyExecute();
     }
-    companions_->CloseAllNow();
+    // The tables are saved whatever becomes of the windows.
+    RunGuarded([this] { companions_->CloseAllNow(); });
     // What is on the stack must not find its tables closed, but they are saved now.
     if (reindexing_ || engineCalls_ > 0) {
         const TEngineCall call(*this);

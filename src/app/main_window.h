@@ -124,7 +124,6 @@ private:
     void ScaleChanged(TScale scale, const RECT& suggestedArea);
     void SessionEnds();
     void RunBroken();
-    LRESULT ColourControl(HDC context) const;
     void Paint();
     bool TranslateKey(const MSG& message);
     void ProgressMessage(UINT message, WPARAM wordParameter, LPARAM longParameter);
@@ -179,8 +178,6 @@ private:
     TStatusBar sbarMain;
     TProgressBar cxProgressBar;
     TTaskbarProgress taskbarProgress_;
-    TBrush controlGround_;
-    TBrush windowGround_;
     HWND lastFocus_ = nullptr;
     bool waitCursor_ = false;
 

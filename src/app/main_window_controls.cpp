@@ -169,13 +169,6 @@ void TfmMain::Paint() {
     FrameArea(paint.Get(), frame, GetFocus() == dxBarStatic2_ ? Theme::Accent : Theme::Border, scale_(1));
 }
 
-// Labels and read-only fields ask for their colours.
-LRESULT TfmMain::ColourControl(HDC context) const {
-    SetTextColor(context, ColorRefOf(Theme::Text));
-    SetBkColor(context, ColorRefOf(Theme::ControlGround));
-    return reinterpret_cast<LRESULT>(controlGround_.Get());
-}
-
 void TfmMain::ScaleChanged(TScale scale, const RECT& suggestedArea) {
     UseScale(scale);
     SetWindowPos(Handle(), nullptr, suggestedArea.left, suggestedArea.top,
@@ -265,12 +258,9 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             return 0;
         case WM_CTLCOLORSTATIC:
             if (reinterpret_cast<HWND>(longParameter) == fileLabel_) {
-                const auto context = reinterpret_cast<HDC>(wordParameter);
-                SetTextColor(context, ColorRefOf(Theme::DimText));
-                SetBkColor(context, ColorRefOf(Theme::WindowGround));
-                return reinterpret_cast<LRESULT>(windowGround_.Get());
+                return ControlColours(wordParameter, Theme::DimText, Theme::WindowGround);
             }
-            return ColourControl(reinterpret_cast<HDC>(wordParameter));
+            return ControlColours(wordParameter, Theme::Text, Theme::ControlGround);
         case WM_SETCURSOR:
             if (waitCursor_) {
                 SetCursor(LoadCursorW(nullptr, IDC_WAIT));

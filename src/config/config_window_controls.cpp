@@ -251,13 +251,8 @@ std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParamet
                 PressFocusedButton();
             }
             return 0;
-        case WM_CTLCOLORSTATIC: {
-            const HDC context = reinterpret_cast<HDC>(wordParameter);
-            SetTextColor(context, ColorRefOf(InfoStyle.text));
-            SetBkColor(context, ColorRefOf(Theme::WindowGround));
-            SetDCBrushColor(context, ColorRefOf(Theme::WindowGround));
-            return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
-        }
+        case WM_CTLCOLORSTATIC:
+            return ControlColours(wordParameter, InfoStyle.text, Theme::WindowGround);
         case WM_PAINT:
             Paint();
             return 0;

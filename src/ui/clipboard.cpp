@@ -16,6 +16,7 @@ bool CopyToClipboard(HWND owner, const std::wstring& text) {
         }
         // The system owns what it took.
         if (!copied) {
+            // cppcheck-suppress doubleFree ; takes GlobalUnlock for a release
             GlobalFree(memory);
         }
     }

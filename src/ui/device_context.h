@@ -89,6 +89,16 @@ inline COLORREF ColorRefOf(TColour colour) {
     return ToColorRef(colour);
 }
 
+// The answer to a WM_CTLCOLOR... message: the colours of a system control, told to the device context that
+// came with it.
+inline LRESULT ControlColours(WPARAM deviceContext, TColour text, TColour ground) {
+    const HDC context = reinterpret_cast<HDC>(deviceContext);
+    SetTextColor(context, ColorRefOf(text));
+    SetBkColor(context, ColorRefOf(ground));
+    SetDCBrushColor(context, ColorRefOf(ground));
+    return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
+}
+
 // Fills without a brush of its own.
 inline void FillArea(HDC context, const RECT& area, TColour colour) {
     const COLORREF previous = SetBkColor(context, ColorRefOf(colour));

@@ -17,16 +17,10 @@ TGrid::~TGrid() {
 bool TGrid::CreateIn(HWND parent, TGridTexts texts, TScale scale, HFONT font) {
     texts_ = std::move(texts);
     painter_.SetScale(scale, font);
-    TCreateOptions options;
-    options.className = L"VardekoGrid";
-    options.caption = texts_.name;
-    options.style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_CLIPCHILDREN;
-    options.classStyle = CS_DBLCLKS;
-    options.parent = parent;
-    options.left = options.top = options.width = options.height = 0;
-    if (!Create(options)) {
+    if (!CreateControl(parent, L"VardekoGrid", WS_VISIBLE | WS_TABSTOP | WS_CLIPCHILDREN, 0, CS_DBLCLKS)) {
         return false;
     }
+    SetWindowTextW(Handle(), texts_.name.c_str());
     TGridEditorEvents events;
     events.key = [this](TGridKey key) { return UseKey(key); };
     events.lostFocus = [this] { navigator_.TakeOver(); };
@@ -101,8 +95,9 @@ TGridArea TGrid::FocusedCellArea() const {
     return layout_.Cell(source_.CurrentRow().value_or(0), columns_.PositionOf(navigator_.FocusedColumn()));
 }
 
-void TGrid::Repaint() const {
-    InvalidateRect(Handle(), nullptr, FALSE);
+void TGrid::Paint() {
+    const TPaintContext paint(Handle());
+    painter_.Paint(paint.Get(), paint.Client(), View());
 }
 
 TGridView TGrid::View() const {
@@ -253,18 +248,8 @@ std::optional<LRESULT> TGrid::HandleMessage(UINT message, WPARAM wordParameter, 
         case WM_SIZE:
             Arrange();
             return 0;
-        case WM_PAINT: {
-            const TPaintContext paint(Handle());
-            painter_.Paint(paint.Get(), paint.Client(), View());
-            return 0;
-        }
-        case WM_ERASEBKGND:
-            return TRUE;
         case WM_CTLCOLOREDIT:
-            SetTextColor(reinterpret_cast<HDC>(wordParameter), ColorRefOf(Theme::Text));
-            SetBkColor(reinterpret_cast<HDC>(wordParameter), ColorRefOf(Theme::ControlGround));
-            SetDCBrushColor(reinterpret_cast<HDC>(wordParameter), ColorRefOf(Theme::ControlGround));
-            return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
+            return ControlColours(wordParameter, Theme::Text, Theme::ControlGround);
         case WM_GETDLGCODE:
             return DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS;
         case WM_KEYDOWN:
@@ -317,6 +302,6 @@ std::optional<LRESULT> TGrid::HandleMessage(UINT message, WPARAM wordParameter, 
             }
             return 0;
         default:
-            return std::nullopt;
+            return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }
 }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "ui/dpi.h"
+#include "ui/drawn_control.h"
 #include "ui/grid_accessible.h"
 #include "ui/grid_columns.h"
 #include "ui/grid_editors.h"
@@ -17,7 +18,6 @@
 #include "ui/grid_navigator.h"
 #include "ui/grid_painter.h"
 #include "ui/grid_source.h"
-#include "ui/window.h"
 
 struct TGridTexts {
     std::wstring name;       // what a screen reader calls the grid
@@ -27,7 +27,7 @@ struct TGridTexts {
 
 // Shows a source's rows and edits them in place. Columns share the width, rows grow with their content, the
 // current row is the source's. Columns and source must outlive the window.
-class TGrid final : public TWindow, private TGridEditorHost, private TGridAccessibleSide {
+class TGrid final : public TDrawnControl, private TGridEditorHost, private TGridAccessibleSide {
 public:
     TGrid(TGridColumns& columns, TGridSource& source);
     ~TGrid() override;
@@ -71,11 +71,11 @@ private:
     void SelectCell(std::size_t cell) override;
     void DoCellAction(std::size_t cell) override;
 
+    void Paint() override;
     void SourceChanged();
     void Arrange();
     int MeasureRow(std::size_t row, const std::vector<int>& widths) const;
     TGridView View() const;
-    void Repaint() const;
     void TellScreenReader(DWORD event) const;
     TGridArea FocusedCellArea() const;
 

@@ -65,12 +65,7 @@ std::optional<TGridKey> GridKeyOf(WPARAM virtualKey) {
 
 bool TGridRadioPanel::CreateIn(HWND grid, TGridEditorEvents events) {
     events_ = std::move(events);
-    TCreateOptions options;
-    options.className = L"VardekoGridRadioPanel";
-    options.style = WS_CHILD;
-    options.parent = grid;
-    options.left = options.top = options.width = options.height = 0;
-    return Create(options);
+    return CreateControl(grid, L"VardekoGridRadioPanel", 0);
 }
 
 void TGridRadioPanel::SetScale(TScale scale, HFONT font) {
@@ -84,7 +79,7 @@ void TGridRadioPanel::SetItems(const std::vector<TGridItem>& items, const std::w
     const auto found = std::find_if(items_.begin(), items_.end(),
                                     [&](const TGridItem& item) { return item.value == value; });
     selected_ = static_cast<std::size_t>(found - items_.begin());
-    InvalidateRect(Handle(), nullptr, FALSE);
+    Repaint();
 }
 
 SIZE TGridRadioPanel::PreferredSize() const {
@@ -138,7 +133,7 @@ void TGridRadioPanel::Paint() {
 void TGridRadioPanel::Select(std::size_t item) {
     if (item < items_.size()) {
         selected_ = item;
-        InvalidateRect(Handle(), nullptr, FALSE);
+        Repaint();
         NotifyWinEvent(EVENT_OBJECT_VALUECHANGE, GetParent(Handle()), OBJID_CLIENT, CHILDID_SELF);
     }
 }
@@ -187,13 +182,8 @@ std::optional<LRESULT> TGridRadioPanel::HandleMessage(UINT message, WPARAM wordP
         case WM_KILLFOCUS:
             events_.lostFocus();
             return 0;
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return TRUE;
         default:
-            return std::nullopt;
+            return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }
 }
 

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "ui/dpi.h"
+#include "ui/drawn_control.h"
 #include "ui/grid_column.h"
 #include "ui/grid_layout.h"
 #include "ui/grid_navigator.h"
-#include "ui/window.h"
 
 // The grid's key for a virtual-key code with the modifiers that are down now; nothing for others.
 std::optional<TGridKey> GridKeyOf(WPARAM virtualKey);
@@ -26,7 +26,7 @@ struct TGridEditorEvents {
 };
 
 // Offers the choices of a radio group, one below the other.
-class TGridRadioPanel final : public TWindow {
+class TGridRadioPanel final : public TDrawnControl {
 public:
     [[nodiscard]] bool CreateIn(HWND grid, TGridEditorEvents events);
     void SetItems(const std::vector<TGridItem>& items, const std::wstring& value);
@@ -41,7 +41,7 @@ protected:
 private:
     bool KeyDown(WPARAM virtualKey);
     void Select(std::size_t item);
-    void Paint();
+    void Paint() override;
     RECT ItemArea(std::size_t item) const;
 
     TGridEditorEvents events_;

@@ -2,18 +2,13 @@
 
 #include <algorithm>
 
+#include "ui/bitmap_info.h"
 #include "ui/device_context.h"
 
 namespace {
 
 TBitmap MakeBitmap(const TIconCanvas& canvas) {
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = canvas.Size();
-    info.bmiHeader.biHeight = -canvas.Size();  // rows from the top
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
+    const BITMAPINFO info = BitmapInfoOf(canvas);
     void* bits = nullptr;
     TBitmap bitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (bitmap) {

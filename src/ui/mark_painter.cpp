@@ -1,5 +1,7 @@
 #include "ui/mark_painter.h"
 
+#include "ui/bitmap_info.h"
+
 namespace {
 
 // The pixel of a canvas over an opaque ground.
@@ -19,13 +21,7 @@ void PaintMark(HDC context, const RECT& area, TMark mark, TScale scale, TColour 
     for (std::uint32_t& pixel : pixels) {
         pixel = Over(pixel, ground);
     }
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = canvas.Size();
-    info.bmiHeader.biHeight = -canvas.Size();  // rows from the top
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
+    const BITMAPINFO info = BitmapInfoOf(canvas);
     const int left = area.left + (area.right - area.left - canvas.Size()) / 2;
     const int top = area.top + (area.bottom - area.top - canvas.Size()) / 2;
     StretchDIBits(context, left, top, canvas.Size(), canvas.Size(), 0, 0, canvas.Size(), canvas.Size(),

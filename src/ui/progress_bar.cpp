@@ -7,12 +7,7 @@
 #include "ui/device_context.h"
 
 bool TProgressBar::CreateIn(HWND parent) {
-    TCreateOptions options;
-    options.className = L"VardekoProgressBar";
-    options.style = WS_CHILD | WS_VISIBLE;
-    options.parent = parent;
-    options.left = options.top = options.width = options.height = 0;
-    return Create(options);
+    return CreateControl(parent, L"VardekoProgressBar");
 }
 
 void TProgressBar::SetPosition(double position) {
@@ -37,7 +32,7 @@ void TProgressBar::ShowChanges() {
     if (Exists() && FilledPixels() != shownPixels_) {
         // For screen readers; the text is not drawn.
         SetWindowTextW(Handle(), (std::to_wstring(std::lround(Fraction() * 100)) + L" %").c_str());
-        InvalidateRect(Handle(), nullptr, FALSE);
+        Repaint();
     }
 }
 
@@ -49,16 +44,4 @@ void TProgressBar::Paint() {
     FillArea(paint.Get(), paint.Client(), Theme::ControlGround);
     FillArea(paint.Get(), filled, Theme::Accent);
     FrameArea(paint.Get(), paint.Client(), Theme::Border);
-}
-
-std::optional<LRESULT> TProgressBar::HandleMessage(UINT message, WPARAM, LPARAM) {
-    switch (message) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return TRUE;
-        default:
-            return std::nullopt;
-    }
 }

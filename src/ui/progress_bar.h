@@ -3,10 +3,10 @@
 
 #include <windows.h>
 
-#include "ui/window.h"
+#include "ui/drawn_control.h"
 
 // Shows how far something is. The values are wider than those of the system's own control.
-class TProgressBar final : public TWindow {
+class TProgressBar final : public TDrawnControl {
 public:
     [[nodiscard]] bool CreateIn(HWND parent);
 
@@ -22,12 +22,9 @@ public:
     // drawn again.
     void ShowChanges();
 
-protected:
-    std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
-
 private:
     int FilledPixels() const;
-    void Paint();
+    void Paint() override;
 
     double position_ = 0;
     double maximum_ = 100;

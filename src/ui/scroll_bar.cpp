@@ -43,12 +43,7 @@ TScrollBar::~TScrollBar() {
 bool TScrollBar::AttachTo(HWND control, std::function<void(int position)> scrollTo) {
     control_ = control;
     scrollTo_ = std::move(scrollTo);
-    TCreateOptions options;
-    options.className = L"VardekoScrollBar";
-    options.style = WS_CHILD | WS_CLIPSIBLINGS;
-    options.parent = GetParent(control);
-    options.left = options.top = options.width = options.height = 0;
-    if (!Create(options)) {
+    if (!CreateControl(GetParent(control), L"VardekoScrollBar", WS_CLIPSIBLINGS)) {
         return false;
     }
     SetWindowSubclass(control, &TScrollBar::ControlProcedure, 1, reinterpret_cast<DWORD_PTR>(this));
@@ -79,7 +74,7 @@ void TScrollBar::Update() {
     }
     if (info.nPos != shown_.nPos || info.nMax != shown_.nMax || info.nPage != shown_.nPage) {
         shown_ = info;
-        InvalidateRect(Handle(), nullptr, FALSE);
+        Repaint();
     }
 }
 
@@ -112,7 +107,7 @@ void TScrollBar::ButtonDown(int y) {
     if (y >= thumb.top && y < thumb.bottom) {
         dragging_ = true;
         grip_ = y - thumb.top;
-        InvalidateRect(Handle(), nullptr, FALSE);
+        Repaint();
         return;
     }
     pageTarget_ = y;
@@ -144,7 +139,7 @@ void TScrollBar::MouseMoved(int y) {
 void TScrollBar::ButtonUp() {
     KillTimer(Handle(), kPageTimer);
     dragging_ = false;
-    InvalidateRect(Handle(), nullptr, FALSE);
+    Repaint();
 }
 
 void TScrollBar::SetHovered(bool hovered) {
@@ -152,7 +147,7 @@ void TScrollBar::SetHovered(bool hovered) {
         return;
     }
     hovered_ = hovered;
-    InvalidateRect(Handle(), nullptr, FALSE);
+    Repaint();
     if (hovered) {
         TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, Handle(), 0};
         TrackMouseEvent(&track);
@@ -172,11 +167,6 @@ void TScrollBar::Paint() {
 
 std::optional<LRESULT> TScrollBar::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
     switch (message) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return TRUE;
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
             ButtonDown(GET_Y_LPARAM(longParameter));
@@ -200,7 +190,7 @@ std::optional<LRESULT> TScrollBar::HandleMessage(UINT message, WPARAM wordParame
         case WM_MOUSEWHEEL:
             return SendMessageW(control_, message, wordParameter, longParameter);
         default:
-            return std::nullopt;
+            return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }
 }
 

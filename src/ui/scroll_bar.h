@@ -6,11 +6,11 @@
 #include <functional>
 
 #include "ui/dpi.h"
-#include "ui/window.h"
+#include "ui/drawn_control.h"
 
 // Lies over the scroll bar that the system draws for a control, which not every system draws dark. Position
 // and range stay the control's own; this bar only shows and changes them.
-class TScrollBar final : public TWindow {
+class TScrollBar final : public TDrawnControl {
 public:
     ~TScrollBar() override;
 
@@ -36,7 +36,7 @@ private:
     void ButtonUp();
     void Page();
     void SetHovered(bool hovered);
-    void Paint();
+    void Paint() override;
     static LRESULT CALLBACK ControlProcedure(HWND handle, UINT message, WPARAM wordParameter,
                                              LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
 

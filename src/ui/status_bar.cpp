@@ -17,18 +17,13 @@ bool TStatusBar::CreateIn(HWND parent, std::vector<TPanel> panels, TScale scale,
     panels_ = std::move(panels);
     scale_ = scale;
     font_ = font;
-    TCreateOptions options;
-    options.className = L"VardekoStatusBar";
-    options.style = WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN;
-    options.parent = parent;
-    options.left = options.top = options.width = options.height = 0;
-    return Create(options);
+    return CreateControl(parent, L"VardekoStatusBar");
 }
 
 void TStatusBar::SetScale(TScale scale, HFONT font) {
     scale_ = scale;
     font_ = font;
-    InvalidateRect(Handle(), nullptr, FALSE);
+    Repaint();
 }
 
 void TStatusBar::SetText(std::size_t panel, const std::wstring& text) {
@@ -50,7 +45,7 @@ void TStatusBar::ShowChanges() {
         all += (all.empty() || panel.text.empty() ? L"" : L" ") + panel.text;
     }
     SetWindowTextW(Handle(), all.c_str());
-    InvalidateRect(Handle(), nullptr, FALSE);
+    Repaint();
 }
 
 RECT TStatusBar::PanelArea(std::size_t panel) const {
@@ -100,17 +95,10 @@ void TStatusBar::Paint() {
     }
 }
 
-std::optional<LRESULT> TStatusBar::HandleMessage(UINT message, WPARAM, LPARAM) {
-    switch (message) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return TRUE;
-        case WM_SIZE:
-            InvalidateRect(Handle(), nullptr, FALSE);
-            return 0;
-        default:
-            return std::nullopt;
+std::optional<LRESULT> TStatusBar::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
+    if (message == WM_SIZE) {
+        Repaint();
+        return 0;
     }
+    return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
 }

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "ui/dpi.h"
-#include "ui/window.h"
+#include "ui/drawn_control.h"
 
 // A row of panels with texts; one of them takes the room that the others leave.
-class TStatusBar final : public TWindow {
+class TStatusBar final : public TDrawnControl {
 public:
     struct TPanel {
         int width = 0;  // at a scale of 100 %
@@ -37,7 +37,7 @@ protected:
     std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
 
 private:
-    void Paint();
+    void Paint() override;
     void DrawPanel(HDC context, std::size_t panel) const;
 
     std::vector<TPanel> panels_;

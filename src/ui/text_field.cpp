@@ -23,13 +23,7 @@ HWND CreateChild(HWND parent, const wchar_t* className, const std::wstring& text
 bool TTextField::CreateIn(HWND parent, TProperties properties, int width, TScale scale, HFONT font) {
     properties_ = std::move(properties);
     width_ = width;
-    TCreateOptions options;
-    options.className = L"VardekoTextField";
-    options.style = WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN;
-    options.extendedStyle = WS_EX_CONTROLPARENT;
-    options.parent = parent;
-    options.left = options.top = options.width = options.height = 0;
-    if (!Create(options)) {
+    if (!CreateControl(parent, L"VardekoTextField", WS_VISIBLE | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT)) {
         return false;
     }
     // Before the field: a screen reader takes the text before a field for its name.
@@ -124,28 +118,16 @@ void TTextField::Command(HWND control, UINT notification) {
             properties_.changed();
         }
     } else if (control == edit_ && (notification == EN_SETFOCUS || notification == EN_KILLFOCUS)) {
-        InvalidateRect(Handle(), nullptr, FALSE);
+        Repaint();
     }
 }
 
 std::optional<LRESULT> TTextField::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
-    const auto colours = [&](TColour text, TColour ground) {
-        const HDC context = reinterpret_cast<HDC>(wordParameter);
-        SetTextColor(context, ColorRefOf(text));
-        SetBkColor(context, ColorRefOf(ground));
-        SetDCBrushColor(context, ColorRefOf(ground));
-        return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
-    };
     switch (message) {
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return TRUE;
         case WM_CTLCOLOREDIT:
-            return colours(Theme::Text, Theme::ControlGround);
+            return ControlColours(wordParameter, Theme::Text, Theme::ControlGround);
         case WM_CTLCOLORSTATIC:
-            return colours(Theme::DimText, Theme::WindowGround);
+            return ControlColours(wordParameter, Theme::DimText, Theme::WindowGround);
         case WM_DRAWITEM:
             DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
             return TRUE;
@@ -156,6 +138,6 @@ std::optional<LRESULT> TTextField::HandleMessage(UINT message, WPARAM wordParame
             SetFocus(edit_);
             return 0;
         default:
-            return std::nullopt;
+            return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }
 }

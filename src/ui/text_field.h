@@ -7,10 +7,10 @@
 #include <string>
 
 #include "ui/dpi.h"
-#include "ui/window.h"
+#include "ui/drawn_control.h"
 
 // One line of text in a frame, a label to the right of it, and an ellipsis button if wanted.
-class TTextField final : public TWindow {
+class TTextField final : public TDrawnControl {
 public:
     // Height of the field at a scale of 100 %.
     static constexpr int kHeight = 26;
@@ -41,7 +41,7 @@ protected:
 
 private:
     void Place();
-    void Paint();
+    void Paint() override;
     void DrawButton(const DRAWITEMSTRUCT& draw) const;
     void Command(HWND control, UINT notification);
 

@@ -24,13 +24,7 @@ bool TToolBar::CreateIn(HWND parent, std::vector<TToolBarItem> items, TScale sca
     scale_ = scale;
     font_ = font;
     images_.SetScale(scale);
-    TCreateOptions options;
-    options.className = L"VardekoToolBar";
-    options.style = WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN;
-    options.extendedStyle = WS_EX_CONTROLPARENT;
-    options.parent = parent;
-    options.left = options.top = options.width = options.height = 0;
-    if (!Create(options)) {
+    if (!CreateControl(parent, L"VardekoToolBar", WS_VISIBLE | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT)) {
         return false;
     }
     for (const TToolBarItem& item : items) {
@@ -185,13 +179,8 @@ std::optional<LRESULT> TToolBar::HandleMessage(UINT message, WPARAM wordParamete
         case WM_DRAWITEM:
             DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
             return TRUE;
-        case WM_PAINT:
-            Paint();
-            return 0;
-        case WM_ERASEBKGND:
-            return TRUE;
         default:
-            return std::nullopt;
+            return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }
 }
 

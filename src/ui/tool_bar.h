@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "ui/action.h"
+#include "ui/drawn_control.h"
 #include "ui/image_list.h"
 #include "ui/tool_tips.h"
-#include "ui/window.h"
 
 struct TToolBarItem {
     TAction* action = nullptr;  // a separator, when there is none
@@ -20,7 +20,7 @@ struct TToolBarItem {
 
 // Shows actions as buttons: real ones, so that the Tab key, the space bar and screen readers know them, drawn
 // in the dark look.
-class TToolBar final : public TWindow {
+class TToolBar final : public TDrawnControl {
 public:
     // Height at a scale of 100 %.
     static constexpr int kHeight = 44;
@@ -47,7 +47,7 @@ private:
     int ButtonWidth(const TToolBarItem& item) const;
     void ActionChanged(const TButton& button);
     void DrawButton(const DRAWITEMSTRUCT& draw);
-    void Paint();
+    void Paint() override;
     const TButton* FindButton(HWND handle) const;
     static LRESULT CALLBACK ButtonProcedure(HWND handle, UINT message, WPARAM wordParameter,
                                             LPARAM longParameter, UINT_PTR id, DWORD_PTR data);

@@ -33,6 +33,12 @@ POINT CentredOn(HWND owner, SIZE size) {
             centred(base.top, base.bottom, size.cy, work.top, work.bottom)};
 }
 
+bool IsTextField(HWND control) {
+    wchar_t className[8]{};
+    GetClassNameW(control, className, 8);
+    return lstrcmpiW(className, L"EDIT") == 0;
+}
+
 }  // namespace
 
 TDialogWindow::TDialogWindow() : fadeTimer_(static_cast<UINT>(kFadeStep.count()), [this] { FadeStep(); }) {}
@@ -44,8 +50,6 @@ TDialogWindow::~TDialogWindow() {
 bool TDialogWindow::Open(HWND owner, const std::wstring& caption, SIZE size) {
     scale_ = ScaleOfWindow(owner);
     font_ = MakeMessageFont(scale_);
-    windowBrush_.Reset(CreateSolidBrush(ColorRefOf(Theme::WindowGround)));
-    controlBrush_.Reset(CreateSolidBrush(ColorRefOf(Theme::ControlGround)));
     const SIZE scaled{scale_(size.cx), scale_(size.cy)};
     const POINT place = CentredOn(owner, scaled);
     TCreateOptions options;
@@ -68,8 +72,10 @@ bool TDialogWindow::Open(HWND owner, const std::wstring& caption, SIZE size) {
     keys_.emplace([this](MSG& message) { return HandleKey(message); });
     focusBefore_ = GetFocus();
     DisableOtherWindows();
+    // A tool tip, too, is always on top, but goes away by itself.
     const auto isTopmost = [](HWND window) {
-        return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+        return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0 &&
+               (GetWindowLongPtrW(window, GWL_STYLE) & WS_CAPTION) == WS_CAPTION;
     };
     if (std::ranges::any_of(disabled_, isTopmost)) {
         // Behind a disabled window that is always on top nobody would find it.
@@ -186,7 +192,9 @@ std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordPar
         case WM_CTLCOLORSTATIC:
         case WM_CTLCOLOREDIT:
         case WM_CTLCOLORBTN:
-            return ColourControl(reinterpret_cast<HDC>(wordParameter), reinterpret_cast<HWND>(longParameter));
+            return ControlColours(wordParameter, Theme::Text,
+                                  IsTextField(reinterpret_cast<HWND>(longParameter)) ? Theme::ControlGround
+                                                                                     : Theme::WindowGround);
         case WM_DRAWITEM:
             DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
             return TRUE;
@@ -213,15 +221,6 @@ std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordPar
         default:
             return std::nullopt;
     }
-}
-
-LRESULT TDialogWindow::ColourControl(HDC context, HWND control) const {
-    wchar_t className[8]{};
-    GetClassNameW(control, className, 8);
-    const bool isField = lstrcmpiW(className, L"EDIT") == 0;
-    SetTextColor(context, ColorRefOf(Theme::Text));
-    SetBkColor(context, ColorRefOf(isField ? Theme::ControlGround : Theme::WindowGround));
-    return reinterpret_cast<LRESULT>((isField ? controlBrush_ : windowBrush_).Get());
 }
 
 void TDialogWindow::DrawButton(const DRAWITEMSTRUCT& draw) const {

@@ -61,15 +61,12 @@ private:
     void SetFontOfControls();
     void ScaleChanged(UINT dpi, const RECT& area);
     void DrawButton(const DRAWITEMSTRUCT& draw) const;
-    LRESULT ColourControl(HDC context, HWND control) const;
     void FadeStep();
     static LRESULT CALLBACK ButtonProcedure(HWND button, UINT message, WPARAM wordParameter,
                                             LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
 
     TScale scale_;
     TFont font_;
-    TBrush windowBrush_;
-    TBrush controlBrush_;
     std::vector<HWND> controls_;
     std::vector<HWND> disabled_;
     HWND hovered_ = nullptr;
