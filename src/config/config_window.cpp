@@ -213,7 +213,7 @@ std::optional<std::wstring> TfmConfig::AskForFolder(const std::wstring& startFol
 }
 
 std::optional<std::wstring> TfmConfig::PickExistingFolder(const std::wstring& startFolder) {
-    const std::optional<std::wstring> folder = AskForFolder(startFolder);
+    std::optional<std::wstring> folder = AskForFolder(startFolder);
     if (!folder) {
         return std::nullopt;
     }

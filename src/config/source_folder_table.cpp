@@ -4,6 +4,8 @@
 #include <cassert>
 #include <stdexcept>
 
+#include "support/path_text.h"
+
 namespace {
 
 const SourceFolderRow kEmptyRow;
@@ -22,6 +24,10 @@ void CheckLengths(const SourceFolderRow& row) {
 }
 
 }  // namespace
+
+std::wstring SourceFolderRow::Folder() const {
+    return Directory ? std::wstring(RemoveTrailingSeparator(*Directory)) : std::wstring();
+}
 
 void TSourceFolderTable::Open() {
     if (!IsOpen()) {

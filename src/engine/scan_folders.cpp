@@ -11,7 +11,6 @@
 #include "support/folder_listing.h"
 #include "support/folder_tree.h"
 #include "support/path_hash.h"
-#include "support/path_text.h"
 #include "support/system_error.h"
 #include "support/text.h"
 
@@ -49,7 +48,7 @@ void TFolderScan::CollectAllFolders() {
         if (!row.Aktive.value_or(false)) {
             continue;
         }
-        const std::wstring folder(RemoveTrailingSeparator(row.Directory.value_or(std::wstring())));
+        const std::wstring folder = row.Folder();
         if (!FolderExists(calls_, folder)) {
             continue;
         }
@@ -92,8 +91,8 @@ void TFolderScan::ScanFolder(const std::wstring& folder) {
 }
 
 void TFolderScan::FindFilesToCopy(const std::wstring& folder, TStringList& filesToCopy) {
-    const TDestinationListing destination(calls_, std::wstring(RemoveTrailingSeparator(DestinationFolder(
-                                                      parameters_.nas, parameters_.host, folder + L"\\"))));
+    const TDestinationListing destination(calls_,
+                                          DestinationOfFilesIn(parameters_.nas, parameters_.host, folder));
     std::wstring path = folder + L"\\";
     const std::size_t folderLength = path.size();
     TFolderListing listing(calls_, folder);
@@ -114,16 +113,18 @@ void TFolderScan::FindFilesToCopy(const std::wstring& folder, TStringList& files
 }
 
 bool TFolderScan::MustCopy(const TDestinationListing& destination, const WIN32_FIND_DATAW& file,
-                           std::wstring_view path) const try {
+                           std::wstring_view path) const {
     const auto copied = destination.LastWriteOf(file.cFileName);
     if (!copied) {
         return true;
     }
-    return MustCopyAgain(localTime_.ToLocal(file.ftLastWriteTime),
-                         parameters_.nasData->Find(PathDigest(path)),
-                         [&] { return localTime_.ToLocal(*copied); });
-} catch (const std::exception& error) {
-    throw std::runtime_error(error.what() + (": " + ToUtf8(path)));
+    try {
+        return MustCopyAgain(localTime_.ToLocal(file.ftLastWriteTime),
+                             parameters_.nasData->Find(PathDigest(path)),
+                             [&] { return localTime_.ToLocal(*copied); });
+    } catch (const std::exception& error) {
+        throw std::runtime_error(error.what() + (": " + ToUtf8(path)));
+    }
 }
 
 // A listing that breaks off is not an empty folder: somebody must hear of it, once.

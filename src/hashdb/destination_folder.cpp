@@ -30,3 +30,8 @@ std::wstring DestinationFolder(std::wstring_view nas, std::wstring_view host, st
     result += rest;
     return result;
 }
+
+std::wstring DestinationOfFilesIn(std::wstring_view nas, std::wstring_view host,
+                                  const std::wstring& sourceFolder) {
+    return std::wstring(RemoveTrailingSeparator(DestinationFolder(nas, host, sourceFolder + L"\\")));
+}

@@ -9,7 +9,6 @@
 #include "support/folder_listing.h"
 #include "support/folder_tree.h"
 #include "support/path_hash.h"
-#include "support/path_text.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ std::vector<std::wstring> CollectFolders(const TPlatformCalls& calls, TSourceFol
     TLinkLoopCheck linkLoops(calls);
     while (!sourceFolders.Eof()) {
         const SourceFolderRow& row = sourceFolders.Current();
-        const std::wstring folder(RemoveTrailingSeparator(row.Directory.value_or(std::wstring())));
+        const std::wstring folder = row.Folder();
         if (row.Aktive.value_or(false) && FolderExists(calls, folder)) {
             WalkSubFolders(calls, linkLoops, folder,
                            {.hiddenFolders = false,
@@ -53,8 +52,7 @@ void ReindexSourceFolders(const TPlatformCalls& calls, TSourceFolderTable& sourc
             return;
         }
         reports.folderBegun(folder);
-        const TDestinationListing destination(
-            calls, std::wstring(RemoveTrailingSeparator(DestinationFolder(nas, host, folder + L"\\"))));
+        const TDestinationListing destination(calls, DestinationOfFilesIn(nas, host, folder));
         TFolderListing listing(calls, folder);
         while (listing.Next()) {
             const std::wstring name = listing.Entry().cFileName;
