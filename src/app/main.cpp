@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include "app/main_window.h"
 #include "config/config_window.h"
@@ -82,36 +83,35 @@ private:
     TfmUpdateCheck fmUpdateCheck;
 };
 
-int RunProgram(const TCommandLine& commandLine, int showCommand) {
+int RunProgram(const TCommandLine& commandLine, int nShowCmd) {
     TfmMain fmMain(SystemPlatformCalls(), commandLine);
     std::unique_ptr<TDM> dataModule;
+    std::optional<TProgramWindows> windows;
     try {
         fmMain.FormCreate();
         dataModule = std::make_unique<TDM>(SystemPlatformCalls());
         dataModule->DataModuleCreate();
+        windows.emplace(fmMain, *dataModule);
+        fmMain.Show(*dataModule, *windows, nShowCmd);
     } catch (const std::exception& error) {
         ReportFailedStart(FromUtf8Lossy(error.what()), commandLine.copy,
                           dataModule ? dataModule->ConfigurationFolder() : std::wstring());
+        fmMain.Destroy();
         return kCouldNotStart;
     }
     SetUnexpectedErrorHandler([&fmMain](const std::wstring& text) { fmMain.ReportUnexpectedError(text); });
-    int exitCode = kCouldNotStart;
-    {
-        TProgramWindows windows(fmMain, *dataModule);
-        fmMain.Show(*dataModule, windows, showCommand);
-        RunMessageLoop([] { return false; }, [&fmMain] { fmMain.ApplicationIdle(); });
-        fmMain.EndDataModule();
-        exitCode = fmMain.ExitCode();
-    }
+    RunMessageLoop([] { return false; }, [&fmMain] { fmMain.ApplicationIdle(); });
+    fmMain.EndDataModule();
+    windows.reset();
     SetUnexpectedErrorHandler({});
-    return exitCode;
+    return fmMain.ExitCode();
 }
 
 }  // namespace
 
-int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int showCommand) {
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int nShowCmd) {
     const TComLibrary com;
     const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
-    return RunProgram(ParseCommandLine(ProgramArguments()), showCommand);
+    return RunProgram(ParseCommandLine(ProgramArguments()), nShowCmd);
 }

@@ -1,7 +1,6 @@
 #include "app/status_list_model.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "support/text.h"
 
@@ -56,7 +55,7 @@ const char* TStatusListModel::Keep(const std::string& text) {
         freeBytes_ = size;
     }
     char* kept = free_;
-    std::memcpy(kept, text.data(), text.size());
+    text.copy(kept, text.size());
     free_ += text.size();
     freeBytes_ -= text.size();
     return kept;

@@ -21,6 +21,7 @@ std::wstring TSystemCodePage::Decode(std::string_view bytes) const {
         return {};
     }
     const int size = static_cast<int>(bytes.size());
+    // cppcheck-suppress invalidLifetime ; takes the parameter for the caller's variable of that name
     const int length = MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, nullptr, 0);
     std::wstring text(static_cast<std::size_t>(length), L'\0');
     MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, text.data(), length);

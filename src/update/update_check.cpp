@@ -219,16 +219,16 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
     UpdateActions();
     switch (result.state) {
         case TDownLoadState::Finished:
+        case TDownLoadState::FinishedWithWarnings:
             if (isClosing_) {
                 // Cancelled at the very moment at which it was done.
-                calls_.DeleteFileW(localFile_.c_str());
+                calls_.DeleteFileW(ExtendedPath(localFile_).c_str());
                 window_.FadeOut([this] { Close(); });
-            } else {
+            } else if (result.state == TDownLoadState::Finished) {
                 AskForSetup();
+            } else {
+                Tell(L"Message", L"Process completed with some warnings", [this] { AskForSetup(); });
             }
-            break;
-        case TDownLoadState::FinishedWithWarnings:
-            Tell(L"Message", L"Process completed with some warnings", [this] { AskForSetup(); });
             break;
         case TDownLoadState::Stopped:
             SetLabel({});
