@@ -2,7 +2,6 @@
 # Installs the Debian 12 packages that are missing; when all are there it takes a blink and needs no network.
 #   scripts/packages.sh run    what ./run needs: building the program, running it, taking a screenshot
 #   scripts/packages.sh test   that, and what ./test needs
-#   scripts/packages.sh lint   what ./run needs, and clang-tidy
 set -euo pipefail
 
 packages=(
@@ -14,9 +13,8 @@ packages=(
 )
 case "${1:-}" in
     run) ;;
-    test) packages+=(g++ googletest clang-format openssl) ;;
-    lint) packages+=(g++ googletest clang-format openssl clang-tidy) ;;
-    *) echo "usage: $0 run|test|lint" >&2; exit 64 ;;
+    test) packages+=(g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl) ;;
+    *) echo "usage: $0 run|test" >&2; exit 64 ;;
 esac
 
 missing=()

@@ -157,6 +157,15 @@ def test_whole_run(outcome):
     count_tests("whole_run_test (Wine)", code, output, outcome)
 
 
+def fuzz(*limit):
+    def stage(outcome):
+        code, output = run([sys.executable, "scripts/fuzz.py", *limit], 4 * 3600)
+        count_tests("fuzz targets", code, output, outcome)
+        for target, executions in re.findall(r"^\[ RUN +\] (.*)\n(.*executions.*)", output, re.M):
+            outcome.say(f"    {target}: {executions}")
+    return stage
+
+
 def lint(outcome):
     check("clang-tidy", ["scripts/lint.sh"], outcome, seconds=1800)
 
@@ -171,23 +180,24 @@ STAGES = {
     "native": test_native("native", {"ASAN_OPTIONS": "detect_stack_use_after_return=1"}),
     "build-native-thread": build("native-thread"),
     "native-thread": test_native("native-thread", {"TSAN_OPTIONS": "halt_on_error=1"}),
+    "build-native-fuzz": build("native-fuzz"),
+    "fuzz": fuzz(),
+    "lint": lint,
 }
-# Run only when named: minutes for what changes little from commit to commit.
-EXTRA_STAGES = {"lint": lint}
-# Mostly waits for the program's timers, so the next build goes on meanwhile.
-BESIDE_THE_NEXT = "whole-run"
+# These use one core at most, so the others go on meanwhile; they are reported when they are done.
+ON_ONE_CORE = ("whole-run", "wine")
 
 
 def run_stage(name):
     outcome = Outcome()
     began = time.monotonic()
-    (STAGES | EXTRA_STAGES)[name](outcome)
+    STAGES[name](outcome)
     outcome.seconds = time.monotonic() - began
     return outcome
 
 
-def report(outcome, total):
-    print(f": {outcome.seconds:.0f} s")
+def report(name, outcome, total):
+    print(f"-- {name}: {outcome.seconds:.0f} s")
     for text in outcome.text:
         print(text)
     sys.stdout.flush()
@@ -197,28 +207,23 @@ def report(outcome, total):
 
 
 def main(names):
-    stages = STAGES | EXTRA_STAGES
-    unknown = [name for name in names if name not in stages]
+    unknown = [name for name in names if name not in STAGES]
     if unknown:
-        print(f"There is no stage {' '.join(unknown)}; the stages are {' '.join(stages)}.")
+        print(f"There is no stage {' '.join(unknown)}; the stages are {' '.join(STAGES)}.")
         return 64
     start = time.monotonic()
     total = Outcome()
-    beside = None
+    beside = {}
     with concurrent.futures.ThreadPoolExecutor(1) as pool:
         for name in names or STAGES:
-            if name == BESIDE_THE_NEXT:
-                beside = pool.submit(run_stage, name)
+            if name in ON_ONE_CORE:
+                beside[name] = pool.submit(run_stage, name)
                 continue
-            print(f"-- {name}", end="", flush=True)
-            report(run_stage(name), total)
-            if beside:
-                print(f"-- {BESIDE_THE_NEXT}", end="", flush=True)
-                report(beside.result(), total)
-                beside = None
-        if beside:
-            print(f"-- {BESIDE_THE_NEXT}", end="", flush=True)
-            report(beside.result(), total)
+            report(name, run_stage(name), total)
+            for done in [other for other in beside if beside[other].done()]:
+                report(done, beside.pop(done).result(), total)
+        for name, stage in beside.items():
+            report(name, stage.result(), total)
     print(f"\nAll of it took {time.monotonic() - start:.0f} s.")
     if total.failures:
         print("Failed: " + ", ".join(total.failures))
@@ -233,6 +238,6 @@ if __name__ == "__main__":
         in_wine(sys.argv[2:])
         sys.exit(0)
     if sys.argv[1:2] == ["--list"]:
-        print("\n".join(STAGES | EXTRA_STAGES))
+        print("\n".join(STAGES))
         sys.exit(0)
     sys.exit(main(sys.argv[1:]))
