@@ -53,6 +53,8 @@ void ReindexSourceFolders(const TPlatformCalls& calls, TSourceFolderTable& sourc
         }
         reports.folderBegun(folder);
         const TDestinationListing destination(calls, DestinationOfFilesIn(nas, host, folder));
+        std::wstring path = folder + L"\\";
+        const std::size_t folderLength = path.size();
         TFolderListing listing(calls, folder);
         while (listing.Next()) {
             const std::wstring name = listing.Entry().cFileName;
@@ -60,7 +62,8 @@ void ReindexSourceFolders(const TPlatformCalls& calls, TSourceFolderTable& sourc
                 continue;
             }
             if (const auto copied = destination.LastWriteOf(name)) {
-                hashTable.Append(PathDigest(folder + L"\\" + name), localTime.ToLocal(*copied));
+                path.replace(folderLength, std::wstring::npos, name);
+                hashTable.Append(PathDigest(path), localTime.ToLocal(*copied));
                 reports.fileIndexed(name);
             }
         }

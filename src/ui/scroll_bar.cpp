@@ -4,6 +4,7 @@
 #include <windowsx.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "ui/device_context.h"
@@ -98,7 +99,7 @@ int TScrollBar::PositionAt(int thumbTop) const {
     const TThumb thumb = Thumb();
     const double way = std::max<int>(1, client.bottom - (thumb.bottom - thumb.top));
     const double share = std::clamp(thumbTop / way, 0.0, 1.0);
-    return shown_.nMin + static_cast<int>(share * (LastPosition(shown_) - shown_.nMin) + 0.5);
+    return shown_.nMin + static_cast<int>(std::lround(share * (LastPosition(shown_) - shown_.nMin)));
 }
 
 void TScrollBar::ButtonDown(int y) {

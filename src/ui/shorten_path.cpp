@@ -41,8 +41,7 @@ std::wstring ShortenPath(std::wstring_view path, const TFits& fits) {
     if (folder.size() > drive.size() + 1) {
         const std::wstring name = ellipsis + L"\\" + std::wstring(FileNamePart(path));
         const std::size_t least = drive.empty() ? 0 : drive.size() + 1;
-        if (const std::wstring shortened =
-                LongestThatFits(folder.substr(0, folder.size() - 1), least, name, fits);
+        if (std::wstring shortened = LongestThatFits(folder.substr(0, folder.size() - 1), least, name, fits);
             !shortened.empty()) {
             return shortened;
         }

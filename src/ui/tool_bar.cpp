@@ -20,7 +20,7 @@ std::wstring HintWithShortcut(const TAction& action) {
 
 }  // namespace
 
-bool TToolBar::CreateIn(HWND parent, std::vector<TToolBarItem> items, TScale scale, HFONT font) {
+bool TToolBar::CreateIn(HWND parent, const std::vector<TToolBarItem>& items, TScale scale, HFONT font) {
     scale_ = scale;
     font_ = font;
     images_.SetScale(scale);

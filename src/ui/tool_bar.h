@@ -26,7 +26,8 @@ public:
     static constexpr int kHeight = 44;
 
     // Creates the bar. Hidden actions get no button.
-    [[nodiscard]] bool CreateIn(HWND parent, std::vector<TToolBarItem> items, TScale scale, HFONT font);
+    [[nodiscard]] bool CreateIn(HWND parent, const std::vector<TToolBarItem>& items, TScale scale,
+                                HFONT font);
     // Places the buttons anew.
     void SetScale(TScale scale, HFONT font);
 

@@ -145,7 +145,7 @@ THttpError THttpExchange::Prepare(const std::wstring& address, const std::wstrin
                           sizeof(contextValue))) {
         return GetLastError();
     }
-    context.release();  // deleted when the handle closes
+    static_cast<void>(context.release());  // deleted when the handle closes
     if (!headers.empty() && !WinHttpAddRequestHeaders(request_.Get(), headers.c_str(), static_cast<DWORD>(-1),
                                                       WINHTTP_ADDREQ_FLAG_ADD)) {
         return GetLastError();

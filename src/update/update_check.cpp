@@ -76,7 +76,7 @@ TfmUpdateCheck::TfmUpdateCheck(const TPlatformCalls& calls, const TCodePage& cod
       endProgram_(std::move(endProgram)),
       window_(acSearchForUpdates, acDownload, [this] { btnCancelClick(); }),
       http_({L"Vardeko " + options_.versionText + L" Update Agent", kLargestInformation, options_.patience},
-            [this](THttpReply reply) { HttpFinished(std::move(reply)); }),
+            [this](const THttpReply& reply) { HttpFinished(reply); }),
       downLoader_(calls,
                   {[this](const TDownLoadProgress& progress) {
                        SetLabel(TransferText(progress.bytesDone, progress.bytesPerSecond,
@@ -140,7 +140,7 @@ std::wstring TfmUpdateCheck::InformationFile() const {
     return options_.dataFolder + L"\\VardekoUpdate.ini";
 }
 
-void TfmUpdateCheck::HttpFinished(THttpReply reply) {
+void TfmUpdateCheck::HttpFinished(const THttpReply& reply) {
     SetLabel({});
     if (reply.code != 0) {
         AddLog(ErrorLine(reply.code, reply.description));

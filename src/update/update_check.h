@@ -67,7 +67,7 @@ private:
     void btnCancelClick();
 
     std::wstring InformationFile() const;
-    void HttpFinished(THttpReply reply);
+    void HttpFinished(const THttpReply& reply);
     TErrorCode SaveInformation(std::string_view bytes);
     void ReadInformation();
     void TellNoUpdate();

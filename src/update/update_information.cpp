@@ -42,7 +42,10 @@ int WholeNumber(std::wstring_view text) {
 
 // An address or name that is too long is dropped, not cut: cut, it would be another one.
 std::wstring DroppedIfLonger(std::wstring text, std::size_t limit) {
-    return text.size() > limit ? std::wstring() : text;
+    if (text.size() > limit) {
+        text.clear();
+    }
+    return text;
 }
 
 // Whether the name up to its first "." is one that the system gives a device, in every folder.
