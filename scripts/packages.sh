@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian 12 packages that are missing; when all are there it takes a blink and needs no network.
 #   scripts/packages.sh run    what ./run needs: building the program, running it, taking a screenshot
-#   scripts/packages.sh test   that, and what ./test needs
+#   scripts/packages.sh test   that, and what ./test needs; and the packages named besides
 set -euo pipefail
 
 packages=(
@@ -14,8 +14,9 @@ packages=(
 case "${1:-}" in
     run) ;;
     test) packages+=(g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl) ;;
-    *) echo "usage: $0 run|test" >&2; exit 64 ;;
+    *) echo "usage: $0 run|test [PACKAGE...]" >&2; exit 64 ;;
 esac
+packages+=("${@:2}")
 
 missing=()
 installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${packages[@]}" 2>/dev/null || true)
