@@ -24,7 +24,7 @@ void TDestinationListing::Read() {
         if (IsLeftOverTemporaryName(entry.cFileName)) {
             RemoveFile(calls_, folder_ + L"\\" + entry.cFileName);
         } else if (!IsTemporaryName(entry.cFileName)) {
-            filesByFoldedName_.emplace(FoldedCase(entry.cFileName), entry.ftLastWriteTime);
+            files_.emplace(entry.cFileName, entry.ftLastWriteTime);
         }
     }
     complete_ = listing.Error() == ERROR_SUCCESS || listing.FolderIsMissing();
@@ -50,6 +50,18 @@ std::optional<FILETIME> TDestinationListing::LastWriteOf(std::wstring_view fileN
     if (!complete_) {
         return Ask(fileName);
     }
-    const auto found = filesByFoldedName_.find(FoldedCase(fileName));
-    return found == filesByFoldedName_.end() ? std::nullopt : std::optional(found->second);
+    if (const auto found = files_.find(fileName); found != files_.end()) {
+        return found->second;
+    }
+    return KnowsOtherSpelling(fileName) ? Ask(fileName) : std::nullopt;
+}
+
+bool TDestinationListing::KnowsOtherSpelling(std::wstring_view fileName) const {
+    if (!foldedNames_) {
+        foldedNames_.emplace();
+        for (const auto& [name, time] : files_) {
+            foldedNames_->insert(FoldedCase(name));
+        }
+    }
+    return foldedNames_->contains(FoldedCase(fileName));
 }

@@ -3,18 +3,23 @@
 
 #include <windows.h>
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "support/platform_calls.h"
 
 // Answers for every file of one destination folder whether it exists and when it was last written, from a
-// single listing: the destination is far away, and a question per file is what makes backups slow. When the
-// listing fails for another reason than a missing folder, the questions are asked file by file instead, so
-// that nothing is wrongly held for missing. When the destination does not answer them either, LastWriteOf
-// throws std::runtime_error (UTF-8, German). Temporary files of interrupted runs are removed on the way.
+// single listing: the destination is far away, and a question per file is what makes backups slow. Asked is
+// only what a listing cannot answer: everything when it fails for another reason than a missing folder, so
+// that nothing is wrongly held for missing; and a name of which the listing knows another spelling only,
+// since whether the two are one file is the file system's to say. When the destination does not answer,
+// LastWriteOf throws std::runtime_error (UTF-8, German). Temporary files of interrupted runs are removed on
+// the way.
 class TDestinationListing {
 public:
     // The folder's path, without a trailing "\".
@@ -28,8 +33,17 @@ private:
     void Read();
     std::optional<FILETIME> Ask(std::wstring_view fileName) const;
 
+    bool KnowsOtherSpelling(std::wstring_view fileName) const;
+
+    struct TNameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::wstring_view name) const { return std::hash<std::wstring_view>()(name); }
+    };
+
     const TPlatformCalls& calls_;
     std::wstring folder_;
     bool complete_ = false;
-    std::unordered_map<std::wstring, FILETIME> filesByFoldedName_;
+    std::unordered_map<std::wstring, FILETIME, TNameHash, std::equal_to<>> files_;
+    // Made when a file is first missed: when nothing has changed, none is.
+    mutable std::optional<std::unordered_set<std::wstring>> foldedNames_;
 };
