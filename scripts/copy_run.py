@@ -89,7 +89,7 @@ def show_tree(destination):
 def show_error_log(path):
     if not os.path.exists(path):
         return
-    with open(path, encoding="cp1252", errors="replace") as file:
+    with open(path, encoding="utf-8", errors="replace") as file:
         lines = file.read().splitlines()
     print(f"\nError.log, the last of its {len(lines)} lines:")
     print("\n".join(lines[-10:]))

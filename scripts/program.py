@@ -9,12 +9,14 @@ PROGRAM = os.path.join(ROOT, "build", "windows-x64", "bin", "Vardeko.exe")
 
 
 class Program:
-    """The program at work in the prefix and on the display of the environment."""
+    """The program at work in the prefix and on the display of the environment.
 
-    def __init__(self, *arguments, path=PROGRAM):
+    via: a command that runs what follows it."""
+
+    def __init__(self, *arguments, via=()):
         # A program that cannot start says why on its standard error. Wine hands its exit code on.
         self.errors = tempfile.TemporaryFile()
-        self.process = subprocess.Popen(["wine", path, *arguments], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([*via, "wine", PROGRAM, *arguments], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.DEVNULL, stderr=self.errors)
         self.used_ticks = 0
         self.used_at = time.monotonic()

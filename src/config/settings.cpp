@@ -9,6 +9,7 @@
 #include "support/path_text.h"
 #include "support/system_code_page.h"
 #include "support/system_error.h"
+#include "support/text.h"
 
 TSettings LoadSettings(const TPlatformCalls& calls, std::wstring_view iniPath, const TUnprotect& unprotect) {
     std::string bytes;
@@ -23,8 +24,16 @@ TSettings LoadSettings(const TPlatformCalls& calls, std::wstring_view iniPath, c
     settings.NAS = LocaleUpperCase(RemoveTrailingSeparator(text(L"NASDIR")));
     settings.UseConnect = ini.Boolean(kSettingsSection, L"CONNECT", false);
     if (settings.UseConnect) {
-        settings.AUser = unprotect(text(L"USER"));
-        settings.APass = unprotect(text(L"PASS"));
+        const auto credential = [&](std::wstring_view key, const char* name) {
+            try {
+                return unprotect(text(key));
+            } catch (const std::exception& failure) {
+                throw std::runtime_error(name + (" in \"" + ToUtf8(iniPath)) +
+                                         "\" kann nicht entschlüsselt werden: " + failure.what());
+            }
+        };
+        settings.AUser = credential(L"USER", "Der Anmeldename");
+        settings.APass = credential(L"PASS", "Das Passwort");
     }
     return settings;
 }
