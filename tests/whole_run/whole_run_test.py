@@ -11,10 +11,11 @@ import time
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-sys.path.insert(0, os.path.join(ROOT, "scripts"))
+sys.path[:0] = [os.path.join(ROOT, "scripts"), os.path.join(ROOT, "tests")]
 
 import backup_tree  # noqa: E402
-from program import PROGRAM, Program  # noqa: E402
+from case_report import run_cases  # noqa: E402
+from program import Program  # noqa: E402
 from write_config import SourceFolder, config_folder, map_drive, table_header, write_config  # noqa: E402
 
 PREFIX = os.environ["WINEPREFIX"]
@@ -330,53 +331,5 @@ class WholeRun(unittest.TestCase):
             self.assertEqual(left, [])
 
 
-class Reporter(unittest.TestResult):
-    """Reports as the other test programs do, so that one reader counts them all."""
-
-    def startTest(self, test):
-        super().startTest(test)
-        self.began = time.monotonic()
-        self.bad = False
-        print(f"[ RUN      ] {self.name(test)}", flush=True)
-
-    @staticmethod
-    def name(test):
-        return "WholeRun." + test.id().split(".")[-1]
-
-    def addError(self, test, error):
-        super().addError(test, error)
-        self.note(self.errors[-1][1])
-
-    def addFailure(self, test, error):
-        super().addFailure(test, error)
-        self.note(self.failures[-1][1])
-
-    def addSubTest(self, test, subtest, error):
-        super().addSubTest(test, subtest, error)
-        if error is not None:
-            self.note(f"{subtest}\n{(self.failures + self.errors)[-1][1]}")
-
-    def note(self, text):
-        self.bad = True
-        print(text, flush=True)
-
-    def stopTest(self, test):
-        super().stopTest(test)
-        mark = "[  FAILED  ]" if self.bad else "[       OK ]"
-        print(f"{mark} {self.name(test)} ({(time.monotonic() - self.began) * 1000:.0f} ms)", flush=True)
-
-
-def main(names):
-    if not os.path.exists(PROGRAM):
-        print(f"There is no {PROGRAM}.")
-        return 1
-    suite = unittest.TestSuite(test for test in unittest.defaultTestLoader.loadTestsFromTestCase(WholeRun)
-                               if not names or any(name in test.id() for name in names))
-    result = Reporter()
-    suite.run(result)
-    print(f"[==========] {result.testsRun} tests ran.")
-    return 0 if result.wasSuccessful() else 1
-
-
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    sys.exit(run_cases(WholeRun, sys.argv[1:]))
