@@ -13,7 +13,7 @@ packages=(
 )
 case "${1:-}" in
     run) ;;
-    test) packages+=(g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl) ;;
+    test) packages+=(cmark-gfm g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl) ;;
     *) echo "usage: $0 run|test [PACKAGE...]" >&2; exit 64 ;;
 esac
 packages+=("${@:2}")

@@ -13,10 +13,10 @@ class Program:
 
     via: a command that runs what follows it."""
 
-    def __init__(self, *arguments, via=()):
+    def __init__(self, *arguments, path=PROGRAM, via=()):
         # A program that cannot start says why on its standard error. Wine hands its exit code on.
         self.errors = tempfile.TemporaryFile()
-        self.process = subprocess.Popen([*via, "wine", PROGRAM, *arguments], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([*via, "wine", path, *arguments], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.DEVNULL, stderr=self.errors)
         self.used_ticks = 0
         self.used_at = time.monotonic()

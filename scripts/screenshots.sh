@@ -1,5 +1,6 @@
 #!/bin/bash
-# Takes the pictures of the main window that docs/images/ holds, from the real program at work on a real folder:
+# Takes the pictures of the main window and of the empty and filled configuration that docs/images/ holds, from
+# the real program at work on made folders:
 #   scripts/screenshots.sh [SCALE...]      100 150 200 when none is named
 # Needs build/windows-x64/bin/Vardeko.exe.
 set -euo pipefail
@@ -25,12 +26,34 @@ dark_frames() {
     wine regedit /S "Z:${work//\//\\}\\colours.reg"
 }
 
-window() { xdotool search --onlyvisible --name '^Vardeko x64$' | head -n 1; }
+# What a user has: some letters, invoices and photos, enough of them to be photographed while they are copied.
+make_folders() {
+    local documents=$1/Documents pictures=$1/Pictures name year month number
+    mkdir -p "$documents/Briefe"
+    for name in 'Kündigung Stromvertrag.docx' 'Brief an die Versicherung.docx' 'Einladung Sommerfest.docx'; do
+        head -c 24000 /dev/zero >"$documents/Briefe/$name"
+    done
+    for year in 2024 2025 2026; do
+        mkdir -p "$documents/Rechnungen/$year"
+        for month in {01..12}; do
+            head -c 90000 /dev/zero >"$documents/Rechnungen/$year/Rechnung $year-$month.pdf"
+        done
+    done
+    head -c 60000 /dev/zero >"$documents/Haushaltsbuch.xlsx"
+    for name in '2025 Ostsee' '2026 Garten' '2026 Geburtstag Oma'; do
+        mkdir -p "$pictures/$name"
+        for number in {1001..1500}; do
+            head -c 50000 /dev/zero >"$pictures/$name/IMG_$number.jpg"
+        done
+    done
+}
 
-# picture NAME: the window as it is now.
+window() { xdotool search --onlyvisible --name "${1:-^Vardeko x64$}" | head -n 1; }
+
+# picture NAME [WINDOW]: the main window, or the named one, as it is now.
 picture() {
-    import -window "$(window)" -colors 256 -strip "PNG8:$images/main-$1-$scale.png"
-    echo "docs/images/main-$1-$scale.png"
+    import -window "$(window "${2:-}")" -colors 256 -strip "PNG8:$images/$1-$scale.png"
+    echo "docs/images/$1-$scale.png"
 }
 
 # Starts the program and waits for its window.
@@ -58,48 +81,86 @@ press() {
     xdotool mousemove 1990 1290
 }
 
+# Waits for the end of a run, which writes the hash table.
+copied() {
+    local tries
+    for tries in {1..120}; do
+        sleep 1
+        [ -z "$(find "$nas" -name Vardeko.dat)" ] || break
+    done
+    sleep 1
+}
+
+# As "Ordner einfügen" fills in the rows.
+configure() {
+    PYTHONPATH=scripts python3 - <<'END'
+import os
+from write_config import SourceFolder, write_config
+rows = [SourceFolder("C:\\Users\\Petra\\" + name, Extensions=".pdf,.docx,.xlsx,.jpg")
+        for name in ("Documents", "Pictures")]
+write_config(os.environ["WINEPREFIX"], "\\\\nas\\sicherung", rows)
+END
+}
+
+configuration() {
+    press ctrl+e
+    sleep 1
+    picture "$1" '^Config COPY$'
+}
+
 # The copies of some files have a folder in their way.
 put_folders_in_the_way() {
-    find "$work/destination" -type f -name 'copyright' | sed -n '3~40p' | while read -r file; do
+    find "$nas" -type f -name 'Rechnung*' | sed -n '3~7p' | while read -r file; do
         rm "$file"
         mkdir "$file"
     done
-    find "$work/destination" -name Vardeko.dat -delete
+    find "$nas" -name Vardeko.dat -delete
 }
 
 export WINE_SCREEN=2000x1300
 [ $# -gt 0 ] || set -- 100 150 200
 for scale in "$@"; do
+    nas=$work/sicherung
     rm -rf "$work"
-    mkdir -p "$work/destination"
+    mkdir -p "$nas"
     WINE_DPI=$((96 * scale / 100)) wine_open screenshots
     wine_display
     dark_frames
-    ln -sfn "$work/destination" "$WINEPREFIX/dosdevices/n:"
-    ln -sfn /usr/share/doc "$WINEPREFIX/dosdevices/d:"
-    python3 scripts/write_config.py "$WINEPREFIX" N: 'D:\'
+    mkdir -p "$WINEPREFIX/dosdevices/unc/nas"
+    ln -sfn "$nas" "$WINEPREFIX/dosdevices/unc/nas/sicherung"
+    make_folders "$WINEPREFIX/drive_c/users/Petra"
 
     start
-    picture idle
-    press F5
-    sleep 4
-    picture copying
-    press shift+F5
-    sleep 1
-    picture stopped
+    picture main-idle
+    configuration config-empty
     close
 
-    # Once through, so that there are copies to put folders in the way of.
-    taskset -c "$(wine_core)" wine build/windows-x64/bin/Vardeko.exe /COPY || true
-    put_folders_in_the_way
+    configure
+    start
+    configuration config-folders
+    close
     start
     press F5
-    for tries in {1..120}; do
-        sleep 1
-        [ -z "$(find "$work/destination" -name Vardeko.dat)" ] || break
-    done
+    sleep 2
+    picture main-copying
+    press shift+F5
     sleep 1
-    picture errors
+    picture main-stopped
+    find "$nas" -mindepth 1 -delete
+    press F5
+    copied
+    picture main-copied
+    press F5
+    sleep 4
+    picture main-unchanged
+    put_folders_in_the_way
+    press F5
+    copied
+    picture main-errors
+    rm "$WINEPREFIX/dosdevices/unc/nas/sicherung"
+    press F5
+    sleep 2
+    picture main-no-destination
     close
     wine_close
 done

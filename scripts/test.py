@@ -103,6 +103,7 @@ def check_sources(outcome):
     files = [path for folder in ("src", "tests", "bench", "fuzz") for end in ("h", "cpp")
              for path in glob.glob(os.path.join(ROOT, folder, "**", "*." + end), recursive=True)]
     check("layering", [sys.executable, "scripts/check_layering.py"], outcome)
+    check("guide", [sys.executable, "scripts/check_guide.py"], outcome)
     check("formatting", ["clang-format", "--dry-run", "--Werror", *sorted(files)], outcome)
 
 
@@ -157,6 +158,12 @@ def test_whole_run(outcome):
     count_tests("whole_run_test (Wine)", code, output, outcome)
 
 
+def test_package(outcome):
+    check("making the package", ["scripts/package.sh"], outcome, seconds=1200)
+    code, output = run([IN_WINE, sys.executable, "tests/package/package_test.py"], PROGRAM_SECONDS)
+    count_tests("package_test (Wine)", code, output, outcome)
+
+
 def fuzz(*limit):
     def stage(outcome):
         code, output = run([sys.executable, "scripts/fuzz.py", *limit], 4 * 3600)
@@ -174,6 +181,7 @@ STAGES = {
     "sources": check_sources,
     "build-windows-x64": build("windows-x64"),
     "whole-run": test_whole_run,
+    "package": test_package,
     "build-windows-x64-checked": build("windows-x64-checked"),
     "wine": test_in_wine,
     "build-native": build("native"),

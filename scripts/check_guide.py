@@ -1,0 +1,77 @@
+"""Checks that docs/anleitung.md explains every text that the program shows; prints the ones it leaves out.
+
+Shown is what sounds like language: a string in src/ with a blank between words or a letter beyond ASCII, and
+every caption and hint. A text that the program puts together is looked for piece by piece.
+"""
+import os
+import re
+import sys
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+GUIDE = os.path.join(ROOT, "docs", "anleitung.md")
+# What sounds like language and is never shown.
+NOT_SHOWN = {
+    "Common AppData", "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\explorer\\Shell Folders",  # registry
+    "Mozilla/5.0 (compatible; Vardeko)", "Update Agent", "Range: bytes=",  # HTTP
+    "Vardeko 7.0",  # section of the update information
+    "CreateHashContext comes first", "numbers are copied to and from files as they are",  # assertions
+    "Minimize", "About Vardeko",  # actions without a button and without a key
+    # Mistakes in a call of ours; no call makes them.
+    "The requested algorithm is not supported", "The specified NetEncoding is not supported!",
+    "The text is not valid hexadecimal text!",
+    "The kcArchivable option is not applicable to the DeriveKey!",
+    "The kcForceHighProtection option is not applicable to the DeriveKey!",
+    "The kcUserProtected option is not applicable to the DeriveKey!",
+    "The kcNoSalt option is only applicable with 40bits symmetric keys!",
+    "The ContainerName must be empty when using the CRYPT_VERIFYCONTEXT flag!",
+    "The GenerateKey can only be executed when the CSP is active!",
+    "The HashBuffer can only be executed when the CSP is active!",
+}
+# Comments, character constants, and strings in a row, which are one.
+TOKEN = re.compile(r"//[^\n]*|/\*.*?\*/|'(?:\\.|[^'\\\n])+'|((?:L?\"(?:\\.|[^\"\\\n])*\"\s*)+)", re.S)
+CAPTION = re.compile(r"\.(?:caption|hint)\s*=\s*L\"([^\"]+)\"")
+LANGUAGE = re.compile(r"[a-zäöüß,.!?:] +[(„]?[A-Za-zÄÖÜäöü]|[^\x00-\x7f]", re.S)
+ESCAPES = {"n": "\n", "r": "\n", "t": "\n"}
+
+
+def plain(text):
+    """One blank between words, as a reader sees it."""
+    return " ".join(text.split())
+
+
+def strings(source):
+    for found in TOKEN.finditer(source):
+        if found[1]:
+            pieces = re.findall(r'"((?:\\.|[^"\\\n])*)"', found[1])
+            yield re.sub(r"\\(.)", lambda code: ESCAPES.get(code[1], code[1]), "".join(pieces))
+
+
+def shown_texts(source):
+    source = re.sub(r"^\s*#[^\n]*", "", source, flags=re.M)
+    texts = [line for text in strings(source) if LANGUAGE.search(text) for line in text.split("\n")]
+    return {plain(text) for text in texts + CAPTION.findall(source)} - {""}
+
+
+def main():
+    with open(GUIDE, encoding="utf-8") as file:
+        guide = plain(file.read().replace("` `", " "))
+    left_out = []
+    count = 0
+    for folder, _, names in os.walk(os.path.join(ROOT, "src")):
+        for name in sorted(names):
+            if not name.endswith((".h", ".cpp")):
+                continue
+            path = os.path.join(folder, name)
+            with open(path, encoding="utf-8") as file:
+                texts = shown_texts(file.read()) - NOT_SHOWN
+            count += len(texts)
+            left_out += [f"{os.path.relpath(path, ROOT)}: {text}" for text in sorted(texts) if text not in guide]
+    if not count:
+        left_out.append("No text was found in src/ at all.")
+    if left_out:
+        print("docs/anleitung.md does not explain these texts:\n" + "\n".join(left_out))
+    return 1 if left_out else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
