@@ -64,7 +64,9 @@ public:
           fmUpdateCheck(
               SystemPlatformCalls(), codePage_, TfmUpdateCheck::ProgramOptions(),
               [&fmMain] { return fmMain.Handle(); },
-              [&fmMain] { PostMessageW(fmMain.Handle(), WM_CLOSE, 0, 0); }) {}
+              [&fmMain] { PostMessageW(fmMain.Handle(), WM_CLOSE, 0, 0); }) {
+        fmConfig.OnClosed = [&dataModule] { dataModule.SaveSourceFolderTable(); };
+    }
 
     void ShowConfiguration(HWND owner) override { fmConfig.Show(owner); }
     bool CloseConfiguration() override { return fmConfig.Close(); }

@@ -250,7 +250,11 @@ void TfmMain::acReindexExecute() {
     ProcessPendingMessages();
     AddStatusLine(L"Start: " + Now());
     SetBusy(true);
+    // All rows, and afterwards the cursor stands where it stood: a run reads "History" there.
+    const std::size_t row = dataModule_->MemData.RowNumber();
+    dataModule_->MemData.First();
     RunGuarded([this] { dataModule_->ReIndexNasData(); });
+    dataModule_->MemData.MoveTo(row);
     SetBusy(false);
     reindexing_ = false;
     AddStatusLine(L"Ende: " + Now());

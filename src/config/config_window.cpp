@@ -146,6 +146,9 @@ bool TfmConfig::Close() {
     if (const HWND owner = GetWindow(Handle(), GW_OWNER); owner != nullptr) {
         SetForegroundWindow(owner);
     }
+    if (OnClosed) {
+        OnClosed();
+    }
     return true;
 }
 

@@ -38,6 +38,10 @@ public:
     // go on editing.
     bool Close();
 
+    // Called when the window has closed and all that was entered is in the table: losing it to a crash hours
+    // later would be a pity.
+    std::function<void()> OnClosed;
+
     // What a test puts in place of dialogs. The picker gets owner, title and start folder.
     std::function<std::optional<std::wstring>(HWND, const std::wstring&, const std::wstring&)>
         ShellBrowserDialog;

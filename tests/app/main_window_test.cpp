@@ -422,7 +422,11 @@ TEST_F(MainWindow, ReindexAsksFirstAndCanBeStopped) {
         window.acStopCopy.Execute();
     };
     static_cast<void>(CreateFolders(calls_, destination_.At(HostName())));
+    dataModule_->MemData.Append();
+    dataModule_->MemData.Working().Directory = L"C:\\fehlt";
+    dataModule_->MemData.Post();
     window.acReindex.Execute();
+    EXPECT_EQ(dataModule_->MemData.RowNumber(), 1U) << "the cursor is the user's";
     EXPECT_EQ(enabled, (std::vector<bool>{true, false, false}));
     EXPECT_TRUE(HasRows({L"Ende: "}));
     EXPECT_TRUE(HasRows({L"Start: "}));

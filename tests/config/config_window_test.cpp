@@ -263,6 +263,8 @@ TEST_F(ConfigWindow, CellsAreEditedByMouse) {
 }
 
 TEST_F(ConfigWindow, AnOpenEditIsKeptWhateverTakesTheFocus) {
+    std::optional<std::wstring> closedWith;
+    window.OnClosed = [&] { closedWith = table.Rows()[0].Directory; };
     Open();
     const std::vector<std::pair<std::wstring, std::function<void()>>> ways{
         {L"C:\\Feld", [&] { SetFocus(window.EdBackupPath.Edit()); }},
@@ -281,6 +283,7 @@ TEST_F(ConfigWindow, AnOpenEditIsKeptWhateverTakesTheFocus) {
         EXPECT_EQ(table.Rows()[0].Directory, text);
     }
     EXPECT_FALSE(window.IsOpen());
+    EXPECT_EQ(closedWith, L"C:\\Knopf");
 }
 
 TEST_F(ConfigWindow, FoldersAreInsertedAtTheEnd) {
