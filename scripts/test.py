@@ -152,10 +152,13 @@ def in_wine(programs):
         print(f"@@@ {os.path.basename(program)} {code}\n{output}", flush=True)
 
 
-def test_whole_run(outcome):
-    code, output = run([IN_WINE, sys.executable, "tests/whole_run/whole_run_test.py"], 600,
-                       env={**os.environ, "WINE_TZ": CENTRAL_EUROPE})
-    count_tests("whole_run_test (Wine)", code, output, outcome)
+def test_whole_run(*names, kills=4):
+    def stage(outcome):
+        code, output = run([IN_WINE, sys.executable, "tests/whole_run/whole_run_test.py", *names],
+                           600 + 20 * kills,
+                           env={**os.environ, "WINE_TZ": CENTRAL_EUROPE, "VARDEKO_KILLS": str(kills)})
+        count_tests("whole_run_test (Wine)", code, output, outcome)
+    return stage
 
 
 def test_package(outcome):
@@ -180,7 +183,7 @@ def lint(outcome):
 STAGES = {
     "sources": check_sources,
     "build-windows-x64": build("windows-x64"),
-    "whole-run": test_whole_run,
+    "whole-run": test_whole_run(),
     "package": test_package,
     "build-windows-x64-checked": build("windows-x64-checked"),
     "wine": test_in_wine,
@@ -192,6 +195,11 @@ STAGES = {
     "fuzz": fuzz(),
     "lint": lint,
 }
+# Run only when named: docs/reliability.md cites what came of them.
+LONG_STAGES = {
+    "long-kills": test_whole_run("kill", kills=50),
+    "long-fuzz": fuzz("--runs", "10000000"),
+}
 # These use one core at most, so the others go on meanwhile; they are reported when they are done.
 ON_ONE_CORE = ("whole-run", "wine")
 
@@ -199,7 +207,7 @@ ON_ONE_CORE = ("whole-run", "wine")
 def run_stage(name):
     outcome = Outcome()
     began = time.monotonic()
-    STAGES[name](outcome)
+    (STAGES | LONG_STAGES)[name](outcome)
     outcome.seconds = time.monotonic() - began
     return outcome
 
@@ -215,9 +223,9 @@ def report(name, outcome, total):
 
 
 def main(names):
-    unknown = [name for name in names if name not in STAGES]
+    unknown = [name for name in names if name not in STAGES | LONG_STAGES]
     if unknown:
-        print(f"There is no stage {' '.join(unknown)}; the stages are {' '.join(STAGES)}.")
+        print(f"There is no stage {' '.join(unknown)}; the stages are {' '.join(STAGES | LONG_STAGES)}.")
         return 64
     start = time.monotonic()
     total = Outcome()
@@ -246,6 +254,6 @@ if __name__ == "__main__":
         in_wine(sys.argv[2:])
         sys.exit(0)
     if sys.argv[1:2] == ["--list"]:
-        print("\n".join(STAGES))
+        print("\n".join(STAGES | LONG_STAGES))
         sys.exit(0)
     sys.exit(main(sys.argv[1:]))

@@ -5,7 +5,7 @@ import random
 import threading
 import time
 
-from fixture import ALL_COPIED, SOME_FAILED, WholeRun, write
+from fixture import ALL_COPIED, SOME_FAILED, WholeRun, read, write
 from program import Program
 
 # How often a run is killed; the long form takes 50.
@@ -29,6 +29,33 @@ class DisturbanceCases(WholeRun):
             self.assert_backed_up([*files, "Daten/groß.bin"])
             self.assert_hash_table_names([*files, "Daten/groß.bin"])
             self.assertEqual(self.left_beside(), [])
+
+    def test_a_nas_that_goes_away_in_mid_run(self):
+        self.make("Daten/alt.txt")
+        self.run_program()
+        table = os.path.join(self.host, "Vardeko.dat")
+        table_before = read(table)
+        files = [f"Daten/viele/{number // 100}/{number:04}.txt" for number in range(3000)]
+        for path in files:
+            self.make(path, path.encode() * 500)
+        program = Program("/COPY")
+        while program.running() and not os.path.exists(self.copy(files[300])):
+            time.sleep(0.002)
+        os.rename(self.nas, self.nas + " fort")
+        began = time.monotonic()
+        code = program.wait(60)
+        seconds = time.monotonic() - began
+        os.rename(self.nas + " fort", self.nas)
+        copied = len(self.copies()) - 1
+        print(f"  gone after {copied} of {len(files)} files: {seconds:.1f} s to the end, exit code {code}")
+        self.assertEqual(code, SOME_FAILED)
+        self.assertLess(copied, len(files))
+        self.assertLess(seconds, 10)
+        self.assertEqual(read(table), table_before)
+        # Copies that never got their record are known by their own date.
+        self.assertEqual(len(self.run_program()), len(files) - copied)
+        self.assert_backed_up(["Daten/alt.txt", *files])
+        self.assertEqual(self.left_beside(), [])
 
     def test_a_tree_in_motion_is_copied_as_far_as_it_stands_still(self):
         still = [f"Daten/still/{number:03}.txt" for number in range(MOVING_FILES)]
