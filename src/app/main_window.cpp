@@ -478,11 +478,16 @@ void TfmMain::RequestClose() {
     CloseWhenPossible();
 }
 
+// Whether the tables are in use further up: this is a message that a report or a wait has let in.
+bool TfmMain::EngineIsOnStack() const {
+    return engineCalls_ > 0 || reindexing_ || (dataModule_ != nullptr && dataModule_->InCopyPass());
+}
+
 void TfmMain::CloseWhenPossible() {
     if (!Exists()) {
         return;
     }
-    if (engineCalls_ > 0 || reindexing_ || (dataModule_ != nullptr && dataModule_->InCopyPass())) {
+    if (EngineIsOnStack()) {
         closeTimer_.SetEnabled(true);
         return;
     }
@@ -510,7 +515,7 @@ void TfmMain::SessionEnds() {
     // The tables are saved whatever becomes of the windows.
     RunGuarded([this] { companions_->CloseAllNow(); });
     // What is on the stack must not find its tables closed, but they are saved now.
-    if (reindexing_ || engineCalls_ > 0) {
+    if (EngineIsOnStack()) {
         const TEngineCall call(*this);
         dataModule_->SaveNasData();
         dataModule_->SaveSourceFolderTable();

@@ -137,6 +137,7 @@ private:
     void EndOfRun();
     // Stops a run, and closes the window once the engine is off the stack.
     void RequestClose();
+    bool EngineIsOnStack() const;
     void CloseWhenPossible();
     void SetBusy(bool busy);
     void EndForgottenMenu();

@@ -98,6 +98,10 @@ std::optional<std::wstring> WriteConfigSettings(const TPlatformCalls& calls, con
         return L"Anmeldename und Passwort konnten nicht verschlüsselt werden: " + FromUtf8Lossy(error.what());
     }
     const std::string after = ini.Bytes(codePage);
+    if (after == before) {
+        // Whoever only looked may lack the right to write.
+        return std::nullopt;
+    }
     const TErrorCode error =
         ReplaceWholeFile(calls, iniPath, [&after](const TByteSink& sink) { return sink(after); });
     return error != ERROR_SUCCESS ? std::optional(FileProblem(iniPath, L"gespeichert", error)) : std::nullopt;

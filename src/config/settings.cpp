@@ -10,6 +10,12 @@
 #include "support/system_code_page.h"
 #include "support/system_error.h"
 #include "support/text.h"
+#include "support/wipe.h"
+
+TSettings::~TSettings() {
+    WipeText(AUser);
+    WipeText(APass);
+}
 
 TSettings LoadSettings(const TPlatformCalls& calls, std::wstring_view iniPath, const TUnprotect& unprotect) {
     std::string bytes;

@@ -1,6 +1,5 @@
 #include "engine/scan_folders.h"
 
-#include <algorithm>
 #include <exception>
 #include <stdexcept>
 
@@ -12,6 +11,7 @@
 #include "support/folder_tree.h"
 #include "support/path_hash.h"
 #include "support/system_error.h"
+#include "support/temporary_name.h"
 #include "support/text.h"
 
 namespace {
@@ -62,7 +62,7 @@ void TFolderScan::CollectAllFolders() {
                             .found =
                                 [this](const std::wstring& found) {
                                     folders_.push_back(found);
-                                    return true;
+                                    return !task_.Terminated();
                                 },
                             .incomplete = [this](const std::wstring& incomplete,
                                                  TErrorCode error) { TellIncomplete(incomplete, error); }});
@@ -98,7 +98,8 @@ void TFolderScan::FindFilesToCopy(const std::wstring& folder, TStringList& files
     TFolderListing listing(calls_, folder);
     while (listing.Next()) {
         const WIN32_FIND_DATAW& file = listing.Entry();
-        if (IsFolder(file) || !filter_.Passes(file.cFileName)) {
+        // What an interrupted run left in a backup that is backed up itself is no file of anybody's.
+        if (IsFolder(file) || !filter_.Passes(file.cFileName) || IsTemporaryName(file.cFileName)) {
             continue;
         }
         path.replace(folderLength, std::wstring::npos, file.cFileName);

@@ -44,9 +44,10 @@ void TDM::CopyTimerTimer() {
     if (CopyIdle) {
         // Stopped in mid-file: what was recorded after the stop saved the table is saved now.
         SaveNasData();
-    } else if (FScanTask) {
+    } else if (FScanTask || !CopyFileList.empty()) {
+        // The last report may have brought in files, and with them the end of the task.
         CopyTimer.SetEnabled(true);
-    } else if (CopyFileList.empty() && DoNasFinishMsg) {
+    } else if (DoNasFinishMsg) {
         DoNasFinishMsg(*this);
     }
 }

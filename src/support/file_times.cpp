@@ -12,9 +12,15 @@ std::optional<TFileTimes> ReadFileTimes(const TPlatformCalls& calls, std::wstrin
 }
 
 bool WriteFileTimes(const TPlatformCalls& calls, std::wstring_view path, const TFileTimes& times) {
-    const HANDLE file = calls.CreateFileW(ExtendedPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                                          FILE_ATTRIBUTE_NORMAL, nullptr);
+    const auto open = [&](DWORD access) {
+        return calls.CreateFileW(ExtendedPath(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                 nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    };
+    HANDLE file = open(GENERIC_READ | GENERIC_WRITE);
+    if (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_ACCESS_DENIED) {
+        // A read-only file, as the copy of one is.
+        file = open(FILE_WRITE_ATTRIBUTES);
+    }
     if (file == INVALID_HANDLE_VALUE) {
         return false;
     }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "support/text.h"
 #include "ui/device_context.h"
 #include "ui/grid_style.h"
 #include "ui/mark_painter.h"
@@ -76,8 +77,9 @@ void TGridRadioPanel::SetScale(TScale scale, HFONT font) {
 void TGridRadioPanel::SetItems(const std::vector<TGridItem>& items, const std::wstring& value) {
     items_ = items;
     value_ = value;
-    const auto found = std::find_if(items_.begin(), items_.end(),
-                                    [&](const TGridItem& item) { return item.value == value; });
+    const auto found = std::find_if(items_.begin(), items_.end(), [&](const TGridItem& item) {
+        return EqualsIgnoringAsciiCase(item.value, value);
+    });
     selected_ = static_cast<std::size_t>(found - items_.begin());
     Repaint();
 }

@@ -148,7 +148,6 @@ void TGrid::Wheel(int delta) {
 
 // A menu for the row at the point, or for the columns when it lies in the header.
 void TGrid::ShowMenu(POINT screenPoint) {
-    navigator_.TakeOver();
     POINT point = screenPoint;
     ScreenToClient(Handle(), &point);
     if (screenPoint.x == -1 && screenPoint.y == -1) {  // by the keyboard
@@ -160,7 +159,9 @@ void TGrid::ShowMenu(POINT screenPoint) {
         screenPoint = point;
         ClientToScreen(Handle(), &screenPoint);
     }
+    // What is meant is what was seen: taking an edit over can move the rows.
     const TGridHit hit = layout_.HitTest(point.x, point.y);
+    navigator_.TakeOver();
     if (hit.part == TGridPart::Header || hit.part == TGridPart::ColumnBorder) {
         ShowColumnMenu(screenPoint);
     } else if (hit.part == TGridPart::Cell || hit.part == TGridPart::Indicator) {

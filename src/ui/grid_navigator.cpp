@@ -145,7 +145,7 @@ bool TGridNavigator::Character(wchar_t character) {
             }
             return character == L' ';
         default:
-            if (character < L' ') {
+            if (character < L' ' || character == L'\x7F') {  // Ctrl+Backspace
                 return false;
             }
             BeginEdit(std::wstring(1, character), false);

@@ -27,6 +27,7 @@ bool TToolBar::CreateIn(HWND parent, const std::vector<TToolBarItem>& items, TSc
     if (!CreateControl(parent, L"VardekoToolBar", WS_VISIBLE | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT)) {
         return false;
     }
+    buttons_.clear();
     for (const TToolBarItem& item : items) {
         if (item.action == nullptr || item.action->Visible()) {
             buttons_.push_back({item, nullptr});

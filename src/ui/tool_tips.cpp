@@ -13,7 +13,7 @@ TToolTips::~TToolTips() {
 }
 
 void TToolTips::SetHint(HWND owner, HWND control, const std::wstring& hint) {
-    if (handle_ == nullptr) {
+    if (!IsWindow(handle_)) {
         handle_ =
             CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
                             0, 0, 0, 0, owner, nullptr, GetModuleHandleW(nullptr), nullptr);

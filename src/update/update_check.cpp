@@ -209,8 +209,8 @@ void TfmUpdateCheck::acDownloadExecute() {
         return;
     }
     localFile_ = options_.dataFolder + L"\\" + information_.setupFileName;
-    isLoading_ = true;
     downLoader_.Start(information_.downLoadUrl, localFile_);
+    isLoading_ = true;
     UpdateActions();
 }
 

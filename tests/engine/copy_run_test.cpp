@@ -303,6 +303,27 @@ TEST_F(CopyRun, ADestinationListingThatBreaksOffIsAskedFileByFile) {
     EXPECT_EQ(Dm().Failures(), 0U);
 }
 
+TEST_F(CopyRun, FilesThatComeWithTheEndOfTheScanAreCopiedToo) {
+    source_.Write(L"a.txt", "late", TestTime(0));
+    AddSource(source_.Path());
+    Dm().StartCopy();
+    // The report that closes a pass lets in what waits: here the list, the closing row and the end together.
+    onReport_ = [this](const TReport& report) {
+        if (report.text == L"Suche nach veränderten Daten..") {
+            Sleep(300);
+            ProcessPendingMessages();
+        }
+    };
+    Dm().CopyTimerTimer();
+    for (int step = 0; step < 500 && !finished_; ++step) {
+        Sleep(10);
+        ProcessPendingMessages();
+    }
+    EXPECT_TRUE(finished_) << "nobody went on";
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "late");
+    CopyIdle = true;
+}
+
 TEST_F(CopyRun, TaskMessagesReachTheirKinds) {
     IOmniTask task;
     for (const std::uint16_t identifier : std::initializer_list<std::uint16_t>{1, 2, 3, 99}) {
