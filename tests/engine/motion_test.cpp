@@ -13,6 +13,13 @@ std::string State(char letter, std::size_t size = 3000) {
     return std::string(size, letter);
 }
 
+// Later than the present date that a file has for a moment between being written and being dated: a run in
+// another thread may see that one, and would take a change dated back from there for none.
+FILETIME AfterTheRun() {
+    constexpr std::int64_t kThirtyYears = std::int64_t{30} * 365 * 86400;
+    return TestTime(kThirtyYears);
+}
+
 class MovingTree : public CopyRun {
 protected:
     MovingTree() { calls_ = TWatchedCalls::Table(); }
@@ -41,16 +48,16 @@ protected:
                     DeleteFileW(path.c_str());
                     break;
                 case 1:
-                    source_.Write(name, State('c', 9000), TestTime(20));
+                    source_.Write(name, State('c', 9000), AfterTheRun());
                     break;
                 case 2:
-                    source_.Write(name, State('c', 10), TestTime(20));
+                    source_.Write(name, State('c', 10), AfterTheRun());
                     break;
                 case 3:
                     MoveFileW(path.c_str(), (path + L".renamed").c_str());
                     break;
                 default:
-                    source_.Write(L"in motion\\beside", State('d'), TestTime(20));
+                    source_.Write(L"in motion\\beside", State('d'), AfterTheRun());
                     MoveFileExW(source_.At(L"in motion\\beside").c_str(), path.c_str(),
                                 MOVEFILE_REPLACE_EXISTING);
             }
