@@ -92,9 +92,11 @@ wine_make_template() {
 
 # What runs that were killed have left: names that end in the number of a process that is gone.
 wine_sweep() {
-    local left
+    local left owner
     for left in "$wine_root"/job.[0-9]*; do
-        [ -d "$left" ] && ! kill -0 "${left##*.}" 2>/dev/null || continue
+        # A prefix that is being copied has one more ending.
+        owner=${left%.new}
+        [ -d "$left" ] && ! kill -0 "${owner##*.}" 2>/dev/null || continue
         WINEPREFIX=$left wineserver -k 2>/dev/null || true
         rm -rf "$left"
     done
