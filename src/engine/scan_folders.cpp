@@ -11,7 +11,6 @@
 #include "support/folder_tree.h"
 #include "support/path_hash.h"
 #include "support/system_error.h"
-#include "support/temporary_name.h"
 #include "support/text.h"
 
 namespace {
@@ -98,8 +97,7 @@ void TFolderScan::FindFilesToCopy(const std::wstring& folder, TStringList& files
     TFolderListing listing(calls_, folder);
     while (listing.Next()) {
         const WIN32_FIND_DATAW& file = listing.Entry();
-        // What an interrupted run left in a backup that is backed up itself is no file of anybody's.
-        if (IsFolder(file) || !filter_.Passes(file.cFileName) || IsTemporaryName(file.cFileName)) {
+        if (IsFolder(file) || !filter_.Passes(file.cFileName)) {
             continue;
         }
         path.replace(folderLength, std::wstring::npos, file.cFileName);
