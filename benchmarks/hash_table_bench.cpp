@@ -101,7 +101,7 @@ public:
     std::size_t CountKnown(const TRecords& records) const {
         std::size_t known = 0;
         for (const HashRecord& record : records) {
-            known += map_.contains(record.HASH) ? 1 : 0;
+            known += map_.find(record.HASH) != map_.end() ? 1 : 0;
         }
         return known;
     }

@@ -10,8 +10,9 @@ namespace {
 // Three quarters of as many slots as a 32-bit number can tell apart.
 constexpr std::size_t kMostRecords = std::size_t{3} << 30;
 constexpr unsigned kFewestSlotBits = 4;
-constexpr std::size_t kLongBucket = 32;
-constexpr unsigned kMostDirectoryBits = 30;
+constexpr std::size_t kLongBucket = 16;
+constexpr std::uint64_t kMostBuckets = std::uint64_t{1} << 31;
+constexpr std::size_t kFarthestOffset = 255;
 
 std::array<std::uint64_t, 9> DrawFactors() {
     std::random_device random;
@@ -45,15 +46,14 @@ std::uint32_t TDigestMixer::operator()(const TPathDigest& digest) const {
     return mixed;
 }
 
-// Two to four records share a bucket. A directory that stays in the processor's caches is worth more than one
-// that leads to a single record: those of a bucket lie side by side, and are fetched together.
+// Three times as many buckets as records, so that the first record of a bucket is nearly always the one
+// looked for: a processor that guesses so goes on to the next look-up while it waits for the memory.
 THashStore::THashStore(std::size_t expectedRecords)
-    : takesSortedOnes_(expectedRecords > 0), directory_(std::make_shared<TDirectory>()) {
-    while (directoryBits_ < kMostDirectoryBits && (expectedRecords / 4 >> directoryBits_) > 0) {
-        ++directoryBits_;
-    }
+    : takesSortedOnes_(expectedRecords > 0),
+      directory_(std::make_shared<TDirectory>()),
+      buckets_(std::min(3 * std::uint64_t{expectedRecords}, kMostBuckets)) {
     if (takesSortedOnes_) {
-        directory_->reserve(std::size_t{1} << directoryBits_);
+        directory_->reserve(static_cast<std::size_t>(buckets_ / kBucketsPerLine + 1));
     }
 }
 
@@ -77,8 +77,8 @@ HashRecord& THashStore::OrdinaryToChange(std::size_t number) {
     return block.records[number % kRecordsPerBlock];
 }
 
-std::size_t THashStore::BucketOf(const TPathDigest& hash) const {
-    return static_cast<std::size_t>(StartOf(hash) >> 32 << directoryBits_ >> 32);
+std::uint64_t THashStore::BucketOf(const TPathDigest& hash) const {
+    return (StartOf(hash) >> 32) * buckets_ >> 32;
 }
 
 bool THashStore::ContinuesSortedOnes(const TPathDigest& hash) const {
@@ -86,9 +86,13 @@ bool THashStore::ContinuesSortedOnes(const TPathDigest& hash) const {
 }
 
 void THashStore::AppendSorted(const TPathDigest& hash, TDateTime date) {
-    const std::size_t bucket = BucketOf(hash);
-    if (directory_->size() <= bucket) {
-        directory_->resize(bucket + 1, static_cast<std::uint32_t>(count_));
+    for (const std::uint64_t bucket = BucketOf(hash); filledBuckets_ <= bucket; ++filledBuckets_) {
+        const std::size_t place = static_cast<std::size_t>(filledBuckets_ % kBucketsPerLine);
+        if (place == 0) {
+            directory_->push_back({static_cast<std::uint32_t>(count_), {}});
+        }
+        TDirectoryLine& line = directory_->back();
+        line.offsets[place] = static_cast<std::uint8_t>(std::min(count_ - line.first, kFarthestOffset));
     }
     AppendRecord(hash, date);
     ++sortedCount_;
@@ -108,28 +112,27 @@ std::size_t THashStore::FirstSortedNotBefore(const TPathDigest& hash, std::size_
 }
 
 std::size_t THashStore::FindSorted(const TPathDigest& hash) const {
-    const TDirectory& directory = *directory_;
-    const std::size_t bucket = BucketOf(hash);
-    if (bucket >= directory.size()) {
+    const std::uint64_t bucket = BucketOf(hash);
+    if (bucket >= filledBuckets_) {
         return kNoRecord;
     }
-    std::size_t first = directory[bucket];
-    const std::size_t last = bucket + 1 < directory.size() ? directory[bucket + 1] : sortedCount_;
-    if (last - first > kLongBucket) {
-        // Only a file made for it fills a bucket so; it must not make every look-up slow.
-        first = FirstSortedNotBefore(hash, first, last);
-    }
-    for (const std::uint64_t start = StartOf(hash); first < last; ++first) {
-        const HashRecord& record = Ordinary(first);
-        const std::uint64_t itsStart = StartOf(record.HASH);
-        if (itsStart == start && record.HASH == hash) {
-            return first;
+    const TDirectoryLine& line = (*directory_)[static_cast<std::size_t>(bucket / kBucketsPerLine)];
+    std::size_t number = line.first + line.offsets[static_cast<std::size_t>(bucket % kBucketsPerLine)];
+    const std::uint64_t start = StartOf(hash);
+    const std::size_t longBucket = std::min(number + kLongBucket, sortedCount_);
+    for (; number < longBucket; ++number) {
+        const TPathDigest& found = Ordinary(number).HASH;
+        const std::uint64_t itsStart = StartOf(found);
+        if (itsStart == start && found == hash) {
+            return number;
         }
         if (itsStart > start) {
             return kNoRecord;
         }
     }
-    return kNoRecord;
+    // Only a file made for it fills a bucket so; it must not make every look-up slow.
+    number = FirstSortedNotBefore(hash, number, sortedCount_);
+    return number < sortedCount_ && Ordinary(number).HASH == hash ? number : kNoRecord;
 }
 
 std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) const {
