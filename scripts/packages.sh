@@ -13,8 +13,9 @@ packages=(
 )
 case "${1:-}" in
     run) ;;
+    bench) packages+=(g++ libsqlite3-dev rsync) ;;
     test) packages+=(cmark-gfm g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl) ;;
-    *) echo "usage: $0 run|test [PACKAGE...]" >&2; exit 64 ;;
+    *) echo "usage: $0 run|test|bench [PACKAGE...]" >&2; exit 64 ;;
 esac
 packages+=("${@:2}")
 

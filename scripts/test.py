@@ -100,7 +100,7 @@ def check(name, command, outcome, seconds=600):
 
 
 def check_sources(outcome):
-    files = [path for folder in ("src", "tests", "bench", "fuzz") for end in ("h", "cpp")
+    files = [path for folder in ("src", "tests", "benchmarks", "fuzz") for end in ("h", "cpp")
              for path in glob.glob(os.path.join(ROOT, folder, "**", "*." + end), recursive=True)]
     check("layering", [sys.executable, "scripts/check_layering.py"], outcome)
     check("guide", [sys.executable, "scripts/check_guide.py"], outcome)

@@ -1,5 +1,6 @@
 #include "hashdb/hash_store.h"
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <stdexcept>
@@ -10,7 +11,8 @@ namespace {
 constexpr std::size_t kMostRecords = std::size_t{3} << 30;
 constexpr unsigned kFewestSlotBits = 4;
 constexpr std::size_t kLongBucket = 16;
-constexpr unsigned kMostDirectoryBits = 30;
+constexpr std::uint64_t kMostBuckets = std::uint64_t{1} << 31;
+constexpr std::size_t kFarthestOffset = 255;
 
 std::array<std::uint64_t, 9> DrawFactors() {
     std::random_device random;
@@ -44,29 +46,53 @@ std::uint32_t TDigestMixer::operator()(const TPathDigest& digest) const {
     return mixed;
 }
 
-// Twice to four times as many buckets as records, so that the first record of a bucket is nearly always the
-// one looked for.
-THashStore::THashStore(std::size_t expectedRecords) : usesDirectory_(expectedRecords > 0) {
-    while (directoryBits_ < kMostDirectoryBits && (2 * expectedRecords >> directoryBits_) > 0) {
-        ++directoryBits_;
-    }
-    if (usesDirectory_) {
-        directory_.reserve(std::size_t{1} << directoryBits_);
+// Three times as many buckets as records, so that the first record of a bucket is nearly always the one
+// looked for: a processor that guesses so goes on to the next look-up while it waits for the memory.
+THashStore::THashStore(std::size_t expectedRecords)
+    : takesSortedOnes_(expectedRecords > 0),
+      directory_(std::make_shared<TDirectory>()),
+      buckets_(std::min(3 * std::uint64_t{expectedRecords}, kMostBuckets)) {
+    if (takesSortedOnes_) {
+        directory_->reserve(static_cast<std::size_t>(buckets_ / kBucketsPerLine + 1));
     }
 }
 
-std::size_t THashStore::BucketOf(const TPathDigest& hash) const {
-    return static_cast<std::size_t>(StartOf(hash) >> 32 << directoryBits_ >> 32);
+THashStore THashStore::Successor() const {
+    THashStore next(*this);
+    for (TBlock& block : next.blocks_) {
+        block.isOwn = false;
+    }
+    // The directory is shared, too, and not to grow any more.
+    next.takesSortedOnes_ = false;
+    return next;
+}
+
+HashRecord& THashStore::OrdinaryToChange(std::size_t number) {
+    TBlock& block = blocks_[number / kRecordsPerBlock];
+    if (!block.isOwn) {
+        auto copy = std::make_shared<HashRecord[]>(kRecordsPerBlock);
+        std::copy_n(block.records.get(), kRecordsPerBlock, copy.get());
+        block = {std::move(copy), true};
+    }
+    return block.records[number % kRecordsPerBlock];
+}
+
+std::uint64_t THashStore::BucketOf(const TPathDigest& hash) const {
+    return (StartOf(hash) >> 32) * buckets_ >> 32;
 }
 
 bool THashStore::ContinuesSortedOnes(const TPathDigest& hash) const {
-    return usesDirectory_ && sortedCount_ == count_ && (count_ == 0 || Ordinary(count_ - 1).HASH <= hash);
+    return takesSortedOnes_ && sortedCount_ == count_ && (count_ == 0 || Ordinary(count_ - 1).HASH <= hash);
 }
 
 void THashStore::AppendSorted(const TPathDigest& hash, TDateTime date) {
-    const std::size_t bucket = BucketOf(hash);
-    while (directory_.size() <= bucket) {
-        directory_.push_back(static_cast<std::uint32_t>(count_));
+    for (const std::uint64_t bucket = BucketOf(hash); filledBuckets_ <= bucket; ++filledBuckets_) {
+        const std::size_t place = static_cast<std::size_t>(filledBuckets_ % kBucketsPerLine);
+        if (place == 0) {
+            directory_->push_back({static_cast<std::uint32_t>(count_), {}});
+        }
+        TDirectoryLine& line = directory_->back();
+        line.offsets[place] = static_cast<std::uint8_t>(std::min(count_ - line.first, kFarthestOffset));
     }
     AppendRecord(hash, date);
     ++sortedCount_;
@@ -85,27 +111,28 @@ std::size_t THashStore::FirstSortedNotBefore(const TPathDigest& hash, std::size_
     return first;
 }
 
-const HashRecord* THashStore::FindSorted(const TPathDigest& hash) const {
-    const std::size_t bucket = BucketOf(hash);
-    if (bucket >= directory_.size()) {
-        return nullptr;
+std::size_t THashStore::FindSorted(const TPathDigest& hash) const {
+    const std::uint64_t bucket = BucketOf(hash);
+    if (bucket >= filledBuckets_) {
+        return kNoRecord;
     }
-    std::size_t first = directory_[bucket];
-    const std::size_t last = bucket + 1 < directory_.size() ? directory_[bucket + 1] : sortedCount_;
-    if (last - first > kLongBucket) {
-        // Only a file made for it fills a bucket so; it must not make every look-up slow.
-        first = FirstSortedNotBefore(hash, first, last);
-    }
-    for (const std::uint64_t start = StartOf(hash); first < last; ++first) {
-        const HashRecord& record = Ordinary(first);
-        if (record.HASH == hash) {
-            return &record;
+    const TDirectoryLine& line = (*directory_)[static_cast<std::size_t>(bucket / kBucketsPerLine)];
+    std::size_t number = line.first + line.offsets[static_cast<std::size_t>(bucket % kBucketsPerLine)];
+    const std::uint64_t start = StartOf(hash);
+    const std::size_t longBucket = std::min(number + kLongBucket, sortedCount_);
+    for (; number < longBucket; ++number) {
+        const TPathDigest& found = Ordinary(number).HASH;
+        const std::uint64_t itsStart = StartOf(found);
+        if (itsStart == start && found == hash) {
+            return number;
         }
-        if (StartOf(record.HASH) > start) {
-            return nullptr;
+        if (itsStart > start) {
+            return kNoRecord;
         }
     }
-    return nullptr;
+    // Only a file made for it fills a bucket so; it must not make every look-up slow.
+    number = FirstSortedNotBefore(hash, number, sortedCount_);
+    return number < sortedCount_ && Ordinary(number).HASH == hash ? number : kNoRecord;
 }
 
 std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) const {
@@ -118,23 +145,22 @@ std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) c
     }
 }
 
-const HashRecord* THashStore::FindRecord(const TPathDigest& hash) const {
-    if (const HashRecord* sorted = FindSorted(hash)) {
+std::size_t THashStore::FindRecord(const TPathDigest& hash) const {
+    const std::size_t sorted = FindSorted(hash);
+    if (sorted != kNoRecord || slots_.empty()) {
         return sorted;
     }
-    if (slots_.empty()) {
-        return nullptr;
-    }
     const TSlot& slot = slots_[FindSlot(hash, mix_(hash))];
-    return slot.record == 0 ? nullptr : &Ordinary(slot.record - 1);
+    return slot.record == 0 ? kNoRecord : slot.record - 1;
 }
 
 std::optional<TDateTime> THashStore::Find(const TPathDigest& hash) const {
-    const HashRecord* record = FindRecord(hash);
-    if (!record) {
+    const std::size_t number = FindRecord(hash);
+    if (number == kNoRecord) {
         return std::nullopt;
     }
-    return record->Datum == kNoDate ? TDateTime{} : record->Datum;
+    const TDateTime date = Ordinary(number).Datum;
+    return date == kNoDate ? TDateTime{} : date;
 }
 
 void THashStore::Append(const TPathDigest& hash, TDateTime date) {
@@ -146,8 +172,8 @@ void THashStore::Append(const TPathDigest& hash, TDateTime date) {
 }
 
 void THashStore::Record(const TPathDigest& hash, TDateTime date) {
-    if (const HashRecord* record = FindRecord(hash)) {
-        const_cast<HashRecord*>(record)->Datum = date;
+    if (const std::size_t number = FindRecord(hash); number != kNoRecord) {
+        OrdinaryToChange(number).Datum = date;
     } else {
         AppendSlotted(hash, date);
     }
@@ -188,12 +214,9 @@ void THashStore::AppendRecord(const TPathDigest& hash, TDateTime date) {
         throw std::runtime_error("Die Tabelle hat zu viele Einträge.");
     }
     if (count_ % kRecordsPerBlock == 0) {
-        blocks_.emplace_back();
-        if (count_ > 0) {
-            blocks_.back().reserve(kRecordsPerBlock);
-        }
+        blocks_.push_back({std::make_shared<HashRecord[]>(kRecordsPerBlock), true});
     }
-    blocks_.back().push_back({hash, date});
+    OrdinaryToChange(count_) = {hash, date};
     ++count_;
 }
 

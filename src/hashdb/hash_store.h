@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -50,13 +51,20 @@ private:
 };
 
 // Records in the order in which they came, 40 bytes each, in blocks, so that growing moves none. Those that
-// come in ascending order of HASH from the first on, as a saved table does, are found through a directory on
-// the leading bits of HASH: it costs 8 to 16 bytes per record and next to no work while loading. The others
-// are found through hashed slots: 11 to 22 bytes per record. Copying a store copies all of that.
+// come in ascending order of HASH from the first on, as a saved table does, are found through a directory by
+// the beginning of HASH: it costs 3.2 bytes per record and next to no work while loading. The others are
+// found through hashed slots: 11 to 22 bytes per record.
 class THashStore {
 public:
     // The directory is laid out for as many records as expected; without any, all records get slots.
     explicit THashStore(std::size_t expectedRecords = 0);
+    THashStore(THashStore&&) noexcept = default;
+    THashStore& operator=(THashStore&&) noexcept = default;
+    ~THashStore() = default;
+
+    // A store with the same records to go on with: blocks are copied when it first changes them. This one
+    // must not be changed any more, and may then be read on any thread.
+    THashStore Successor() const;
 
     std::size_t RecordCount() const { return count_ + foreign_.size(); }
 
@@ -74,7 +82,7 @@ public:
     // The ordinary records by their number in the order of arrival.
     std::size_t OrdinaryCount() const { return count_; }
     const HashRecord& Ordinary(std::size_t number) const {
-        return blocks_[number / kRecordsPerBlock][number % kRecordsPerBlock];
+        return blocks_[number / kRecordsPerBlock].records[number % kRecordsPerBlock];
     }
     // How many of them, from the first on, are known to be in ascending order of HASH.
     std::size_t SortedCount() const { return sortedCount_; }
@@ -82,7 +90,13 @@ public:
     TForeignRecord Foreign(std::size_t number) const;
 
 private:
-    static constexpr std::size_t kRecordsPerBlock = std::size_t{1} << 17;
+    static constexpr std::size_t kRecordsPerBlock = std::size_t{1} << 13;
+    static constexpr std::size_t kNoRecord = std::numeric_limits<std::size_t>::max();
+
+    struct TBlock {
+        std::shared_ptr<HashRecord[]> records;
+        bool isOwn;  // false: an earlier store has it, too
+    };
 
     // The mixed digest, by which most others are told apart without reading the record, and the number of
     // the record plus one, 0 for an empty slot.
@@ -97,16 +111,16 @@ private:
         std::uint16_t hashLength;
     };
 
-    HashRecord& Ordinary(std::size_t number) {
-        return blocks_[number / kRecordsPerBlock][number % kRecordsPerBlock];
-    }
+    THashStore(const THashStore&) = default;
+
+    HashRecord& OrdinaryToChange(std::size_t number);
     bool ContinuesSortedOnes(const TPathDigest& hash) const;
     void AppendSorted(const TPathDigest& hash, TDateTime date);
     void AppendRecord(const TPathDigest& hash, TDateTime date);
-    std::size_t BucketOf(const TPathDigest& hash) const;
-    // The first record with that HASH; null when there is none.
-    const HashRecord* FindRecord(const TPathDigest& hash) const;
-    const HashRecord* FindSorted(const TPathDigest& hash) const;
+    std::uint64_t BucketOf(const TPathDigest& hash) const;
+    // The number of the first record with that HASH, or kNoRecord.
+    std::size_t FindRecord(const TPathDigest& hash) const;
+    std::size_t FindSorted(const TPathDigest& hash) const;
     // The number of the first of these sorted records whose HASH is not smaller; `last` when there is none.
     std::size_t FirstSortedNotBefore(const TPathDigest& hash, std::size_t first, std::size_t last) const;
 
@@ -118,15 +132,25 @@ private:
     void AppendSlotted(const TPathDigest& hash, TDateTime date);
     void DoubleSlots();
 
-    std::vector<std::vector<HashRecord>> blocks_;
+    std::vector<TBlock> blocks_;
     std::size_t count_ = 0;
 
-    bool usesDirectory_;
+    static constexpr std::size_t kBucketsPerLine = 60;
+
+    // One line of the processor's caches: where the first record of a bucket stands that has the bucket's
+    // beginning or a greater one.
+    struct TDirectoryLine {
+        std::uint32_t first;                                // of the line's first bucket
+        std::array<std::uint8_t, kBucketsPerLine> offsets;  // 255: that far or farther
+    };
+    using TDirectory = std::vector<TDirectoryLine>;
+
+    bool takesSortedOnes_;
     std::size_t sortedCount_ = 0;
-    // For each value of the leading bits the number of the first record that has it or a greater one, up to
-    // the value of the last sorted record.
-    std::vector<std::uint32_t> directory_;
-    unsigned directoryBits_ = 0;
+    // Ends with the bucket of the last sorted record.
+    std::shared_ptr<TDirectory> directory_;
+    std::uint64_t buckets_ = 0;
+    std::uint64_t filledBuckets_ = 0;
 
     TDigestMixer mix_;
     std::vector<TSlot> slots_;

@@ -34,7 +34,7 @@ std::shared_ptr<const THashSnapshot> THashTable::Snapshot() const {
 
 THashStore& THashTable::StoreToChange() {
     if (storeIsShared_) {
-        store_ = std::make_shared<THashStore>(std::as_const(*store_));
+        store_ = std::make_shared<THashStore>(store_->Successor());
         storeIsShared_ = false;
     }
     return *store_;

@@ -61,7 +61,8 @@ public:
     bool Modified() const { return modified_; }
     void SetModified(bool modified) { modified_ = modified; }
 
-    // A look-up copy that costs nothing until the table is next changed; that change copies the records.
+    // A look-up copy that costs nothing until the table is next changed; changes copy the blocks of records
+    // that they touch.
     std::shared_ptr<const THashSnapshot> Snapshot() const;
 
 private:

@@ -1,29 +1,24 @@
-// Bytes as upper-case hexadecimal text: two digits per byte, first byte first, high nibble first.
+// Bytes as upper-case hexadecimal text: two digits per byte, first byte first, high nibble first. Both
+// directions go over all digits without a branch, so that the compiler can take many at a time: loading and
+// saving a table of millions of files is mostly this.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <type_traits>
 
 // Writes 2 * bytes.size() digits from `text` on.
 template <typename Character>
 void WriteHex(std::span<const std::uint8_t> bytes, Character* text) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    for (const std::uint8_t byte : bytes) {
-        *text++ = static_cast<Character>(kDigits[byte >> 4]);
-        *text++ = static_cast<Character>(kDigits[byte & 15]);
+    const auto digit = [](unsigned nibble) {
+        return static_cast<Character>(nibble + '0' + (nibble > 9 ? 'A' - '0' - 10 : 0));
+    };
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        text[2 * index] = digit(bytes[index] >> 4);
+        text[2 * index + 1] = digit(bytes[index] & 15);
     }
-}
-
-// The value of an upper-case hexadecimal digit, or 16 for anything else.
-template <typename Character>
-constexpr unsigned HexDigitValue(Character digit) {
-    if (digit >= Character('0') && digit <= Character('9')) {
-        return static_cast<unsigned>(digit - Character('0'));
-    }
-    const bool isLetter = digit >= Character('A') && digit <= Character('F');
-    return isLetter ? static_cast<unsigned>(digit - Character('A')) + 10 : 16;
 }
 
 // Reads text of exactly 2 * bytes.size() digits; false, with unspecified bytes, for any other text.
@@ -32,13 +27,18 @@ template <typename Character>
     if (text.size() != 2 * bytes.size()) {
         return false;
     }
+    std::uint8_t allValid = 1;
+    const auto value = [&allValid](Character digit) {
+        // A negative number is a large one here.
+        using TUnsigned = std::make_unsigned_t<Character>;
+        const auto number = static_cast<TUnsigned>(digit - Character('0'));
+        const auto letter = static_cast<TUnsigned>(digit - Character('A'));
+        allValid &= static_cast<std::uint8_t>((number < 10) | (letter < 6));
+        return static_cast<std::uint8_t>(number < 10 ? number : letter + 10);
+    };
     for (std::size_t index = 0; index < bytes.size(); ++index) {
-        const unsigned high = HexDigitValue(text[2 * index]);
-        const unsigned low = HexDigitValue(text[2 * index + 1]);
-        if (high > 15 || low > 15) {
-            return false;
-        }
-        bytes[index] = static_cast<std::uint8_t>(high << 4 | low);
+        const std::uint8_t high = value(text[2 * index]);
+        bytes[index] = static_cast<std::uint8_t>(high << 4 | value(text[2 * index + 1]));
     }
-    return true;
+    return allValid != 0;
 }

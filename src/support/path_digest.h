@@ -5,6 +5,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +14,17 @@ struct TPathDigest {
     std::array<std::uint8_t, 32> bytes{};
 
     friend auto operator<=>(const TPathDigest&, const TPathDigest&) = default;
+    // In whole words and without a call, because every look-up in the hash table ends with it.
+    friend bool operator==(const TPathDigest& left, const TPathDigest& right) {
+        const auto difference = [&left, &right](std::size_t at) {
+            std::uint64_t ours = 0;
+            std::uint64_t theirs = 0;
+            std::memcpy(&ours, left.bytes.data() + at, sizeof ours);
+            std::memcpy(&theirs, right.bytes.data() + at, sizeof theirs);
+            return ours ^ theirs;
+        };
+        return (difference(0) | difference(8) | difference(16) | difference(24)) == 0;
+    }
 };
 
 inline constexpr std::size_t kPathHashLength = 64;

@@ -110,7 +110,7 @@ TEST(HashTable, ASnapshotStaysAsItWas) {
 
 // For the thread sanitizer: one thread looks up while the owner changes, replaces and drops the table.
 TEST(HashTable, ASnapshotIsReadWhileTheTableChanges) {
-    constexpr std::uint64_t kRecords = 2000;
+    constexpr std::uint64_t kRecords = 20'000;
     THashTable table;
     table.AddIndex();
     for (std::uint64_t number = 0; number < kRecords; ++number) {

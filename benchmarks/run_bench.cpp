@@ -1,0 +1,244 @@
+// What whole runs cost beside the bare calls they need.
+//
+//   run_bench copy SOURCE NAS ROUNDS    many small files with the window on the screen
+//   run_bench calls SOURCE NAS          calls to the destination, per file copied and per file unchanged, and
+//                                       what they would take where each lasts a millisecond
+//   run_bench large FILE NAS ROUNDS     one large file
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "app/main_window.h"
+#include "engine/safe_copy.h"
+#include "measure.h"
+#include "support/folder_listing.h"
+#include "support/system_helpers.h"
+#include "support/text.h"
+#include "test_folder.h"
+#include "watched_calls.h"
+
+namespace {
+
+constexpr double kFarCall = 0.001;  // seconds
+
+class TNoWindows final : public TCompanionWindows {
+public:
+    void ShowConfiguration(HWND) override {}
+    bool CloseConfiguration() override { return true; }
+    void CheckForUpdate(bool, std::function<void()>) override {}
+    bool NewUpdateExists() const override { return false; }
+    void CloseAllNow() override {}
+};
+
+// One run of the program's own parts; the waits of the copy timer are left out.
+class TMeasuredRun {
+public:
+    TMeasuredRun(const TPlatformCalls& calls, const std::wstring& source, const std::wstring& nas)
+        : dataModule_(calls) {
+        std::ofstream settings(
+            std::filesystem::path(ConfigurationFolder(SystemPlatformCalls()) + L"\\NASConf.ini"),
+            std::ios::binary);
+        settings << "[CONFIG]\r\nNASDIR=" << ToUtf8(nas) << "\r\n";
+        settings.close();
+        static_cast<void>(CreateFolders(SystemPlatformCalls(), nas));
+        dataModule_.DataModuleCreate();
+        dataModule_.MemData.Assign({});
+        dataModule_.MemData.Append();
+        SourceFolderRow& row = dataModule_.MemData.Working();
+        row.Aktive = row.Rekursiv = true;
+        row.Directory = source;
+        row.ExtensionMode = L"NO";
+        dataModule_.MemData.Post();
+    }
+
+    double WithoutWindow() {
+        dataModule_.SetMessage = [](TDM&, const std::wstring&, TMessagePos) {};
+        dataModule_.DoNasFinishMsg = [](TDM& finished) {
+            finished.SaveNasData();
+            CopyIdle = true;
+        };
+        return Measure([this] {
+            CopyIdle = false;
+            dataModule_.StartCopy();
+        });
+    }
+
+    double WithWindow() {
+        TNoWindows windows;
+        TfmMain window(SystemPlatformCalls(), {});
+        window.FormCreate();
+        window.Show(dataModule_, windows);
+        ProcessPendingMessages();
+        return Measure([&window] { window.acStartCopy.Execute(); });
+    }
+
+private:
+    double Measure(const std::function<void()>& start) {
+        return SecondsOf([&] {
+            start();
+            while (!CopyIdle) {
+                ProcessPendingMessages();
+                dataModule_.CopyTimerTimer();
+            }
+        });
+    }
+
+    TDM dataModule_;
+};
+
+struct TBareCopy {
+    std::wstring source;
+    std::wstring target;
+    FILETIME created, accessed, written;
+};
+
+// The files of a tree and where a bare copy puts them, in folders that exist.
+void Collect(const std::wstring& folder, const std::wstring& target, std::vector<TBareCopy>& copies) {
+    static_cast<void>(CreateFolders(SystemPlatformCalls(), target));
+    TFolderListing listing(SystemPlatformCalls(), folder);
+    while (listing.Next()) {
+        const WIN32_FIND_DATAW& entry = listing.Entry();
+        const std::wstring name = std::wstring(L"\\") + entry.cFileName;
+        if (IsFolder(entry)) {
+            Collect(folder + name, target + name, copies);
+        } else {
+            copies.push_back({folder + name, target + name, entry.ftCreationTime, entry.ftLastAccessTime,
+                              entry.ftLastWriteTime});
+        }
+    }
+}
+
+// The calls that one safe copy needs, and nothing around them.
+void CopyBarely(const TBareCopy& copy) {
+    const std::wstring temporary = copy.target + L"~";
+    CopyFileExW(copy.source.c_str(), temporary.c_str(), nullptr, nullptr, nullptr,
+                COPY_FILE_OPEN_SOURCE_FOR_WRITE);
+    const HANDLE file = CreateFileW(temporary.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    SetFileTime(file, &copy.created, &copy.accessed, &copy.written);
+    CloseHandle(file);
+    MoveFileExW(temporary.c_str(), copy.target.c_str(), MOVEFILE_REPLACE_EXISTING);
+}
+
+void MeasureCopies(const std::wstring& source, const std::wstring& nas, int rounds) {
+    for (int round = 0; round < rounds; ++round) {
+        const std::wstring place = nas + L"\\ROUND" + std::to_wstring(round);
+        std::vector<TBareCopy> copies;
+        Collect(source, place + L"\\BARE", copies);
+        const double perFile = 1e6 / static_cast<double>(copies.size());
+        Tell("copy", "floor", SecondsOf([&] {
+                                  for (const TBareCopy& copy : copies) {
+                                      CopyBarely(copy);
+                                  }
+                              }) * perFile);
+        const std::wstring ours = place + L"\\OURS";
+        Tell("copy", "ours", TMeasuredRun(SystemPlatformCalls(), source, ours).WithWindow() * perFile);
+    }
+}
+
+void MeasureLargeCopy(const std::wstring& file, const std::wstring& nas, int rounds) {
+    const std::wstring target = nas + L"\\LARGE";
+    for (; rounds > 0; --rounds) {
+        DeleteFileW(target.c_str());
+        Tell("large", "floor", SecondsOf([&] {
+                 CopyFileExW(file.c_str(), target.c_str(), nullptr, nullptr, nullptr,
+                             COPY_FILE_OPEN_SOURCE_FOR_WRITE);
+             }));
+        DeleteFileW(target.c_str());
+        const auto times = ReadFileTimes(SystemPlatformCalls(), file);
+        Tell("large", "ours", SecondsOf([&] {
+                 static_cast<void>(CopyFileSafely(SystemPlatformCalls(),
+                                                  {.source = file, .target = target, .times = &*times}));
+             }));
+    }
+    DeleteFileW(target.c_str());
+}
+
+// Counts the calls that go to the destination.
+class TDestinationCalls {
+public:
+    explicit TDestinationCalls(const std::wstring& nas)
+        : watch_([this, nas](const char* call, std::wstring_view path) { return Count(call, path, nas); }) {}
+
+    // Lets the listings of the destination fail, so that the scan asks for every file.
+    void RefuseListings() { refuseListings_ = true; }
+
+    std::size_t Total() {
+        std::size_t total = 0;
+        for (const auto& [call, count] : counts_) {
+            total += count;
+        }
+        return total;
+    }
+    // A listing that fits into one buffer is asked for twice: for the entries, and for their end.
+    double FarSeconds() { return static_cast<double>(Total() + counts_["FindFirstFileEx"]) * kFarCall; }
+    void Print(const char* what) {
+        std::printf("%s:", what);
+        for (const auto& [call, count] : counts_) {
+            std::printf(" %s %zu", call.c_str(), count);
+        }
+        std::puts("");
+    }
+    void Clear() { counts_.clear(); }
+
+private:
+    DWORD Count(const std::string& call, std::wstring_view path, const std::wstring& nas) {
+        // Of a copy only the source is told, and calls by handle tell no path: but for listings, which go on
+        // in their buffer, those are all about files of the destination.
+        const bool byHandle = path.empty() && call != "FindNextFile";
+        if (!byHandle && call != "CopyFileEx" && path.find(nas) == std::wstring_view::npos) {
+            return ERROR_SUCCESS;
+        }
+        const std::scoped_lock lock(mutex_);
+        ++counts_[call];
+        return refuseListings_ && call == "FindFirstFileEx" ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
+    }
+
+    std::mutex mutex_;
+    std::map<std::string, std::size_t> counts_;
+    bool refuseListings_ = false;
+    TWatchedCalls watch_;
+};
+
+void MeasureCalls(const std::wstring& source, const std::wstring& nas) {
+    const std::wstring place = nas + L"\\CALLS";
+    std::vector<TBareCopy> files;
+    Collect(source, place + L"\\BARE", files);
+    const auto count = static_cast<double>(files.size());
+    TDestinationCalls calls(place + L"\\OURS");
+    const auto run = [&] {
+        calls.Clear();
+        return TMeasuredRun(TWatchedCalls::Table(), source, place + L"\\OURS").WithoutWindow();
+    };
+    run();
+    calls.Print("a run that copies all");
+    Tell("calls_copied", "ours", static_cast<double>(calls.Total()) / count);
+    const double seconds = run();
+    calls.Print("a run that copies nothing");
+    Tell("calls_unchanged", "ours", static_cast<double>(calls.Total()) / count);
+    Tell("far", "ours", seconds + calls.FarSeconds());
+    calls.RefuseListings();
+    const double plainSeconds = run();
+    calls.Print("the same with a question per file");
+    Tell("far", "peer", plainSeconds + calls.FarSeconds());
+}
+
+}  // namespace
+
+extern "C" int wmain(int count, wchar_t** arguments) {
+    const std::wstring mode = count > 3 ? arguments[1] : L"";
+    const int rounds = count > 4 ? _wtoi(arguments[4]) : 0;
+    if (mode == L"copy") {
+        MeasureCopies(arguments[2], arguments[3], rounds);
+    } else if (mode == L"large") {
+        MeasureLargeCopy(arguments[2], arguments[3], rounds);
+    } else if (mode == L"calls") {
+        MeasureCalls(arguments[2], arguments[3]);
+    } else {
+        std::fputs("usage: run_bench copy|large|calls SOURCE NAS [ROUNDS]\n", stderr);
+        return 64;
+    }
+    return 0;
+}
