@@ -6,6 +6,7 @@ import collections
 import os
 import re
 import shutil
+import signal
 import socket
 import statistics
 import subprocess
@@ -233,4 +234,6 @@ if __name__ == "__main__":
     if sys.argv[1:2] == ["--list"]:
         print("\n".join(GROUPS))
         sys.exit(0)
+    # Whoever ends the measuring shall find no trees left in memory.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     sys.exit(main(sys.argv[1:]))
