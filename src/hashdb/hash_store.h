@@ -15,7 +15,8 @@
 #include "support/date_time.h"
 #include "support/path_digest.h"
 
-// One known source file: the hash of its path, and the date of its copy.
+// One known source file: the hash of its path, and the last-write date it had when it was copied (after
+// reindexing, that of its copy).
 struct HashRecord {
     TPathDigest HASH;
     TDateTime Datum;

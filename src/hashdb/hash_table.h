@@ -1,4 +1,4 @@
-// The table that says when each source file was last copied.
+// The table of the source files that have a copy, and of the dates they had when they were copied.
 #pragma once
 
 #include <cstddef>

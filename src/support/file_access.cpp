@@ -217,15 +217,16 @@ void RemoveFile(const TPlatformCalls& calls, std::wstring_view path) {
 }
 
 TErrorCode AppendToFile(const TPlatformCalls& calls, std::wstring_view path, std::string_view bytes) {
-    for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS}) {
-        const TOpenFile file(calls, path, GENERIC_WRITE, FILE_SHARE_READ, disposition);
+    // Who holds the file for a moment, as a virus scanner does, gets a second chance to let go of it.
+    for (const bool isLast : {false, true}) {
+        const TOpenFile file(calls, path, GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS);
         if (file.OpenError() == ERROR_SUCCESS) {
             if (!calls.SetFilePointerEx(file.Get(), LARGE_INTEGER{}, nullptr, FILE_END)) {
                 return GetLastError();
             }
             return file.Write(bytes);
         }
-        if (disposition == CREATE_ALWAYS) {
+        if (isLast) {
             return file.OpenError();
         }
     }

@@ -43,6 +43,6 @@ using TByteSink = std::function<TErrorCode(std::string_view)>;
 // Deletes a file, a read-only one too.
 void RemoveFile(const TPlatformCalls& calls, std::wstring_view path);
 
-// Appends the bytes to a file, creating it when it cannot be opened.
+// Appends the bytes to a file, creating it when it is missing.
 [[nodiscard]] TErrorCode AppendToFile(const TPlatformCalls& calls, std::wstring_view path,
                                       std::string_view bytes);

@@ -4,8 +4,10 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "test_folder.h"
+#include "watched_calls.h"
 
 namespace {
 
@@ -130,6 +132,16 @@ TEST(AppendToFile, CreatesThenAppends) {
     EXPECT_EQ(AppendToFile(calls, folder.At(L"Error.log"), "two\r\n"), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(ContentOf(folder.At(L"Error.log")), "one\r\ntwo\r\n");
     EXPECT_EQ(AppendToFile(calls, folder.At(L"missing\\Error.log"), "x"), DWORD{ERROR_PATH_NOT_FOUND});
+
+    bool isHeld = true;
+    const TWatchedCalls heldOnce([&](const char* call, std::wstring_view) -> DWORD {
+        return call == std::string_view("CreateFile") && std::exchange(isHeld, false)
+                   ? ERROR_SHARING_VIOLATION
+                   : ERROR_SUCCESS;
+    });
+    EXPECT_EQ(AppendToFile(TWatchedCalls::Table(), folder.At(L"Error.log"), "three\r\n"),
+              DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(ContentOf(folder.At(L"Error.log")), "one\r\ntwo\r\nthree\r\n");
 }
 
 TEST(Exists, FilesAreNoFolders) {
