@@ -35,9 +35,13 @@ export DEBIAN_FRONTEND=noninteractive
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 # Another apt may be at work on a machine that has just started: wait for it rather than fail.
-if ! { apt-get -o DPkg::Lock::Timeout=300 update &&
-       apt-get -o DPkg::Lock::Timeout=300 install -y --no-install-recommends "${missing[@]}"; } \
-        </dev/null >"$log" 2>&1; then
+install() {
+    apt-get -o DPkg::Lock::Timeout=300 update &&
+        apt-get -o DPkg::Lock::Timeout=300 install -y --no-install-recommends "${missing[@]}"
+}
+# apt refuses to work on after an installation that was cut off, by a machine that was switched off say, until that one
+# is finished.
+if ! { install || { dpkg --configure -a && install; }; } </dev/null >"$log" 2>&1; then
     cat "$log" >&2
     echo "The packages could not be installed." >&2
     exit 1
