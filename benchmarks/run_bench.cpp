@@ -12,6 +12,7 @@
 
 #include "app/main_window.h"
 #include "engine/safe_copy.h"
+#include "hashdb/destination_folder.h"
 #include "measure.h"
 #include "support/folder_listing.h"
 #include "support/system_helpers.h"
@@ -126,7 +127,7 @@ void MeasureCopies(const std::wstring& source, const std::wstring& nas, int roun
     for (int round = 0; round < rounds; ++round) {
         const std::wstring place = nas + L"\\ROUND" + std::to_wstring(round);
         std::vector<TBareCopy> copies;
-        Collect(source, place + L"\\BARE", copies);
+        Collect(source, DestinationOfFilesIn(place + L"\\BARE", HostName(), source), copies);
         const double perFile = 1e6 / static_cast<double>(copies.size());
         Tell("copy", "floor", SecondsOf([&] {
                                   for (const TBareCopy& copy : copies) {

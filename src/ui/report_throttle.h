@@ -16,7 +16,7 @@ public:
     static constexpr TDuration kInputInterval = std::chrono::milliseconds(30);
     static constexpr TDuration kShortestPaintInterval = std::chrono::milliseconds(33);
     // One part of painting in so many parts of time.
-    static constexpr int kPaintShare = 20;
+    static constexpr int kPaintShare = 30;
 
     bool InputDue(TTime now) const { return now >= nextInput_; }
     void InputDone(TTime now) { nextInput_ = now + kInputInterval; }
