@@ -46,14 +46,15 @@ std::uint32_t TDigestMixer::operator()(const TPathDigest& digest) const {
     return mixed;
 }
 
-// Three times as many buckets as records, so that the first record of a bucket is nearly always the one
-// looked for: a processor that guesses so goes on to the next look-up while it waits for the memory.
+// Twice as many buckets as records, so that the first record of a bucket is mostly the one looked for: a
+// processor that guesses so goes on to the next look-up while it waits for the memory.
 THashStore::THashStore(std::size_t expectedRecords)
     : takesSortedOnes_(expectedRecords > 0),
       directory_(std::make_shared<TDirectory>()),
-      buckets_(std::min(3 * std::uint64_t{expectedRecords}, kMostBuckets)) {
+      buckets_(std::min(2 * std::uint64_t{expectedRecords}, kMostBuckets)) {
     if (takesSortedOnes_) {
-        directory_->reserve(static_cast<std::size_t>(buckets_ / kBucketsPerLine + 1));
+        directory_->groups.reserve(static_cast<std::size_t>(buckets_ / kBucketsPerGroup + 1));
+        directory_->offsets.reserve(static_cast<std::size_t>(buckets_));
     }
 }
 
@@ -87,12 +88,11 @@ bool THashStore::ContinuesSortedOnes(const TPathDigest& hash) const {
 
 void THashStore::AppendSorted(const TPathDigest& hash, TDateTime date) {
     for (const std::uint64_t bucket = BucketOf(hash); filledBuckets_ <= bucket; ++filledBuckets_) {
-        const std::size_t place = static_cast<std::size_t>(filledBuckets_ % kBucketsPerLine);
-        if (place == 0) {
-            directory_->push_back({static_cast<std::uint32_t>(count_), {}});
+        if (filledBuckets_ % kBucketsPerGroup == 0) {
+            directory_->groups.push_back(static_cast<std::uint32_t>(count_));
         }
-        TDirectoryLine& line = directory_->back();
-        line.offsets[place] = static_cast<std::uint8_t>(std::min(count_ - line.first, kFarthestOffset));
+        directory_->offsets.push_back(
+            static_cast<std::uint8_t>(std::min(count_ - directory_->groups.back(), kFarthestOffset)));
     }
     AppendRecord(hash, date);
     ++sortedCount_;
@@ -111,13 +111,19 @@ std::size_t THashStore::FirstSortedNotBefore(const TPathDigest& hash, std::size_
     return first;
 }
 
-std::size_t THashStore::FindSorted(const TPathDigest& hash) const {
+// Short, and what is seldom needed kept out of it: the fewer instructions a look-up has, the more of them the
+// processor has under way at once.
+inline std::size_t THashStore::FindSorted(const TPathDigest& hash) const {
     const std::uint64_t bucket = BucketOf(hash);
     if (bucket >= filledBuckets_) {
         return kNoRecord;
     }
-    const TDirectoryLine& line = (*directory_)[static_cast<std::size_t>(bucket / kBucketsPerLine)];
-    std::size_t number = line.first + line.offsets[static_cast<std::size_t>(bucket % kBucketsPerLine)];
+    const std::size_t number = directory_->groups[static_cast<std::size_t>(bucket / kBucketsPerGroup)] +
+                               directory_->offsets[static_cast<std::size_t>(bucket)];
+    return Ordinary(number).HASH == hash ? number : FindSortedFrom(number, hash);
+}
+
+std::size_t THashStore::FindSortedFrom(std::size_t number, const TPathDigest& hash) const {
     const std::uint64_t start = StartOf(hash);
     const std::size_t longBucket = std::min(number + kLongBucket, sortedCount_);
     for (; number < longBucket; ++number) {
@@ -145,19 +151,21 @@ std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) c
     }
 }
 
-std::size_t THashStore::FindRecord(const TPathDigest& hash) const {
-    const std::size_t sorted = FindSorted(hash);
-    if (sorted != kNoRecord || slots_.empty()) {
-        return sorted;
+std::size_t THashStore::FindSlotted(const TPathDigest& hash) const {
+    if (slots_.empty()) {
+        return kNoRecord;
     }
     const TSlot& slot = slots_[FindSlot(hash, mix_(hash))];
     return slot.record == 0 ? kNoRecord : slot.record - 1;
 }
 
 std::optional<TDateTime> THashStore::Find(const TPathDigest& hash) const {
-    const std::size_t number = FindRecord(hash);
+    std::size_t number = FindSorted(hash);
     if (number == kNoRecord) {
-        return std::nullopt;
+        number = FindSlotted(hash);
+        if (number == kNoRecord) {
+            return std::nullopt;
+        }
     }
     const TDateTime date = Ordinary(number).Datum;
     return date == kNoDate ? TDateTime{} : date;
@@ -167,27 +175,34 @@ void THashStore::Append(const TPathDigest& hash, TDateTime date) {
     if (ContinuesSortedOnes(hash)) {
         AppendSorted(hash, date);
     } else {
-        AppendSlotted(hash, date);
+        AppendTo(SlotFor(hash), hash, date);
     }
 }
 
 void THashStore::Record(const TPathDigest& hash, TDateTime date) {
-    if (const std::size_t number = FindRecord(hash); number != kNoRecord) {
+    if (const std::size_t number = FindSorted(hash); number != kNoRecord) {
         OrdinaryToChange(number).Datum = date;
+    } else if (TSlot& slot = SlotFor(hash); slot.record != 0) {
+        OrdinaryToChange(slot.record - 1).Datum = date;
     } else {
-        AppendSlotted(hash, date);
+        AppendTo(slot, hash, date);
     }
 }
 
-void THashStore::AppendSlotted(const TPathDigest& hash, TDateTime date) {
+THashStore::TSlot& THashStore::SlotFor(const TPathDigest& hash) {
     if (4 * (usedSlots_ + 1) > 3 * slots_.size()) {
         DoubleSlots();
     }
     const std::uint32_t mixed = mix_(hash);
     TSlot& slot = slots_[FindSlot(hash, mixed)];
+    slot.mixed = mixed;
+    return slot;
+}
+
+void THashStore::AppendTo(TSlot& slot, const TPathDigest& hash, TDateTime date) {
     AppendRecord(hash, date);
     if (slot.record == 0) {
-        slot = {mixed, static_cast<std::uint32_t>(count_)};
+        slot.record = static_cast<std::uint32_t>(count_);
         ++usedSlots_;
     }
 }

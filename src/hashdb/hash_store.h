@@ -53,7 +53,7 @@ private:
 
 // Records in the order in which they came, 40 bytes each, in blocks, so that growing moves none. Those that
 // come in ascending order of HASH from the first on, as a saved table does, are found through a directory by
-// the beginning of HASH: it costs 3.2 bytes per record and next to no work while loading. The others are
+// the beginning of HASH: it costs 2.1 bytes per record and next to no work while loading. The others are
 // found through hashed slots: 11 to 22 bytes per record.
 class THashStore {
 public:
@@ -119,9 +119,11 @@ private:
     void AppendSorted(const TPathDigest& hash, TDateTime date);
     void AppendRecord(const TPathDigest& hash, TDateTime date);
     std::uint64_t BucketOf(const TPathDigest& hash) const;
-    // The number of the first record with that HASH, or kNoRecord.
-    std::size_t FindRecord(const TPathDigest& hash) const;
+    // The number of the first record with that HASH, or kNoRecord: among the sorted ones, among those of them
+    // from a number on, among the others.
     std::size_t FindSorted(const TPathDigest& hash) const;
+    [[gnu::noinline]] std::size_t FindSortedFrom(std::size_t number, const TPathDigest& hash) const;
+    [[gnu::noinline]] std::size_t FindSlotted(const TPathDigest& hash) const;
     // The number of the first of these sorted records whose HASH is not smaller; `last` when there is none.
     std::size_t FirstSortedNotBefore(const TPathDigest& hash, std::size_t first, std::size_t last) const;
 
@@ -130,21 +132,21 @@ private:
     std::size_t HomeOf(std::uint32_t mixed) const {
         return static_cast<std::size_t>(std::uint64_t{mixed} << slotBits_ >> 32);
     }
-    void AppendSlotted(const TPathDigest& hash, TDateTime date);
+    // The slot that holds the digest, or one that is empty and has room for it.
+    TSlot& SlotFor(const TPathDigest& hash);
+    void AppendTo(TSlot& slot, const TPathDigest& hash, TDateTime date);
     void DoubleSlots();
 
     std::vector<TBlock> blocks_;
     std::size_t count_ = 0;
 
-    static constexpr std::size_t kBucketsPerLine = 60;
+    static constexpr std::size_t kBucketsPerGroup = 64;
 
-    // One line of the processor's caches: where the first record of a bucket stands that has the bucket's
-    // beginning or a greater one.
-    struct TDirectoryLine {
-        std::uint32_t first;                                // of the line's first bucket
-        std::array<std::uint8_t, kBucketsPerLine> offsets;  // 255: that far or farther
+    // Where the first record stands that has a bucket's beginning or a greater one.
+    struct TDirectory {
+        std::vector<std::uint32_t> groups;  // per group of buckets: that number for its first bucket
+        std::vector<std::uint8_t> offsets;  // per bucket: how far behind it; 255: that far or farther
     };
-    using TDirectory = std::vector<TDirectoryLine>;
 
     bool takesSortedOnes_;
     std::size_t sortedCount_ = 0;
