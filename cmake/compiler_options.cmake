@@ -8,7 +8,8 @@ target_compile_options(vardeko_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   # For GCC this is no part of -Wconversion in C++.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
-target_include_directories(vardeko_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
+configure_file(${CMAKE_SOURCE_DIR}/src/support/version.h.in ${CMAKE_BINARY_DIR}/generated/support/version.h @ONLY)
+target_include_directories(vardeko_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_BINARY_DIR}/generated)
 
 if(WIN32)
   # Windows 10 is the oldest system supported; STRICT keeps the handle types apart.

@@ -1,4 +1,5 @@
-"""Checks that docs/anleitung.md explains every text that the program shows; prints the ones it leaves out.
+"""Checks that docs/anleitung.md is that of this version and explains every text that the program shows; prints the
+ones it leaves out.
 
 Shown is what sounds like language: a string in src/ with a blank between words or a letter beyond ASCII, and
 every caption and hint. A text that the program puts together is looked for piece by piece.
@@ -66,6 +67,10 @@ def main():
                 texts = shown_texts(file.read()) - NOT_SHOWN
             count += len(texts)
             left_out += [f"{os.path.relpath(path, ROOT)}: {text}" for text in sorted(texts) if text not in guide]
+    with open(os.path.join(ROOT, "CMakeLists.txt"), encoding="utf-8") as file:
+        version = re.search(r"project\(Vardeko VERSION (\d+\.\d+)", file.read())[1]
+    if not guide.startswith(f"# Vardeko {version}: "):
+        left_out.append(f"The title does not name version {version}.")
     if not count:
         left_out.append("No text was found in src/ at all.")
     if left_out:

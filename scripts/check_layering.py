@@ -44,11 +44,11 @@ def read_includes():
     includes = {}
     for folder, _, names in os.walk(SOURCES):
         for name in names:
-            if name.endswith((".h", ".cpp")):
+            if name.endswith((".h", ".h.in", ".cpp")):
                 path = os.path.join(folder, name)
                 with open(path, encoding="utf-8") as file:
                     found = INCLUDE.findall(file.read())
-                includes[os.path.relpath(path, SOURCES)] = (
+                includes[os.path.relpath(path, SOURCES).removesuffix(".in")] = (
                     [target for mark, target in found if mark == '"'],
                     [target for mark, target in found if mark == "<"])
     return includes

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Makes the ZIP that people get, the program and its guide: build/windows-x64/Vardeko-7.8.zip. What is missing
+# Makes the ZIP that people get, the program and its guide: build/windows-x64/Vardeko-VERSION.zip. What is missing
 # on a Debian 12 machine is installed first, which takes root.
 set -euo pipefail
 cd "$(dirname "$0")/.."

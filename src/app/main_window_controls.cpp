@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "app/resource.h"
+#include "support/version.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/window_scale.h"
@@ -94,7 +95,7 @@ void TfmMain::CreateControls() {
     created = cxGridTv.CreateIn(Handle(), kListId, scale_, font) && created;
     created = sbarMain.CreateIn(Handle(),
                                 {{.width = 50, .text = L"Version"},
-                                 {.width = 30, .text = L"7.8"},
+                                 {.width = 30, .text = L"" VARDEKO_VERSION},
                                  {.width = 70},
                                  {.width = 100, .grows = true, .holdsPath = true},
                                  {.width = 80}},

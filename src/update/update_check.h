@@ -10,6 +10,7 @@
 #include "support/file_access.h"
 #include "support/platform_calls.h"
 #include "support/text.h"
+#include "support/version.h"
 #include "ui/action.h"
 #include "update/downloader.h"
 #include "update/http_client.h"
@@ -26,8 +27,8 @@ public:
         std::wstring server;
         // Where the fetched files lie; created when it is missing. Empty when there is no such place.
         std::wstring dataFolder;
-        int build = 7800;                   // this program's own; a higher one is newer
-        std::wstring versionText = L"7.8";  // as the server is told
+        int build = VARDEKO_BUILD;                       // this program's own; a higher one is newer
+        std::wstring versionText = L"" VARDEKO_VERSION;  // as the server is told
         THttpPatience patience{std::chrono::seconds(15),
                                std::chrono::seconds(60)};  // for the information file
         THttpPatience downLoadPatience = TclDownLoader::kPatience;

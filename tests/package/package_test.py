@@ -20,8 +20,11 @@ from program import Program  # noqa: E402
 from write_config import SourceFolder, map_drive, write_config  # noqa: E402
 
 PREFIX = os.environ["WINEPREFIX"]
-PACKAGE = os.path.join(ROOT, "build", "windows-x64", "Vardeko-7.8.zip")
-PROGRAM, GUIDE = "Vardeko-7.8/Vardeko.exe", "Vardeko-7.8/Anleitung.html"
+with open(os.path.join(ROOT, "CMakeLists.txt"), encoding="utf-8") as lists:
+    VERSION_NUMBERS = re.search(r"project\(Vardeko VERSION (\d+)\.(\d+)\.(\d+)\.(\d+)", lists.read()).groups()
+NAME = "Vardeko-" + ".".join(VERSION_NUMBERS[:2])
+PACKAGE = os.path.join(ROOT, "build", "windows-x64", f"{NAME}.zip")
+PROGRAM, GUIDE = f"{NAME}/Vardeko.exe", f"{NAME}/Anleitung.html"
 ICON, GROUP_ICON, VERSION, MANIFEST = 3, 14, 16, 24
 
 
@@ -52,7 +55,8 @@ class Package(unittest.TestCase):
         program = self.package.read(PROGRAM)
         self.assertLessEqual({ICON, GROUP_ICON, VERSION, MANIFEST}, resource_types(program))
         # The signature and structure version of VS_FIXEDFILEINFO, then the file's and the product's version.
-        version = struct.pack("<2I4H", 0xFEEF04BD, 0x10000, 8, 7, 7800, 0)
+        major, minor, patch, build = map(int, VERSION_NUMBERS)
+        version = struct.pack("<2I4H", 0xFEEF04BD, 0x10000, minor, major, build, patch)
         self.assertIn(version, program)
         self.assertIn(b'<assemblyIdentity type="win32" name="Vardeko"', program)
 
