@@ -152,11 +152,10 @@ def in_wine(programs):
         print(f"@@@ {os.path.basename(program)} {code}\n{output}", flush=True)
 
 
-def test_whole_run(*names, kills=4):
+def test_whole_run(*names, seconds=900, **numbers):
     def stage(outcome):
-        code, output = run([IN_WINE, sys.executable, "tests/whole_run/whole_run_test.py", *names],
-                           600 + 20 * kills,
-                           env={**os.environ, "WINE_TZ": CENTRAL_EUROPE, "VARDEKO_KILLS": str(kills)})
+        code, output = run([IN_WINE, sys.executable, "tests/whole_run/whole_run_test.py", *names], seconds,
+                           env={**os.environ, "WINE_TZ": CENTRAL_EUROPE, **numbers})
         count_tests("whole_run_test (Wine)", code, output, outcome)
     return stage
 
@@ -197,7 +196,8 @@ STAGES = {
 }
 # Run only when named: docs/reliability.md cites what came of them.
 LONG_STAGES = {
-    "long-kills": test_whole_run("kill", kills=50),
+    "long-kills": test_whole_run("kill", seconds=1800, VARDEKO_KILLS="50"),
+    "long-nights": test_whole_run("night", seconds=1800, VARDEKO_NIGHTS="50"),
     "long-fuzz": fuzz("--runs", "10000000"),
 }
 # These use one core at most, so the others go on meanwhile; they are reported when they are done.

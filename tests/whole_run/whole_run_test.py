@@ -9,8 +9,9 @@ from fixture import build_onlooker
 from case_report import run_cases
 from copy_cases import CopyCases
 from disturbance_cases import DisturbanceCases
+from night_cases import NightCases
 from unattended_cases import UnattendedCases
 
 if __name__ == "__main__":
     build_onlooker()
-    sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases], sys.argv[1:]))
+    sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases, NightCases], sys.argv[1:]))
