@@ -55,7 +55,6 @@ public:
                  std::size_t rowCount, const TMeasureRow& measureRow);
 
     std::size_t RowCount() const { return bottoms_.size(); }
-    const std::vector<int>& ColumnWidths() const { return widths_; }
     // The width that the columns share.
     int ColumnSpace() const;
     const TGridMetrics& Metrics() const { return metrics_; }

@@ -31,7 +31,6 @@ public:
     void SetScale(TScale scale, HFONT font);
     TScale Scale() const { return scale_; }
     TGridMetrics Metrics() const;
-    int LineHeight() const { return lineHeight_; }
     int MinimumRowHeight() const;
     // The height that the text needs in a cell of this width.
     int TextCellHeight(const std::wstring& text, const TGridColumn& column, int width) const;

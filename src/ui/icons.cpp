@@ -73,16 +73,6 @@ void DrawFolder(TIconCanvas& canvas, const TInk& ink) {
     canvas.Line({{9, 13.5}, {15, 13.5}}, kLine, ink.accent);
 }
 
-void DrawAdd(TIconCanvas& canvas, const TInk& ink) {
-    canvas.Line({{12, 5}, {12, 19}}, kLine, ink.accent);
-    canvas.Line({{5, 12}, {19, 12}}, kLine, ink.accent);
-}
-
-void DrawDelete(TIconCanvas& canvas, const TInk& ink) {
-    canvas.Line({{6, 6}, {18, 18}}, kLine, ink.stop);
-    canvas.Line({{18, 6}, {6, 18}}, kLine, ink.stop);
-}
-
 }  // namespace
 
 TIconCanvas DrawImage(TImageIndex image, int size, TImageState state) {
@@ -115,12 +105,6 @@ TIconCanvas DrawImage(TImageIndex image, int size, TImageState state) {
             break;
         case TImageIndex::Folder:
             DrawFolder(canvas, ink);
-            break;
-        case TImageIndex::Add:
-            DrawAdd(canvas, ink);
-            break;
-        case TImageIndex::Delete:
-            DrawDelete(canvas, ink);
             break;
     }
     return canvas;

@@ -14,10 +14,8 @@ enum class TImageIndex {
     ShutDownChecked = 6,
     ShutDown = 7,
     Update = 8,
-    Add = 9,
-    Delete = 10,
 };
-inline constexpr int kImageCount = 11;
+inline constexpr int kImageCount = 9;
 
 // Width and height of the images at a scale of 100 %.
 inline constexpr int kImageSize = 24;
