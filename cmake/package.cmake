@@ -2,7 +2,7 @@
 find_package(Python3 COMPONENTS Interpreter)
 
 install(TARGETS Vardeko RUNTIME DESTINATION .)
-# Made while packaging, not while building: only this takes Python's Markdown module.
+# Made while packaging, not while building: only this takes Python and cmark-gfm.
 install(CODE "
   execute_process(
     COMMAND \"${Python3_EXECUTABLE}\" \"${CMAKE_SOURCE_DIR}/scripts/make_guide.py\"

@@ -9,6 +9,5 @@ std::wstring TimeTakenText(double minutes, std::wstring_view decimalSeparator);
 
 // Asked before the hash table is rebuilt; the line break is meant to be in this order.
 inline constexpr wchar_t kReindexQuestion[] =
-    L"Diese Funktion wird nur benötigt um einen neuen Index eines bestehenden NAS Backups früherer Versionen "
-    L"zu "
-    L"erstellen.\n\rWeitere Informationen finden Sie im Forum unter Vardeko ReIndex";
+    L"Diese Funktion wird nur benötigt um einen neuen Index eines bestehenden NAS Backups früherer "
+    L"Versionen zu erstellen.\n\rWeitere Informationen finden Sie im Forum unter Vardeko ReIndex";

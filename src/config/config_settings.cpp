@@ -47,8 +47,7 @@ std::optional<std::wstring> UnknownCredentials(const TConfigSettings& settings) 
                                                : L"Anmeldename und Passwort können";
     return std::wstring(what) +
            L" nicht entschlüsselt werden. Was gespeichert ist, bleibt erhalten, bis hier etwas Neues "
-           L"eingegeben "
-           L"wird.";
+           L"eingegeben wird.";
 }
 
 }  // namespace

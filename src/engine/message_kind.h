@@ -6,7 +6,7 @@ enum class TMessagePos {
     Memo = 0,       // a row: a copied file, or why a run was not started
     Status = 1,     // the path being worked on
     Bytes = 2,      // the bytes copied so far, as a size text
-    Error = 3,      // a row: a file that could not be copied
+    Error = 3,      // a row: a file that could not be copied, or something else that failed
     MD5 = 4,        // never sent
     FileMsg = 5,    // the name of the file that is done
     Ignore = 6,     // a row: what was left alone

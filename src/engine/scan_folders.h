@@ -10,9 +10,8 @@
 
 #include "config/source_folder_table.h"
 #include "engine/extension_filter.h"
-#include "hashdb/destination_listing.h"
-
 #include "engine/task_runtime.h"
+#include "hashdb/destination_listing.h"
 #include "hashdb/hash_table.h"
 #include "support/file_access.h"
 #include "support/file_times.h"

@@ -20,8 +20,7 @@ public:
     ~TTransferThread();
 
     // Starts the work, which must end soon after Cancelled is set and throw nothing. Whatever ran before is
-    // stopped first.
-    // Throws std::system_error when the system refuses a thread.
+    // stopped first. Throws std::system_error when the system refuses a thread.
     void Start(std::function<void()> work);
 
     // Asks the work to end without waiting for it.
