@@ -5,6 +5,7 @@
 #include <objbase.h>
 #include <shellapi.h>
 
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -53,6 +54,16 @@ void ReportFailedStart(const std::wstring& text, bool unattended, const std::wst
     if (const TErrorCode error =
             WriteErrorLog(SystemPlatformCalls(), configurationFolder + L"\\Error.log", text)) {
         WriteToStandardError(L"Error.log: " + std::to_wstring(error));
+    }
+}
+
+// What the system and the run-time library would put into a box of theirs is answered with an error code
+// instead: a card reader without its card among the source folders, say. Of a crash, too, nobody is asked
+// what to do when nobody is there.
+void LeaveOutSystemErrorBoxes(bool unattended) {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX | (unattended ? SEM_NOGPFAULTERRORBOX : 0U));
+    if (unattended) {
+        _set_error_mode(_OUT_TO_STDERR);
     }
 }
 
@@ -112,8 +123,10 @@ int RunProgram(const TCommandLine& commandLine, int nShowCmd) {
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int nShowCmd) {
+    const TCommandLine commandLine = ParseCommandLine(ProgramArguments());
+    LeaveOutSystemErrorBoxes(commandLine.copy);
     const TComLibrary com;
     const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
-    return RunProgram(ParseCommandLine(ProgramArguments()), nShowCmd);
+    return RunProgram(commandLine, nShowCmd);
 }
