@@ -9,8 +9,9 @@ TFolderListing::TFolderListing(const TPlatformCalls& calls, std::wstring_view fo
     // trips.
     find_ = calls_.FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &entry_, FindExSearchNameMatch, nullptr,
                                     FIND_FIRST_EX_LARGE_FETCH);
-    firstIsPending_ = find_ != INVALID_HANDLE_VALUE;
-    if (!firstIsPending_) {
+    hasBegun_ = find_ != INVALID_HANDLE_VALUE;
+    firstIsPending_ = hasBegun_;
+    if (!hasBegun_) {
         error_ = GetLastError();
         if (error_ == ERROR_NO_MORE_FILES) {
             error_ = ERROR_SUCCESS;
@@ -54,5 +55,6 @@ bool TFolderListing::Advance() {
 
 bool TFolderListing::FolderIsMissing() const {
     // An existing folder without any entry (a drive's root can be) answers "file not found".
-    return error_ == ERROR_PATH_NOT_FOUND || error_ == ERROR_FILE_NOT_FOUND;
+    // In the middle of a listing the same codes mean that it broke off.
+    return !hasBegun_ && (error_ == ERROR_PATH_NOT_FOUND || error_ == ERROR_FILE_NOT_FOUND);
 }

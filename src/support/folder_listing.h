@@ -35,6 +35,7 @@ private:
     WIN32_FIND_DATAW entry_{};
     HANDLE find_ = INVALID_HANDLE_VALUE;
     TErrorCode error_ = ERROR_SUCCESS;
+    bool hasBegun_ = false;
     bool firstIsPending_ = false;
 };
 
