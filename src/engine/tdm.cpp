@@ -64,8 +64,8 @@ void TDM::DataModuleCreate() {
     hostName_ = HostName();
     configurationFolder_ = ::ConfigurationFolder(calls_);
     CreateHashContext();
-    // A missing file is written at the end of the program, an unchanged one is not.
-    MemData.SetModified(!LoadSourceFolders(calls_, SourceFolderFile(), MemData));
+    sourceFolderFileMissing_ = !LoadSourceFolders(calls_, SourceFolderFile(), MemData);
+    MemData.SetModified(false);
     sourceFoldersLoaded_ = true;
 }
 
@@ -83,8 +83,10 @@ void TDM::DataModuleDestroy() {
 }
 
 void TDM::SaveSourceFolderTable() {
-    // Rows that did not change are not written: another copy of the program may have written newer ones.
-    if (sourceFoldersLoaded_ && MemData.Modified()) {
+    // Rows that did not change are not written: another copy of the program may have written newer ones, also
+    // where there was no file when this one began.
+    const bool mustBeMade = sourceFolderFileMissing_ && !FileExists(calls_, SourceFolderFile());
+    if (sourceFoldersLoaded_ && (MemData.Modified() || mustBeMade)) {
         if (const TErrorCode error = SaveSourceFolders(calls_, SourceFolderFile(), MemData)) {
             ReportFailure(L"\"" + SourceFolderFile() + L"\" konnte nicht gespeichert werden: " +
                           SystemErrorText(error));
@@ -143,13 +145,14 @@ bool TDM::PrepareRun() {
             Report(SystemErrorText(Res), TMessagePos::Memo);
             return false;
         }
-        if (nasDataFileMissing_) {
-            // Perhaps it was only out of reach: without its records they would be lost at the next save.
-            LoadNasData(false);
-        }
     }
     if (!ReachDestination()) {
         return false;
+    }
+    if (nasDataFileMissing_) {
+        // Perhaps it was only out of reach, before the logon or while the destination woke up: its records
+        // would be lost at the next save.
+        LoadNasData(false);
     }
     nasDataMayBeSaved_ = true;
     return true;

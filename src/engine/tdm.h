@@ -42,7 +42,8 @@ public:
     // Saves the source-folder table, closes both tables, cancels the share connection.
     void DataModuleDestroy();
 
-    // Writes the source-folder table to "NASConf.Dat" if it changed; a failure is reported as an Error row.
+    // Writes the source-folder table to "NASConf.Dat" if it changed, or if there is no such file yet; a
+    // failure is reported as an Error row.
     void SaveSourceFolderTable();
 
     // Starts a run and returns before anything is copied. A destination that cannot be reached is reported
@@ -107,6 +108,7 @@ private:
     std::wstring hostName_;
     std::wstring configurationFolder_;
     bool sourceFoldersLoaded_ = false;
+    bool sourceFolderFileMissing_ = false;
 
     TShareLogon shareLogon_;
     std::wstring AUser;

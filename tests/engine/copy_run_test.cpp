@@ -274,15 +274,45 @@ TEST_F(CopyRun, AListingThatBreaksOffIsNoEmptyFolder) {
     source_.Write(L"sub\\b.txt", "y", TestTime(0));
     AddSource(source_.Path());
     Run();
-    calls_.FindNextFileW = [](HANDLE, LPWIN32_FIND_DATAW) -> BOOL {
-        SetLastError(ERROR_UNEXP_NET_ERR);
-        return FALSE;
-    };
+    // What the end of a listing means is not what its beginning means: a folder that is there is not missing.
+    static DWORD error;
+    for (const DWORD tried : {ERROR_UNEXP_NET_ERR, ERROR_PATH_NOT_FOUND, ERROR_FILE_NOT_FOUND}) {
+        error = tried;
+        calls_.FindNextFileW = [](HANDLE, LPWIN32_FIND_DATAW) -> BOOL {
+            SetLastError(error);
+            return FALSE;
+        };
+        Run();
+        const auto errors = Texts(TMessagePos::Error);
+        ASSERT_EQ(errors.size(), 1U) << error
+                                     << ": the source folder's listing breaks off before its sub-folder";
+        EXPECT_NE(errors.front().find(source_.Path()), std::wstring::npos);
+        EXPECT_EQ(Dm().Failures(), 1U);
+    }
+}
+
+TEST_F(CopyRun, ATableThatIsOutOfReachForAMomentKeepsItsRecords) {
+    source_.Write(L"a.txt", "x", TestTime(0));
+    AddSource(source_.Path());
     Run();
-    const auto errors = Texts(TMessagePos::Error);
-    ASSERT_EQ(errors.size(), 1U) << "the source folder's listing breaks off before its sub-folder";
-    EXPECT_NE(errors.front().find(source_.Path()), std::wstring::npos);
-    EXPECT_EQ(Dm().Failures(), 1U);
+    dm_.reset();
+    // As a drive answers that is not yet connected.
+    static bool isAsleep;
+    isAsleep = true;
+    calls_.CreateFileW = [](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                            DWORD disposition, DWORD flags, HANDLE pattern) -> HANDLE {
+        if (isAsleep && std::wstring_view(path).ends_with(L"Vardeko.dat")) {
+            isAsleep = false;
+            SetLastError(ERROR_PATH_NOT_FOUND);
+            return INVALID_HANDLE_VALUE;
+        }
+        return ::CreateFileW(path, access, sharing, security, disposition, flags, pattern);
+    };
+    source_.Write(L"b.txt", "y", TestTime(0));
+    AddSource(source_.Path());
+    Run();
+    EXPECT_FALSE(isAsleep);
+    EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko.dat")->size(), 42U + 78 * 2);
 }
 
 TEST_F(CopyRun, ADestinationListingThatBreaksOffIsAskedFileByFile) {

@@ -19,7 +19,7 @@ namespace {
 const std::map<std::string, std::vector<DWORD>>& ErrorsOf() {
     static const std::map<std::string, std::vector<DWORD>> errors{
         {"FindFirstFileEx", {ERROR_ACCESS_DENIED, ERROR_PATH_NOT_FOUND, ERROR_BAD_NETPATH}},
-        {"FindNextFile", {ERROR_UNEXP_NET_ERR, ERROR_NETNAME_DELETED}},
+        {"FindNextFile", {ERROR_UNEXP_NET_ERR, ERROR_NETNAME_DELETED, ERROR_PATH_NOT_FOUND}},
         {"GetFileAttributesEx", {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_NETNAME_DELETED}},
         {"SetFileAttributes", {ERROR_ACCESS_DENIED}},
         {"CopyFileEx",
@@ -28,7 +28,7 @@ const std::map<std::string, std::vector<DWORD>>& ErrorsOf() {
         {"MoveFileEx", {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_NETNAME_DELETED}},
         {"DeleteFile", {ERROR_SHARING_VIOLATION}},
         {"CreateDirectory", {ERROR_ACCESS_DENIED, ERROR_DISK_FULL}},
-        {"CreateFile", {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_DISK_FULL}},
+        {"CreateFile", {ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION, ERROR_DISK_FULL, ERROR_PATH_NOT_FOUND}},
         {"ReadFile", {ERROR_READ_FAULT}},
         {"WriteFile", {ERROR_DISK_FULL, ERROR_NETNAME_DELETED}},
         {"SetFilePointerEx", {ERROR_INVALID_PARAMETER}},
