@@ -19,6 +19,13 @@ void SendText(IOmniTask& task, TScanMessage message, std::wstring text) {
     task.Send(static_cast<std::uint16_t>(message), std::move(text));
 }
 
+// Whether a folder that could not be asked for may be there all the same. A drive without its medium is as
+// good as one that is not plugged in.
+bool MayBeThere(TErrorCode error) {
+    return error == ERROR_ACCESS_DENIED || error == ERROR_LOGON_FAILURE ||
+           (IsOutOfReach(error) && error != ERROR_NOT_READY);
+}
+
 }  // namespace
 
 TFolderScan::TFolderScan(IOmniTask& task, const TPlatformCalls& calls, TScanParameters parameters)
@@ -48,7 +55,11 @@ void TFolderScan::CollectAllFolders() {
             continue;
         }
         const std::wstring folder = row.Folder();
-        if (!FolderExists(calls_, folder)) {
+        const auto attributes = QueryAttributes(calls_, folder);
+        if (const TErrorCode error = attributes ? ERROR_SUCCESS : GetLastError(); MayBeThere(error)) {
+            TellIncomplete(folder, error);
+        }
+        if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
             continue;
         }
         filter_ =

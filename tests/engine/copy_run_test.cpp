@@ -291,6 +291,30 @@ TEST_F(CopyRun, AListingThatBreaksOffIsNoEmptyFolder) {
     }
 }
 
+TEST_F(CopyRun, ASourceFolderThatDoesNotAnswerIsNotMissing) {
+    source_.Write(L"a\\a.txt", "x", TestTime(0));
+    source_.Write(L"b\\b.txt", "y", TestTime(0));
+    AddSource(source_.At(L"a"));
+    AddSource(source_.At(L"b"));
+    static DWORD error;
+    for (const DWORD tried :
+         {ERROR_BAD_NETPATH, ERROR_ACCESS_DENIED, ERROR_PATH_NOT_FOUND, ERROR_NOT_READY}) {
+        error = tried;
+        calls_.GetFileAttributesExW = [](LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) -> BOOL {
+            if (std::wstring_view(path).ends_with(L"\\a")) {
+                SetLastError(error);
+                return FALSE;
+            }
+            return ::GetFileAttributesExW(path, level, data);
+        };
+        Run();
+        const bool isTold = tried == ERROR_BAD_NETPATH || tried == ERROR_ACCESS_DENIED;
+        EXPECT_EQ(Dm().Failures(), isTold ? 1U : 0U) << error;
+        EXPECT_EQ(Texts(TMessagePos::Error).size(), isTold ? 1U : 0U) << error;
+        EXPECT_EQ(destination_.Read(CopyOf(L"b\\b.txt")), "y") << "the other folders are copied";
+    }
+}
+
 TEST_F(CopyRun, ATableThatIsOutOfReachForAMomentKeepsItsRecords) {
     source_.Write(L"a.txt", "x", TestTime(0));
     AddSource(source_.Path());
