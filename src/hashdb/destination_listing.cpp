@@ -28,19 +28,27 @@ void TDestinationListing::Read() {
         }
     }
     complete_ = listing.Error() == ERROR_SUCCESS || listing.FolderIsMissing();
+    if (IsOutOfReach(listing.Error())) {
+        // Asked at once: where no file is asked for, each further folder would wait out the network.
+        AskForAttributes(folder_);
+    }
 }
 
-std::optional<FILETIME> TDestinationListing::Ask(std::wstring_view fileName) const {
-    const auto attributes = QueryAttributes(calls_, folder_ + L"\\" + std::wstring(fileName));
+std::optional<WIN32_FILE_ATTRIBUTE_DATA> TDestinationListing::AskForAttributes(std::wstring_view path) const {
+    const auto attributes = QueryAttributes(calls_, path);
     if (!attributes) {
         // Every further question would wait out the network once more.
         if (const TErrorCode error = GetLastError(); IsOutOfReach(error)) {
             throw std::runtime_error("Das Ziel ist nicht erreichbar (" + ToUtf8(SystemErrorText(error)) +
                                      ")");
         }
-        return std::nullopt;
     }
-    if ((attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+    return attributes;
+}
+
+std::optional<FILETIME> TDestinationListing::Ask(std::wstring_view fileName) const {
+    const auto attributes = AskForAttributes(folder_ + L"\\" + std::wstring(fileName));
+    if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         return std::nullopt;
     }
     return attributes->ftLastWriteTime;

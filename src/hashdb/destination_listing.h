@@ -18,8 +18,8 @@
 // only what a listing cannot answer: everything when it fails for another reason than a missing folder, so
 // that nothing is wrongly held for missing; and a name of which the listing knows another spelling only,
 // since whether the two are one file is the file system's to say. When the destination does not answer,
-// LastWriteOf throws std::runtime_error (UTF-8, German). Temporary files of interrupted runs are removed on
-// the way.
+// making one and LastWriteOf throw std::runtime_error (UTF-8, German). Temporary files of interrupted runs
+// are removed on the way.
 class TDestinationListing {
 public:
     // The folder's path, without a trailing "\".
@@ -31,6 +31,7 @@ public:
 
 private:
     void Read();
+    std::optional<WIN32_FILE_ATTRIBUTE_DATA> AskForAttributes(std::wstring_view path) const;
     std::optional<FILETIME> Ask(std::wstring_view fileName) const;
 
     bool KnowsOtherSpelling(std::wstring_view fileName) const;

@@ -244,4 +244,31 @@ TEST_F(FaultyRun, ANasThatGoesAwayEndsTheRun) {
     }
 }
 
+// Folders in which nothing is to copy ask for no file, but each for a listing.
+TEST_F(FaultyRun, ANasThatGoesAwayEndsAScanThatFindsNothing) {
+    MakeTrees(false);
+    WholeRun();
+    for (int index = 0; index < 100; ++index) {
+        std::filesystem::create_directories(source_.At(L"empty\\" + std::to_wstring(index)));
+    }
+    const std::wstring nas = FoldedCase(destination_.Path());
+    std::atomic<bool> gone = false;
+    std::atomic<int> askedWhileGone = 0;
+    {
+        const TWatchedCalls watch([&](const char*, std::wstring_view path) -> DWORD {
+            if (FoldedCase(path).find(nas) == std::wstring::npos) {
+                return ERROR_SUCCESS;
+            }
+            gone = gone || path.ends_with(L"\\empty\\*");
+            askedWhileGone += gone ? 1 : 0;
+            return gone ? ERROR_BAD_NETPATH : ERROR_SUCCESS;
+        });
+        WholeRun();
+    }
+    EXPECT_LT(askedWhileGone, 10);
+    const auto errors = Texts(TMessagePos::Error);
+    ASSERT_EQ(errors.size(), 1U);
+    EXPECT_NE(errors.front().find(L"Das Ziel ist nicht erreichbar"), std::wstring::npos);
+}
+
 }  // namespace
