@@ -1,7 +1,7 @@
 // "Vardeko.dat": a file that is accepted is written back byte for byte when it is kept in its order.
-#include "config/table_file.h"
 #include "fuzz_input.h"
 #include "hashdb/hash_table_format.h"
+#include "store/table_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes = AsBytes(data, size);

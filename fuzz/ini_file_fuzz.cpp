@@ -1,6 +1,6 @@
 // The settings file: what is not changed stays as it is, and a value that was set is read again.
-#include "config/ini_file.h"
 #include "fuzz_input.h"
+#include "store/ini_file.h"
 #include "support/latin1_code_page.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,7 +1,7 @@
 // "NASConf.Dat": rows that were read are written so that they read as the same rows.
-#include "config/source_folder_format.h"
-#include "config/table_file.h"
 #include "fuzz_input.h"
+#include "store/source_folder_format.h"
+#include "store/table_file.h"
 #include "support/latin1_code_page.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -10,13 +10,13 @@ import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SOURCES = os.path.join(ROOT, "src")
-# From the top down. The windows of config/ stand above the engine, its store below the hash table.
-ROOMS = ("app", "update", "config_window", "engine", "hashdb", "config", "ui", "support")
+# From the top down.
+ROOMS = ("app", "update", "config", "engine", "hashdb", "store", "ui", "texts", "support")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
 
 def built_files():
-    """The rooms' lists of sources: "room/file.cpp" -> (room, portable)."""
+    """The rooms' lists of sources: "room/file.cpp" -> portable."""
     built = {}
     for folder in sorted(os.listdir(SOURCES)):
         lists = os.path.join(SOURCES, folder, "CMakeLists.txt")
@@ -24,18 +24,18 @@ def built_files():
             continue
         with open(lists, encoding="utf-8") as file:
             text = re.sub(r"#.*", "", file.read())
-        for room, body in re.findall(r"vardeko_room\(\s*(\w+)([^)]*)\)", text):
+        for body in re.findall(r"vardeko_room\(\s*\w+([^)]*)\)", text):
             section = None
             for word in body.split():
                 if word.isupper():
                     section = word
                 elif section in ("PORTABLE", "WINDOWS"):
-                    built[f"{folder}/{word}"] = room, section == "PORTABLE"
+                    built[f"{folder}/{word}"] = section == "PORTABLE"
         # The program's own sources stand in the call that makes it.
         for body in re.findall(r"add_executable\(\s*\w+([^)]*)\)", text):
             for word in body.split():
                 if word.endswith(".cpp"):
-                    built[f"{folder}/{word}"] = folder, False
+                    built[f"{folder}/{word}"] = False
     return built
 
 
@@ -54,12 +54,8 @@ def read_includes():
     return includes
 
 
-def room_of(path, built):
-    if path in built:
-        return built[path][0]
-    # A header belongs where its source file does.
-    source = os.path.splitext(path)[0] + ".cpp"
-    return built[source][0] if source in built else path.split("/")[0]
+def room_of(path):
+    return path.split("/")[0]
 
 
 def cycles(includes):
@@ -83,7 +79,7 @@ def breaches():
     built, includes = built_files(), read_includes()
     found = []
     for path, (targets, _) in sorted(includes.items()):
-        room = room_of(path, built)
+        room = room_of(path)
         if room not in ROOMS:
             found.append(f"src/{path}: {room} is no room")
             continue
@@ -91,13 +87,13 @@ def breaches():
             if target not in includes:
                 # The resource compiler's headers and the like are not found either: all go by room/file.
                 found.append(f'src/{path}: "{target}" is not in src/; includes are written "room/file.h"')
-            elif ROOMS.index(room_of(target, built)) < ROOMS.index(room):
-                found.append(f"src/{path} ({room}) includes {target} ({room_of(target, built)}), which stands above it")
+            elif ROOMS.index(room_of(target)) < ROOMS.index(room):
+                found.append(f"src/{path} ({room}) includes {target} ({room_of(target)}), which stands above it")
         if path.endswith(".cpp") and path not in built:
             found.append(f"src/{path} is in no CMakeLists.txt")
     found += ["a circle of includes: " + " -> ".join(way) for way in cycles(includes)]
 
-    for path, (_, portable) in sorted(built.items()):
+    for path, portable in sorted(built.items()):
         seen, ahead = set(), [path] if portable else []
         while ahead:
             file = ahead.pop()

@@ -2,7 +2,7 @@
 # The inner loop: builds the test program of one room and runs it, or the tests named by a filter.
 #   scripts/quick.sh ROOM [FILTER]         natively, under the sanitizers: the portable files
 #   scripts/quick.sh ROOM [FILTER] --wine  under Wine: all of the room's files
-# ROOM is a folder of src/, or config_window; FILTER as in --gtest_filter, '*History*' for instance. Without one,
+# ROOM is a folder of src/; FILTER as in --gtest_filter, '*History*' for instance. Without one,
 # the minute of FaultyRun is left out.
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -7,9 +7,9 @@
 #include <optional>
 #include <string>
 
-#include "config/config_settings.h"
 #include "config/source_folder_grid.h"
-#include "config/source_folder_table.h"
+#include "store/config_settings.h"
+#include "store/source_folder_table.h"
 #include "support/handles.h"
 #include "support/platform_calls.h"
 #include "support/text.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config/source_folder_table.h"
+#include "store/source_folder_table.h"
 #include "ui/grid_column.h"
 #include "ui/grid_source.h"
 

@@ -32,9 +32,7 @@ bool ReplaceTarget(const TPlatformCalls& calls, const std::wstring& temporary, c
 // A rename does not replace a read-only file. The attribute is cleared only when the rename was refused, so
 // that the usual case costs no question.
 bool MakeReplaceable(const TPlatformCalls& calls, std::wstring_view target) {
-    const auto attributes = QueryAttributes(calls, target);
-    return attributes && (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
-           (attributes->dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+    return QueryAttributes(calls, target).IsReadOnlyFile() &&
            calls.SetFileAttributesW(ExtendedPath(target).c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 

@@ -55,11 +55,11 @@ void TFolderScan::CollectAllFolders() {
             continue;
         }
         const std::wstring folder = row.Folder();
-        const auto attributes = QueryAttributes(calls_, folder);
-        if (const TErrorCode error = attributes ? ERROR_SUCCESS : GetLastError(); MayBeThere(error)) {
-            TellIncomplete(folder, error);
+        const TAttributes attributes = QueryAttributes(calls_, folder);
+        if (MayBeThere(attributes.error)) {
+            TellIncomplete(folder, attributes.error);
         }
-        if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+        if (!attributes.IsFolder()) {
             continue;
         }
         filter_ =

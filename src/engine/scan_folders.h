@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "config/source_folder_table.h"
 #include "engine/extension_filter.h"
 #include "engine/task_runtime.h"
 #include "hashdb/destination_listing.h"
 #include "hashdb/hash_table.h"
+#include "store/source_folder_table.h"
 #include "support/file_access.h"
 #include "support/file_times.h"
 #include "support/link_loop.h"

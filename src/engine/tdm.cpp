@@ -2,12 +2,12 @@
 
 #include <stdexcept>
 
-#include "config/credential_protection.h"
-#include "config/source_folder_file.h"
 #include "engine/file_size_text.h"
 #include "engine/scan_folders.h"
 #include "hashdb/hash_table_file.h"
 #include "hashdb/reindex.h"
+#include "store/credential_protection.h"
+#include "store/source_folder_file.h"
 #include "support/path_hash.h"
 #include "support/system_error.h"
 #include "support/system_helpers.h"

@@ -9,12 +9,12 @@
 #include <memory>
 #include <string>
 
-#include "config/settings.h"
-#include "config/share_logon.h"
-#include "config/source_folder_table.h"
 #include "engine/message_kind.h"
 #include "engine/task_runtime.h"
 #include "hashdb/hash_table.h"
+#include "store/settings.h"
+#include "store/share_logon.h"
+#include "store/source_folder_table.h"
 #include "support/file_times.h"
 #include "support/platform_calls.h"
 #include "ui/timer.h"
@@ -97,8 +97,7 @@ private:
 
     void CopyFiles();
     void CopyNextFile();
-    void CopyOneFile(const std::wstring& source, const std::wstring& folder,
-                     const WIN32_FILE_ATTRIBUTE_DATA& attributes);
+    void CopyOneFile(const std::wstring& source, const std::wstring& folder, const TAttributes& attributes);
     void ReportFailedCopy(const std::wstring& source);
     bool GiveUpIfDestinationIsGone();
     std::wstring HostFolder() const { return NAS + L"\\" + hostName_; }

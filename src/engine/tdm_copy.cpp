@@ -14,14 +14,6 @@ namespace {
 // Smaller files are copied without telling their progress.
 constexpr std::int64_t kProgressThreshold = 64 * 1024 * 1024;
 
-std::int64_t SizeOf(const WIN32_FILE_ATTRIBUTE_DATA& attributes) {
-    return static_cast<std::int64_t>(attributes.nFileSizeHigh) << 32 | attributes.nFileSizeLow;
-}
-
-TFileTimes TimesOf(const WIN32_FILE_ATTRIBUTE_DATA& attributes) {
-    return {attributes.ftCreationTime, attributes.ftLastAccessTime, attributes.ftLastWriteTime};
-}
-
 }  // namespace
 
 void TDM::CopyTimerTimer() {
@@ -73,15 +65,13 @@ void TDM::CopyNextFile() {
     const std::wstring source = std::move(CopyFileList.front());
     CopyFileList.pop_front();
     // The only question about the source: existence, size and times together.
-    const auto attributes = QueryAttributes(calls_, source);
-    const TErrorCode error = attributes ? ERROR_SUCCESS : GetLastError();
-    const bool isFolder = attributes && (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (isFolder || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+    const TAttributes attributes = QueryAttributes(calls_, source);
+    if (attributes.IsFolder() || IsMissing(attributes.error)) {
         // Gone since the scan saw it.
         return;
     }
     Report(source, TMessagePos::Status);
-    if (!attributes) {
+    if (!attributes.Exists()) {
         // Out of reach is not gone: a file that stays without its copy must be told.
         ReportFailedCopy(source);
         Report(std::wstring(FileNamePart(source)), TMessagePos::FileMsg);
@@ -96,12 +86,11 @@ void TDM::CopyNextFile() {
         }
         knownFolder_ = folder;
     }
-    CopyOneFile(source, folder, *attributes);
+    CopyOneFile(source, folder, attributes);
     Report(std::wstring(FileNamePart(source)), TMessagePos::FileMsg);
 }
 
-void TDM::CopyOneFile(const std::wstring& source, const std::wstring& folder,
-                      const WIN32_FILE_ATTRIBUTE_DATA& attributes) {
+void TDM::CopyOneFile(const std::wstring& source, const std::wstring& folder, const TAttributes& attributes) {
     const std::wstring target = folder + L"\\" + std::wstring(FileNamePart(source));
     // The current row's switch counts, whichever row the file comes from. A copy that cannot be moved aside
     // is not written over either.
@@ -109,8 +98,8 @@ void TDM::CopyOneFile(const std::wstring& source, const std::wstring& folder,
         ReportFailedCopy(source);
         return;
     }
-    const std::int64_t size = SizeOf(attributes);
-    const TFileTimes times = TimesOf(attributes);
+    const std::int64_t size = attributes.Size();
+    const TFileTimes times = attributes.Times();
     const bool isLarge = size >= kProgressThreshold;
     const TErrorCode error =
         CopyFileSafely(calls_, {.source = source,
@@ -147,12 +136,12 @@ void TDM::ReportFailedCopy(const std::wstring& source) {
 // When the destination itself does not answer any more, each further file would wait out the network. The run
 // is brought to its end instead; the next one copies what is missing.
 bool TDM::GiveUpIfDestinationIsGone() {
-    if (destinationIsGone_ || QueryAttributes(calls_, HostFolder())) {
-        return destinationIsGone_;
+    if (destinationIsGone_) {
+        return true;
     }
     // A drive that is no longer connected answers "not found".
-    const TErrorCode error = GetLastError();
-    if (!IsOutOfReach(error) && error != ERROR_PATH_NOT_FOUND && error != ERROR_FILE_NOT_FOUND) {
+    const TErrorCode error = QueryAttributes(calls_, HostFolder()).error;
+    if (!IsOutOfReach(error) && !IsMissing(error)) {
         return false;
     }
     destinationIsGone_ = true;

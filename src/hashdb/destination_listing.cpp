@@ -1,13 +1,9 @@
 #include "hashdb/destination_listing.h"
 
-#include <stdexcept>
-
 #include "support/case_folding.h"
-#include "support/file_access.h"
 #include "support/folder_listing.h"
-#include "support/system_error.h"
+#include "support/problem.h"
 #include "support/temporary_name.h"
-#include "support/text.h"
 
 TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder)
     : calls_(calls), folder_(std::move(folder)) {
@@ -34,24 +30,18 @@ void TDestinationListing::Read() {
     }
 }
 
-std::optional<WIN32_FILE_ATTRIBUTE_DATA> TDestinationListing::AskForAttributes(std::wstring_view path) const {
-    const auto attributes = QueryAttributes(calls_, path);
-    if (!attributes) {
+TAttributes TDestinationListing::AskForAttributes(std::wstring_view path) const {
+    TAttributes attributes = QueryAttributes(calls_, path);
+    if (IsOutOfReach(attributes.error)) {
         // Every further question would wait out the network once more.
-        if (const TErrorCode error = GetLastError(); IsOutOfReach(error)) {
-            throw std::runtime_error("Das Ziel ist nicht erreichbar (" + ToUtf8(SystemErrorText(error)) +
-                                     ")");
-        }
+        throw EProblem({.what = TProblemKind::DestinationUnreachable, .code = attributes.error});
     }
     return attributes;
 }
 
 std::optional<FILETIME> TDestinationListing::Ask(std::wstring_view fileName) const {
-    const auto attributes = AskForAttributes(folder_ + L"\\" + std::wstring(fileName));
-    if (!attributes || (attributes->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        return std::nullopt;
-    }
-    return attributes->ftLastWriteTime;
+    const TAttributes attributes = AskForAttributes(folder_ + L"\\" + std::wstring(fileName));
+    return attributes.IsFile() ? std::optional(attributes.data.ftLastWriteTime) : std::nullopt;
 }
 
 std::optional<FILETIME> TDestinationListing::LastWriteOf(std::wstring_view fileName) const {

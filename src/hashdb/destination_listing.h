@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "support/file_access.h"
 #include "support/platform_calls.h"
 
 // Answers for every file of one destination folder whether it exists and when it was last written, from a
@@ -18,7 +19,7 @@
 // only what a listing cannot answer: everything when it fails for another reason than a missing folder, so
 // that nothing is wrongly held for missing; and a name of which the listing knows another spelling only,
 // since whether the two are one file is the file system's to say. When the destination does not answer,
-// making one and LastWriteOf throw std::runtime_error (UTF-8, German). Temporary files of interrupted runs
+// making one and LastWriteOf throw EProblem (DestinationUnreachable). Temporary files of interrupted runs
 // are removed on the way.
 class TDestinationListing {
 public:
@@ -31,7 +32,7 @@ public:
 
 private:
     void Read();
-    std::optional<WIN32_FILE_ATTRIBUTE_DATA> AskForAttributes(std::wstring_view path) const;
+    TAttributes AskForAttributes(std::wstring_view path) const;
     std::optional<FILETIME> Ask(std::wstring_view fileName) const;
 
     bool KnowsOtherSpelling(std::wstring_view fileName) const;

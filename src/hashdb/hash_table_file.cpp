@@ -1,13 +1,13 @@
 #include "hashdb/hash_table_file.h"
 
-#include "config/table_file.h"
 #include "hashdb/hash_table_format.h"
+#include "store/table_file.h"
 #include "support/system_error.h"
 
 bool LoadHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table) {
     std::string bytes;
     const TErrorCode error = ReadWholeFile(calls, path, bytes);
-    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+    if (IsMissing(error)) {
         return false;
     }
     if (error != ERROR_SUCCESS) {

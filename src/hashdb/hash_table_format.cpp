@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "config/table_file.h"
+#include "store/table_file.h"
 #include "support/text.h"
 
 namespace {

@@ -4,8 +4,8 @@
 #include <functional>
 #include <string>
 
-#include "config/source_folder_table.h"
 #include "hashdb/hash_table.h"
+#include "store/source_folder_table.h"
 #include "support/platform_calls.h"
 
 // Who hears of the progress, and who may end it.

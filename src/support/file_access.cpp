@@ -104,36 +104,23 @@ std::wstring_view RootOf(std::wstring_view extended) {
 
 }  // namespace
 
-std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& calls,
-                                                         std::wstring_view path) {
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    if (!calls.GetFileAttributesExW(ExtendedPath(path).c_str(), GetFileExInfoStandard, &data)) {
-        return std::nullopt;
+TAttributes QueryAttributes(const TPlatformCalls& calls, std::wstring_view path) {
+    const std::wstring extended = ExtendedPath(path);
+    TAttributes answer;
+    if (!calls.GetFileAttributesExW(extended.c_str(), GetFileExInfoStandard, &answer.data)) {
+        const TErrorCode error = GetLastError();
+        answer.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+        answer.data = {};
     }
-    return data;
+    return answer;
 }
 
 bool FileExists(const TPlatformCalls& calls, std::wstring_view path) {
-    const auto data = QueryAttributes(calls, path);
-    return data && (data->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    return QueryAttributes(calls, path).IsFile();
 }
 
 bool FolderExists(const TPlatformCalls& calls, std::wstring_view path) {
-    const auto data = QueryAttributes(calls, path);
-    return data && (data->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-bool IsOutOfReach(TErrorCode error) {
-    constexpr TErrorCode kCodes[] = {
-        ERROR_NOT_READY,         ERROR_REM_NOT_LIST,         ERROR_BAD_NETPATH,
-        ERROR_NETWORK_BUSY,      ERROR_DEV_NOT_EXIST,        ERROR_ADAP_HDW_ERR,
-        ERROR_UNEXP_NET_ERR,     ERROR_NETNAME_DELETED,      ERROR_BAD_NET_NAME,
-        ERROR_SEM_TIMEOUT,       ERROR_VC_DISCONNECTED,      ERROR_NO_NET_OR_BAD_PATH,
-        ERROR_NO_NETWORK,        ERROR_GRACEFUL_DISCONNECT,  ERROR_NETWORK_UNREACHABLE,
-        ERROR_HOST_UNREACHABLE,  ERROR_PORT_UNREACHABLE,     ERROR_CONNECTION_ABORTED,
-        ERROR_NOT_CONNECTED,     ERROR_DEVICE_NOT_CONNECTED, ERROR_CONNECTION_REFUSED,
-        ERROR_CONNECTION_INVALID};
-    return std::ranges::find(kCodes, error) != std::end(kCodes);
+    return QueryAttributes(calls, path).IsFolder();
 }
 
 bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
@@ -195,15 +182,15 @@ TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
     if (const TErrorCode error = beside.Write(write)) {
         return error;
     }
-    const auto old = QueryAttributes(calls, target);
-    const bool readOnly = old && (old->dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+    const TAttributes old = QueryAttributes(calls, target);
+    const bool readOnly = old.IsReadOnlyFile();
     if (readOnly) {
         // A read-only file cannot be replaced by a rename.
         calls.SetFileAttributesW(target.c_str(), FILE_ATTRIBUTE_NORMAL);
     }
     const TErrorCode error = beside.RenameOver(target);
     if (error != ERROR_SUCCESS && readOnly) {
-        calls.SetFileAttributesW(target.c_str(), old->dwFileAttributes);
+        calls.SetFileAttributesW(target.c_str(), old.data.dwFileAttributes);
     }
     return error;
 }

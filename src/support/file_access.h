@@ -4,26 +4,40 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 
+#include "support/error_code.h"
 #include "support/platform_calls.h"
 
-// The error code of a call that failed; ERROR_SUCCESS when it did not.
-using TErrorCode = DWORD;
+// The three times of a file, in UTC.
+struct TFileTimes {
+    FILETIME creation{};
+    FILETIME lastAccess{};
+    FILETIME lastWrite{};
+};
 
-// What a file's attributes say: existence, kind, size and times in one question; nothing when the path
-// cannot be queried (missing, no access).
-std::optional<WIN32_FILE_ATTRIBUTE_DATA> QueryAttributes(const TPlatformCalls& calls, std::wstring_view path);
+// What a path's attributes say: existence, kind, size (bytes) and times in one question.
+struct TAttributes {
+    TErrorCode error = ERROR_SUCCESS;  // why there is no answer; `data` is empty then
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+
+    bool Exists() const { return error == ERROR_SUCCESS; }
+    bool IsFolder() const { return Exists() && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
+    bool IsFile() const { return Exists() && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0; }
+    bool IsReadOnlyFile() const { return IsFile() && (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0; }
+    std::int64_t Size() const {
+        return static_cast<std::int64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+    }
+    TFileTimes Times() const { return {data.ftCreationTime, data.ftLastAccessTime, data.ftLastWriteTime}; }
+};
+
+TAttributes QueryAttributes(const TPlatformCalls& calls, std::wstring_view path);
 
 bool FileExists(const TPlatformCalls& calls, std::wstring_view path);
 bool FolderExists(const TPlatformCalls& calls, std::wstring_view path);
-
-// Whether an error code says that the drive or the server behind a path does not answer, so that asking for
-// other paths there would only wait once more.
-bool IsOutOfReach(TErrorCode error);
 
 // Creates the folder with all missing parents; true when it exists afterwards.
 [[nodiscard]] bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path);

@@ -4,11 +4,8 @@
 #include "support/path_text.h"
 
 std::optional<TFileTimes> ReadFileTimes(const TPlatformCalls& calls, std::wstring_view path) {
-    const auto data = QueryAttributes(calls, path);
-    if (!data) {
-        return std::nullopt;
-    }
-    return TFileTimes{data->ftCreationTime, data->ftLastAccessTime, data->ftLastWriteTime};
+    const TAttributes attributes = QueryAttributes(calls, path);
+    return attributes.Exists() ? std::optional(attributes.Times()) : std::nullopt;
 }
 
 bool WriteFileTimes(const TPlatformCalls& calls, std::wstring_view path, const TFileTimes& times) {
@@ -45,6 +42,6 @@ TDateTime TLocalTimeRule::ToLocal(const FILETIME& time) const {
 }
 
 TDateTime LastWriteDateTime(const TPlatformCalls& calls, const TLocalTimeRule& rule, std::wstring_view path) {
-    const auto data = QueryAttributes(calls, path);
-    return data ? rule.ToLocal(data->ftLastWriteTime) : TDateTime{};
+    const TAttributes attributes = QueryAttributes(calls, path);
+    return attributes.Exists() ? rule.ToLocal(attributes.data.ftLastWriteTime) : TDateTime{};
 }

@@ -7,14 +7,8 @@
 #include <string_view>
 
 #include "support/date_time.h"
+#include "support/file_access.h"
 #include "support/platform_calls.h"
-
-// The three times of a file, in UTC.
-struct TFileTimes {
-    FILETIME creation{};
-    FILETIME lastAccess{};
-    FILETIME lastWrite{};
-};
 
 // Nothing when the path cannot be queried.
 std::optional<TFileTimes> ReadFileTimes(const TPlatformCalls& calls, std::wstring_view path);

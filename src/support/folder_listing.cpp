@@ -56,5 +56,5 @@ bool TFolderListing::Advance() {
 bool TFolderListing::FolderIsMissing() const {
     // An existing folder without any entry (a drive's root can be) answers "file not found".
     // In the middle of a listing the same codes mean that it broke off.
-    return !hasBegun_ && (error_ == ERROR_PATH_NOT_FOUND || error_ == ERROR_FILE_NOT_FOUND);
+    return !hasBegun_ && IsMissing(error_);
 }

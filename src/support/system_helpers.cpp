@@ -126,13 +126,9 @@ std::wstring TemporaryFolder() {
 
 bool MoveAsideWithNumber(const TPlatformCalls& calls, std::wstring_view path) {
     const std::wstring original = ExtendedPath(path);
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    if (!calls.GetFileAttributesExW(original.c_str(), GetFileExInfoStandard, &data)) {
-        const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-    }
-    if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        return true;
+    const TAttributes attributes = QueryAttributes(calls, original);
+    if (!attributes.IsFile()) {
+        return attributes.IsFolder() || IsMissing(attributes.error);
     }
     std::uint64_t number = 1;
     while (FileExists(calls, NumberedName(path, number))) {

@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "config/ini_file.h"
+#include "store/ini_file.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "config/config_window_driver.h"
-#include "config/credential_protection.h"
+#include "store/credential_protection.h"
 #include "support/system_code_page.h"
 
 namespace {

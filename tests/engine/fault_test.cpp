@@ -5,9 +5,9 @@
 #include <map>
 #include <set>
 
-#include "config/source_folder_file.h"
 #include "engine/copy_run_fixture.h"
 #include "hashdb/hash_table_file.h"
+#include "store/source_folder_file.h"
 #include "support/case_folding.h"
 #include "support/path_hash.h"
 #include "support/temporary_name.h"

@@ -69,9 +69,9 @@ protected:
             const std::wstring name = std::wstring(folder) + L"\\" + entry.path().filename().wstring();
             EXPECT_EQ(destination_.Read(CopyOf(name)), source_.Read(name)) << what << ToUtf8(name);
             const auto recorded = dm_->NasData.Find(PathDigest(source_.At(name)));
-            const auto attributes = QueryAttributes(SystemPlatformCalls(), source_.At(name));
-            ASSERT_TRUE(recorded && attributes) << what << ToUtf8(name);
-            EXPECT_EQ(*recorded, TLocalTimeRule().ToLocal(attributes->ftLastWriteTime))
+            const TAttributes attributes = QueryAttributes(SystemPlatformCalls(), source_.At(name));
+            ASSERT_TRUE(recorded && attributes.Exists()) << what << ToUtf8(name);
+            EXPECT_EQ(*recorded, TLocalTimeRule().ToLocal(attributes.data.ftLastWriteTime))
                 << what << ToUtf8(name);
         }
     }

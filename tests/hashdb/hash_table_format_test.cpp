@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "config/table_file.h"
+#include "store/table_file.h"
 #include "support/damage.h"
 
 namespace {

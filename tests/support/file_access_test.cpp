@@ -66,10 +66,9 @@ TEST(ReplaceWholeFile, LeavesTheOldFileWholeWhenACallFails) {
             EXPECT_EQ(Replace(calls, path, "the new content"), DWORD{ERROR_DISK_FULL}) << failing.name;
             EXPECT_EQ(ContentOf(path), "old") << failing.name;
             EXPECT_EQ(ContentOf(path + L".new"), "<missing>") << failing.name;
-            const auto now = QueryAttributes(SystemPlatformCalls(), path);
-            ASSERT_TRUE(now);
-            EXPECT_EQ(now->dwFileAttributes & FILE_ATTRIBUTE_READONLY, attributes & FILE_ATTRIBUTE_READONLY)
-                << failing.name;
+            const TAttributes now = QueryAttributes(SystemPlatformCalls(), path);
+            ASSERT_TRUE(now.Exists());
+            EXPECT_EQ(now.IsReadOnlyFile(), attributes == FILE_ATTRIBUTE_READONLY) << failing.name;
         }
     }
 }

@@ -1,10 +1,10 @@
-#include "config/config_settings.h"
+#include "store/config_settings.h"
 
 #include <stdexcept>
 
-#include "config/credential_protection.h"
-#include "config/ini_file.h"
-#include "config/settings.h"
+#include "store/credential_protection.h"
+#include "store/ini_file.h"
+#include "store/settings.h"
 #include "support/file_access.h"
 #include "support/system_error.h"
 #include "support/wipe.h"
@@ -14,7 +14,7 @@ namespace {
 // Reads the bytes of the file; a missing file has none.
 TErrorCode ReadIni(const TPlatformCalls& calls, const std::wstring& iniPath, std::string& bytes) {
     const TErrorCode error = ReadWholeFile(calls, iniPath, bytes);
-    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+    if (IsMissing(error)) {
         bytes.clear();
         return ERROR_SUCCESS;
     }

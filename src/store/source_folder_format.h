@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "config/source_folder_table.h"
+#include "store/source_folder_table.h"
 #include "support/text.h"
 
 // Throws ETableFile when the bytes are not a whole file of source-folder rows.

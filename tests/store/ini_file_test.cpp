@@ -1,4 +1,4 @@
-#include "config/ini_file.h"
+#include "store/ini_file.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "config/credential_protection.h"
+#include "store/credential_protection.h"
 
 #include <stdexcept>
 

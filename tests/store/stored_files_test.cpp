@@ -3,9 +3,9 @@
 
 #include <stdexcept>
 
-#include "config/settings.h"
-#include "config/source_folder_file.h"
-#include "config/source_folder_format.h"
+#include "store/settings.h"
+#include "store/source_folder_file.h"
+#include "store/source_folder_format.h"
 #include "support/system_code_page.h"
 #include "support/text.h"
 #include "test_folder.h"

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "config/source_folder_table.h"
+#include "store/source_folder_table.h"
 #include "support/file_access.h"
 #include "support/platform_calls.h"
 

@@ -1,6 +1,6 @@
-#include "config/source_folder_format.h"
+#include "store/source_folder_format.h"
 
-#include "config/table_file.h"
+#include "store/table_file.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "config/source_folder_table.h"
+#include "store/source_folder_table.h"
 
 #include <gmock/gmock.h>
 

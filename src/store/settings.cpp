@@ -1,9 +1,9 @@
-#include "config/settings.h"
+#include "store/settings.h"
 
 #include <stdexcept>
 
-#include "config/ini_file.h"
-#include "config/table_file.h"
+#include "store/ini_file.h"
+#include "store/table_file.h"
 #include "support/case_folding.h"
 #include "support/file_access.h"
 #include "support/path_text.h"
@@ -20,7 +20,7 @@ TSettings::~TSettings() {
 TSettings LoadSettings(const TPlatformCalls& calls, std::wstring_view iniPath, const TUnprotect& unprotect) {
     std::string bytes;
     const TErrorCode error = ReadWholeFile(calls, iniPath, bytes);
-    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
+    if (error != ERROR_SUCCESS && !IsMissing(error)) {
         throw std::runtime_error(FileNotReadMessage(iniPath, ToUtf8(SystemErrorText(error))));
     }
     const TIniFile ini(bytes, TSystemCodePage());

@@ -1,8 +1,8 @@
-#include "config/source_folder_format.h"
+#include "store/source_folder_format.h"
 
 #include <gmock/gmock.h>
 
-#include "config/table_file.h"
+#include "store/table_file.h"
 #include "support/damage.h"
 #include "support/latin1_code_page.h"
 

@@ -1,7 +1,7 @@
-#include "config/source_folder_file.h"
+#include "store/source_folder_file.h"
 
-#include "config/source_folder_format.h"
-#include "config/table_file.h"
+#include "store/source_folder_format.h"
+#include "store/table_file.h"
 #include "support/system_code_page.h"
 #include "support/system_error.h"
 
@@ -9,7 +9,7 @@ bool LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSou
     table.Close();
     std::string bytes;
     const TErrorCode error = ReadWholeFile(calls, path, bytes);
-    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+    if (IsMissing(error)) {
         table.Open();
         return false;
     }

@@ -1,4 +1,4 @@
-#include "config/table_file.h"
+#include "store/table_file.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "config/share_logon.h"
+#include "store/share_logon.h"
 
 #include "support/wipe.h"
 

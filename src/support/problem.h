@@ -1,0 +1,61 @@
+// What went wrong, as a value.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "support/error_code.h"
+
+// The kinds of problems that users are told of. Each names the members of TProblem that it uses.
+enum class TProblemKind {
+    Unexpected,              // detail: what a library or the system said of a mistake
+    FileNotRead,             // path, code
+    FileNotSaved,            // path, code: the old file is as it was
+    FileNotWritten,          // path, code: a line could not be appended
+    NoTableFile,             // path
+    OtherTableVersion,       // path
+    OtherTableFields,        // path
+    TableDamaged,            // path; number: the byte at which reading ended, limit: how many there are
+    TooManyRecords,          // -
+    TextTooLong,             // detail: the field's caption; number: characters entered, limit: allowed
+    UserNotDecrypted,        // path, detail: why, in the words of the encryption
+    PasswordNotDecrypted,    // the same
+    ProtectedTextDamaged,    // detail: why, in the words of the encryption
+    ShareRefused,            // code
+    DestinationMissing,      // path: the destination root
+    HostFolderNotMade,       // path: destination root and host name
+    DestinationUnreachable,  // code
+    DestinationLost,         // path; number: files that are still to be copied
+    FolderIncomplete,        // path, code: not listed to its end
+    SourceFolderMissing,     // path
+    ScanBroken,              // detail: why
+    CopyFailed,              // path: the source; code
+};
+
+// One thing that went wrong. Holds no sentence: ProblemText (texts/problem_text.h) words it.
+struct TProblem {
+    TProblemKind what = TProblemKind::Unexpected;
+    std::wstring path = {};
+    TErrorCode code = 0;
+    std::uint64_t number = 0;
+    std::uint64_t limit = 0;
+    std::wstring detail = {};
+
+    friend bool operator==(const TProblem&, const TProblem&) = default;
+};
+
+// Carries a problem to whoever can tell of it. The text of what() is for a debugger only.
+class EProblem : public std::exception {
+public:
+    explicit EProblem(TProblem problem) : problem_(std::make_shared<const TProblem>(std::move(problem))) {}
+
+    const TProblem& Problem() const { return *problem_; }
+    const char* what() const noexcept override { return "EProblem"; }
+
+private:
+    // Shared, so that copying the exception cannot throw.
+    std::shared_ptr<const TProblem> problem_;
+};

@@ -1,0 +1,79 @@
+#include "texts/problem_text.h"
+
+#include "support/text.h"
+
+namespace {
+
+std::wstring Quoted(const std::wstring& path) {
+    return L"\"" + path + L"\"";
+}
+
+std::wstring NotRead(const TProblem& problem, const std::wstring& reason) {
+    return L"Die Datei " + Quoted(problem.path) + L" kann nicht gelesen werden: " + reason;
+}
+
+std::wstring NotDecrypted(const TProblem& problem, const wchar_t* what) {
+    return what + (L" in " + Quoted(problem.path)) + L" kann nicht entschlüsselt werden: " + problem.detail;
+}
+
+}  // namespace
+
+std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
+    const auto reason = [&] { return systemText(problem.code); };
+    switch (problem.what) {
+        case TProblemKind::Unexpected:
+        case TProblemKind::ProtectedTextDamaged:
+            return problem.detail;
+        case TProblemKind::FileNotRead:
+            return NotRead(problem, reason());
+        case TProblemKind::FileNotSaved:
+            return Quoted(problem.path) + L" konnte nicht gespeichert werden: " + reason();
+        case TProblemKind::FileNotWritten:
+            return Quoted(problem.path) + L" konnte nicht geschrieben werden: " + reason();
+        case TProblemKind::NoTableFile:
+            return NotRead(problem, L"Sie ist keine Tabellendatei.");
+        case TProblemKind::OtherTableVersion:
+            return NotRead(problem, L"Sie hat eine andere Version als 1.91.");
+        case TProblemKind::OtherTableFields:
+            return NotRead(problem, L"Sie enthält andere Felder.");
+        case TProblemKind::TableDamaged:
+            return NotRead(problem, L"Sie ist beschädigt (bei Byte " + std::to_wstring(problem.number) +
+                                        L" von " + std::to_wstring(problem.limit) + L").");
+        case TProblemKind::TooManyRecords:
+            return L"Die Tabelle hat zu viele Einträge.";
+        case TProblemKind::TextTooLong:
+            return Quoted(problem.detail) + L" darf höchstens " + std::to_wstring(problem.limit) +
+                   L" Zeichen lang sein (eingegeben: " + std::to_wstring(problem.number) + L").";
+        case TProblemKind::UserNotDecrypted:
+            return NotDecrypted(problem, L"Der Anmeldename");
+        case TProblemKind::PasswordNotDecrypted:
+            return NotDecrypted(problem, L"Das Passwort");
+        case TProblemKind::ShareRefused:
+        case TProblemKind::CopyFailed:
+            return reason();
+        case TProblemKind::DestinationMissing:
+            return L"Error: Destination Directory does not exist, " + problem.path;
+        case TProblemKind::HostFolderNotMade:
+            return L"Error: Can not create Subdirectory, " + problem.path;
+        case TProblemKind::DestinationUnreachable:
+            return L"Das Ziel ist nicht erreichbar (" + reason() + L")";
+        case TProblemKind::DestinationLost:
+            return L"Das Ziel ist nicht mehr erreichbar: " + problem.path + L" (noch " +
+                   std::to_wstring(problem.number) + L" Dateien zu kopieren)";
+        case TProblemKind::FolderIncomplete:
+            return L"Der Ordner konnte nicht vollständig gelesen werden: " + problem.path + L" (" + reason() +
+                   L")";
+        case TProblemKind::SourceFolderMissing:
+            return L"Der Quellordner ist nicht vorhanden: " + problem.path;
+        case TProblemKind::ScanBroken:
+            return L"Der Dateivergleich wurde abgebrochen: " + problem.detail;
+    }
+    return problem.detail;
+}
+
+TProblem ProblemOf(const std::exception& error) {
+    if (const auto* carried = dynamic_cast<const EProblem*>(&error)) {
+        return carried->Problem();
+    }
+    return {.what = TProblemKind::Unexpected, .detail = FromUtf8Lossy(error.what())};
+}

@@ -1,0 +1,17 @@
+// Problems in German.
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "support/problem.h"
+
+// The system's own text for an error code (SystemErrorText in the program).
+using TSystemText = std::wstring (*)(TErrorCode code);
+
+// The sentence for the user. Those that begin with "Error:" are older than the rest of this program, and
+// known.
+std::wstring ProblemText(const TProblem& problem, TSystemText systemText);
+
+// The problem that an exception carries; one that carries none is told in its own words.
+TProblem ProblemOf(const std::exception& error);
