@@ -12,11 +12,16 @@
 #include "support/path_hash.h"
 #include "support/system_error.h"
 #include "support/text.h"
+#include "texts/problem_text.h"
 
 namespace {
 
 void SendText(IOmniTask& task, TScanMessage message, std::wstring text) {
     task.Send(static_cast<std::uint16_t>(message), std::move(text));
+}
+
+void SendProblem(IOmniTask& task, TProblem problem) {
+    task.Send(static_cast<std::uint16_t>(TScanMessage::Problem), std::move(problem));
 }
 
 // Whether a folder that could not be asked for may be there all the same. A drive without its medium is as
@@ -42,8 +47,8 @@ void TFolderScan::Run() {
         }
     } catch (const std::exception& error) {
         // Without this row an unfinished scan would look like a complete one.
-        SendText(task_, TScanMessage::FailureText,
-                 L"Der Dateivergleich wurde abgebrochen: " + FromUtf8Lossy(error.what()));
+        SendProblem(task_, {.what = TProblemKind::ScanBroken,
+                            .detail = ProblemText(ProblemOf(error), &SystemErrorText)});
     }
     SendText(task_, TScanMessage::IgnoreText,
              L"Dateivergleich mit " + std::to_wstring(fileCount_) + L" Dateien abgeschlossen");
@@ -140,8 +145,6 @@ bool TFolderScan::MustCopy(const TDestinationListing& destination, const WIN32_F
 // A listing that breaks off is not an empty folder: somebody must hear of it, once.
 void TFolderScan::TellIncomplete(const std::wstring& folder, TErrorCode error) {
     if (toldFolders_.insert(folder).second) {
-        SendText(task_, TScanMessage::FailureText,
-                 L"Der Ordner konnte nicht vollständig gelesen werden: " + folder + L" (" +
-                     SystemErrorText(error) + L")");
+        SendProblem(task_, {.what = TProblemKind::FolderIncomplete, .path = folder, .code = error});
     }
 }

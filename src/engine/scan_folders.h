@@ -25,7 +25,8 @@ enum class TScanMessage : std::uint16_t {
     IgnoreText = 3,    // text, shown as a grey row: the closing count
     Number = 4,        // integer, shown in the current-file field
     FilesToCopy = 10,  // list of full source paths; never empty
-    FailureText = 11,  // text, shown as an error row: something could not be read
+    Problem = 11,      // problem, shown as an error row: something could not be read
+    Compared = 12,     // source folder of a row and its number of files, for the run log
 };
 
 // What the scan works on. Tables come as copies that nobody writes any more.

@@ -16,10 +16,19 @@
 #include <variant>
 #include <vector>
 
+#include "support/problem.h"
+
 using TStringList = std::vector<std::wstring>;
 
+// A source folder of an active row whose comparison has ended.
+struct TComparedFolder {
+    std::wstring path;
+    std::int64_t files = 0;  // how many passed the filters, in it and below it
+};
+
 // What a message carries. An object is handed over whole: the receiver owns it.
-using TTaskValue = std::variant<std::monostate, std::wstring, std::int64_t, std::unique_ptr<TStringList>>;
+using TTaskValue = std::variant<std::monostate, std::wstring, std::int64_t, std::unique_ptr<TStringList>,
+                                TProblem, TComparedFolder>;
 
 struct TTaskMessage {
     std::uint16_t identifier = 0;

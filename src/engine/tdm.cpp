@@ -12,6 +12,7 @@
 #include "support/system_error.h"
 #include "support/system_helpers.h"
 #include "support/text.h"
+#include "texts/problem_text.h"
 
 namespace {
 
@@ -287,11 +288,12 @@ void TDM::OmniEventMonitorTaskMessage(IOmniTask&, TTaskMessage& message) {
                 return Report(*text, TMessagePos::Memo);
             case TScanMessage::IgnoreText:
                 return Report(*text, TMessagePos::Ignore);
-            case TScanMessage::FailureText:
-                return ReportFailure(*text);
             default:
                 return;
         }
+    }
+    if (const auto* problem = std::get_if<TProblem>(&message.value)) {
+        return ReportFailure(ProblemText(*problem, &SystemErrorText));
     }
     if (const auto* number = std::get_if<std::int64_t>(&message.value);
         number != nullptr && identifier == TScanMessage::Number) {

@@ -1,8 +1,10 @@
 #include "support/system_error.h"
 
+#include <windows.h>
+
 #include <memory>
 
-std::wstring SystemErrorText(DWORD code) {
+std::wstring SystemErrorText(TErrorCode code) {
     wchar_t* buffer = nullptr;
     // With FORMAT_MESSAGE_ALLOCATE_BUFFER the "buffer" argument is the address of the pointer to fill.
     const DWORD length = FormatMessageW(
