@@ -8,6 +8,8 @@
 #include "engine/memory_files.h"
 #include "engine/scan_folders.h"
 #include "support/path_hash.h"
+#include "support/system_error.h"
+#include "texts/problem_text.h"
 
 namespace {
 
@@ -151,8 +153,8 @@ std::vector<std::wstring> Scanned(IOmniTask& task, TOmniEventMonitor& monitor, c
         if (message.identifier == static_cast<std::uint16_t>(TScanMessage::FilesToCopy)) {
             const auto& list = *std::get<std::unique_ptr<TStringList>>(message.value);
             sent.insert(sent.end(), list.begin(), list.end());
-        } else if (message.identifier == static_cast<std::uint16_t>(TScanMessage::FailureText)) {
-            sent.push_back(std::get<std::wstring>(message.value));
+        } else if (message.identifier == static_cast<std::uint16_t>(TScanMessage::Problem)) {
+            sent.push_back(ProblemText(std::get<TProblem>(message.value), &SystemErrorText));
         }
     };
     TFolderScan(task, TMemoryFiles::Table(), {rows, table.Snapshot(), L"N:", L"PC"}).Run();
