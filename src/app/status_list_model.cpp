@@ -23,6 +23,12 @@ const TRowStyle& StyleOfStatus(std::optional<int> status) {
     }
 }
 
+TRowShares ShareRow(int width, int gap, int textWidth, int reasonWidth) {
+    const int room = std::max(0, width - gap);
+    const int reason = std::min(reasonWidth, std::max(width * 35 / 100, room - textWidth));
+    return {std::max(0, std::min(textWidth, room - reason)), reason};
+}
+
 std::wstring TStatusListModel::Text(std::size_t row) const {
     const TRow& found = Row(row);
     return FromUtf8Lossy({found.text, found.length});
@@ -33,13 +39,28 @@ std::optional<int> TStatusListModel::Status(std::size_t row) const {
     return status == kNoStatus ? std::nullopt : std::optional<int>(status);
 }
 
-void TStatusListModel::InsertAtTop(std::wstring_view text, std::optional<int> status) {
+std::wstring TStatusListModel::Reason(std::size_t row) const {
+    const std::size_t place = rows_.size() - 1 - row;
+    const auto found = std::ranges::lower_bound(reasons_, place, {}, &TReason::row);
+    return found != reasons_.end() && found->row == place ? FromUtf8Lossy(found->text) : std::wstring();
+}
+
+void TStatusListModel::InsertAtTop(std::wstring_view text, std::optional<int> status,
+                                   std::wstring_view reason) {
+    if (!reason.empty()) {
+        // A full disk gives every file the same reason.
+        const std::string bytes = ToUtf8(InOneLine(reason));
+        const bool isRepeated = !reasons_.empty() && reasons_.back().text == bytes;
+        reasons_.push_back(
+            {rows_.size(), isRepeated ? reasons_.back().text : std::string_view(Keep(bytes), bytes.size())});
+    }
     const std::string bytes = ToUtf8(text);
     rows_.push_back({Keep(bytes), static_cast<std::uint32_t>(bytes.size()), status.value_or(kNoStatus)});
 }
 
 void TStatusListModel::Clear() {
     rows_.clear();
+    reasons_.clear();
     blocks_.clear();
     blockBytes_ = freeBytes_ = 0;
     free_ = nullptr;
@@ -62,5 +83,6 @@ const char* TStatusListModel::Keep(const std::string& text) {
 }
 
 std::size_t TStatusListModel::BytesHeld() const {
-    return blockBytes_ + blocks_.size() * sizeof(blocks_.front()) + rows_.size() * sizeof(TRow);
+    return blockBytes_ + blocks_.size() * sizeof(blocks_.front()) + rows_.size() * sizeof(TRow) +
+           reasons_.size() * sizeof(TReason);
 }

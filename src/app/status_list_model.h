@@ -23,6 +23,16 @@ enum TRowStatus : int {
 // The style of a status; FileNameStyle for no status and for any other.
 const TRowStyle& StyleOfStatus(std::optional<int> status);
 
+// How the width of a row is shared between its text and the reason behind it.
+struct TRowShares {
+    int text = 0;
+    int reason = 0;
+};
+
+// The shares of a text and a reason of these widths with `gap` between them: the widths themselves when there
+// is room; else the reason gives way first, down to 35 % of the row, and then the text.
+TRowShares ShareRow(int width, int gap, int textWidth, int reasonWidth);
+
 // Holds the rows of the status list, the newest first. Adding costs the same however many there are; texts
 // are kept in UTF-8, one behind the other.
 class TStatusListModel {
@@ -31,18 +41,24 @@ public:
     // Rows by their place in the list, 0 being the newest.
     std::wstring Text(std::size_t row) const;
     std::optional<int> Status(std::size_t row) const;
+    // Why what the row tells of went wrong; empty for most rows.
+    std::wstring Reason(std::size_t row) const;
 
-    void InsertAtTop(std::wstring_view text, std::optional<int> status);
+    void InsertAtTop(std::wstring_view text, std::optional<int> status, std::wstring_view reason = {});
     void Clear();
     // How often the list was emptied: tells a view that what it shows is gone.
     unsigned Generation() const { return generation_; }
 
-    // The texts of the given rows, each with a line break behind it.
+    // The texts of the given rows, each with its reason behind a tab, if it has one, and a line break.
     template <typename Rows>
     std::wstring TextOfRows(const Rows& rows) const {
         std::wstring text;
         for (const std::size_t row : rows) {
-            text += Text(row) + L"\r\n";
+            text += Text(row);
+            if (const std::wstring reason = Reason(row); !reason.empty()) {
+                text += L"\t" + reason;
+            }
+            text += L"\r\n";
         }
         return text;
     }
@@ -59,10 +75,17 @@ private:
         std::int32_t status;  // kNoStatus when the row has none
     };
 
+    // Beside the rows, because among a million of them few have one.
+    struct TReason {
+        std::size_t row;  // its place in rows_
+        std::string_view text;
+    };
+
     const char* Keep(const std::string& text);
     const TRow& Row(std::size_t row) const { return rows_.at(rows_.size() - 1 - row); }
 
-    std::deque<TRow> rows_;  // the oldest first
+    std::deque<TRow> rows_;        // the oldest first
+    std::deque<TReason> reasons_;  // in the order of their rows
     std::deque<std::unique_ptr<char[]>> blocks_;
     std::size_t blockBytes_ = 0;
     char* free_ = nullptr;

@@ -6,6 +6,7 @@
 #include "ui/clipboard.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
+#include "ui/shorten_path.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -14,9 +15,23 @@ namespace {
 constexpr int kRowPadding = 6;
 constexpr int kTextMargin = 8;
 constexpr int kErrorMargin = 4;
+constexpr int kReasonGap = 12;
+constexpr int kSelectionBar = 4;
 
 bool IsKeyDown(int key) {
     return GetKeyState(key) < 0;
+}
+
+int WidthOf(HDC context, std::wstring_view text) {
+    SIZE size{};
+    GetTextExtentPoint32W(context, text.data(), static_cast<int>(text.size()), &size);
+    return size.cx;
+}
+
+void DrawPart(HDC context, const std::wstring& text, RECT area, TColour colour) {
+    SetTextColor(context, ColorRefOf(colour));
+    DrawTextW(context, text.c_str(), static_cast<int>(text.size()), &area,
+              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
 
 }  // namespace
@@ -45,10 +60,17 @@ bool TStatusListView::CreateIn(HWND parent, int id, TScale scale, HFONT font) {
     });
 }
 
+RECT TStatusListView::RowArea(int row) const {
+    RECT area{};
+    area.left = LVIR_BOUNDS;
+    SendMessageW(handle_, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
+    // The control leaves some pixels free on the left.
+    area.left = 0;
+    return area;
+}
+
 int TStatusListView::RowHeight() const {
-    RECT row{};
-    row.left = LVIR_BOUNDS;
-    SendMessageW(handle_, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
+    const RECT row = RowArea(0);
     return row.bottom - row.top;
 }
 
@@ -202,6 +224,21 @@ void TStatusListView::CopySelection() {
     }
 }
 
+POINT TStatusListView::MenuPoint() const {
+    RECT client{};
+    GetClientRect(handle_, &client);
+    POINT point{scale_(kTextMargin), 0};
+    const auto focused =
+        static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+    if (focused >= 0) {
+        if (const RECT area = RowArea(focused); area.top >= 0 && area.bottom <= client.bottom) {
+            point.y = area.bottom;
+        }
+    }
+    ClientToScreen(handle_, &point);
+    return point;
+}
+
 std::optional<LRESULT> TStatusListView::HandleNotification(NMHDR& notification) {
     switch (notification.code) {
         case LVN_GETDISPINFOW:
@@ -234,8 +271,13 @@ void TStatusListView::FillDisplayInformation(NMLVDISPINFOW& information) const {
     if ((item.mask & LVIF_TEXT) == 0 || item.pszText == nullptr || item.cchTextMax <= 0) {
         return;
     }
-    const auto row = ModelRow(item.iItem);
-    const std::wstring text = row ? model_.Text(*row) : std::wstring();
+    std::wstring text;
+    if (const auto row = ModelRow(item.iItem)) {
+        text = model_.Text(*row);
+        if (const std::wstring reason = model_.Reason(*row); !reason.empty()) {
+            text += L": " + reason;
+        }
+    }
     const std::size_t length = std::min(text.size(), static_cast<std::size_t>(item.cchTextMax) - 1);
     std::wmemcpy(item.pszText, text.data(), length);
     item.pszText[length] = 0;
@@ -258,31 +300,42 @@ void TStatusListView::DrawRow(HDC context, int row) const {
     if (!modelRow) {
         return;
     }
-    RECT area{};
-    area.left = LVIR_BOUNDS;
-    SendMessageW(handle_, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
-    // The control leaves some pixels free on the left.
-    area.left = 0;
+    const RECT area = RowArea(row);
     const bool selected =
         SendMessageW(handle_, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_SELECTED) != 0;
     const TRowStyle& style = StyleOfStatus(model_.Status(*modelRow));
+    const bool focused = GetFocus() == handle_;
     FillArea(context, area,
-             !selected               ? Theme::ControlGround
-             : GetFocus() == handle_ ? Theme::Selection
-                                     : Theme::SelectionIdle);
-    const std::wstring text = model_.Text(*modelRow);
+             !selected ? Theme::ControlGround
+             : focused ? Theme::Selection
+                       : Theme::SelectionIdle);
+    if (selected) {
+        // The ground of a long error leaves hardly anything of the selection to be seen.
+        FillArea(context, {0, area.top, scale_(kSelectionBar), area.bottom},
+                 focused ? Theme::Accent : Theme::DimText);
+    }
     const TSelection font(context, font_);
-    RECT textArea{scale_(kTextMargin), area.top, area.right - scale_(kTextMargin), area.bottom};
+    const std::wstring text = model_.Text(*modelRow);
+    const std::wstring reason = model_.Reason(*modelRow);
+    const int gap = reason.empty() ? 0 : scale_(kReasonGap);
+    const int left = scale_(kTextMargin);
+    const TRowShares shares = ShareRow(area.right - scale_(kTextMargin) - left, gap, WidthOf(context, text),
+                                       WidthOf(context, reason));
+    const int reasonLeft = left + shares.text + gap;
+    const int right = reasonLeft + shares.reason;
     if (style.ground != Theme::ControlGround) {
-        SIZE size{};
-        GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
-        const int right = std::min<int>(textArea.left + size.cx, textArea.right);
-        const RECT ground{textArea.left - scale_(kErrorMargin), area.top + scale_(1),
-                          right + scale_(kErrorMargin), area.bottom - scale_(1)};
+        const RECT ground{left - scale_(kErrorMargin), area.top + scale_(1), right + scale_(kErrorMargin),
+                          area.bottom - scale_(1)};
         FillRoundedArea(context, ground, style.ground, scale_(3));
     }
     SetBkMode(context, TRANSPARENT);
-    SetTextColor(context, ColorRefOf(style.text));
-    DrawTextW(context, text.c_str(), static_cast<int>(text.size()), &textArea,
-              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+    const RECT textArea{left, area.top, left + shares.text, area.bottom};
+    if (reason.empty()) {
+        DrawPart(context, text, textArea, style.text);
+        return;
+    }
+    // Of a file that failed the name must be seen, and the reason needs room that its path would have had.
+    const auto fits = [&](std::wstring_view part) { return WidthOf(context, part) <= shares.text; };
+    DrawPart(context, ShortenPath(text, fits), textArea, style.text);
+    DrawPart(context, reason, {reasonLeft, area.top, right, area.bottom}, style.reason);
 }

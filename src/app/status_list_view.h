@@ -36,8 +36,12 @@ public:
     std::optional<LRESULT> HandleNotification(NMHDR& notification);
 
     std::vector<std::size_t> SelectedRows() const;
+    bool HasSelection() const { return SendMessageW(handle_, LVM_GETSELECTEDCOUNT, 0, 0) > 0; }
     void SelectAll();
     void CopySelection();
+    // Where a menu asked for by the keyboard belongs, in device pixels of the screen: below the focused row,
+    // or at the top of the list when that row is out of sight.
+    POINT MenuPoint() const;
 
 private:
     using TRange = std::pair<int, int>;  // first row, and the one behind the last
@@ -50,6 +54,7 @@ private:
     void SetRowState(int row, UINT state, UINT mask);
     LRESULT CustomDraw(const NMLVCUSTOMDRAW& draw);
     void DrawRow(HDC context, int row) const;
+    RECT RowArea(int row) const;
     void FillDisplayInformation(NMLVDISPINFOW& information) const;
     void FitColumn();
     int RowHeight() const;

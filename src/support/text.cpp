@@ -144,3 +144,15 @@ std::wstring_view TrimWhiteSpace(std::wstring_view text) {
     }
     return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
 }
+
+std::wstring InOneLine(std::wstring_view text) {
+    std::wstring line;
+    for (const wchar_t letter : text) {
+        if (letter >= L' ') {
+            line += letter;
+        } else if (!line.ends_with(L' ')) {
+            line += L' ';
+        }
+    }
+    return line;
+}

@@ -25,6 +25,10 @@ bool EqualsIgnoringAsciiCase(std::wstring_view left, std::wstring_view right);
 // The text without the white space (blank, tab, line breaks) around it.
 std::wstring_view TrimWhiteSpace(std::wstring_view text);
 
+// The text with a blank for every run of control characters, such as the line breaks in some of the system's
+// sentences.
+std::wstring InOneLine(std::wstring_view text);
+
 // A single-byte (or double-byte) encoding in which files store text: the system code page in the program,
 // a fixed one in tests.
 class TCodePage {

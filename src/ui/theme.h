@@ -18,9 +18,10 @@ constexpr std::uint32_t ToColorRef(TColour colour) {
            (static_cast<std::uint32_t>(colour.blue) << 16);
 }
 
-// How a row of the status list is coloured: its text, and what lies behind the text.
+// How a row of the status list is coloured: its text, the reason behind the text, and what lies behind both.
 struct TRowStyle {
     TColour text;
+    TColour reason;
     TColour ground;
 };
 
@@ -48,10 +49,14 @@ inline constexpr TColour ScrollThumbHover{0x66, 0x6E, 0x79};
 // dark ground is enough for it: an error's text stands on a light one.
 inline constexpr TColour ErrorGround{0xFF, 0xF1, 0xF1};
 
+// Why something went wrong, beside a row's text: a tone without its colour.
+inline constexpr TColour ReasonText{0xB4, 0xBB, 0xC4};
+inline constexpr TColour ErrorReasonText{0x7A, 0x5A, 0x5A};
+
 }  // namespace Theme
 
 // The styles of the status list.
-inline constexpr TRowStyle InfoStyle{{0xFB, 0xFB, 0x00}, Theme::ControlGround};
-inline constexpr TRowStyle FileNameStyle{{0x80, 0xFF, 0x00}, Theme::ControlGround};
-inline constexpr TRowStyle ErrorStyle{{0xDD, 0x00, 0x00}, Theme::ErrorGround};
-inline constexpr TRowStyle IgnoreStyle{{0xCF, 0xCF, 0xCF}, Theme::ControlGround};
+inline constexpr TRowStyle InfoStyle{{0xFB, 0xFB, 0x00}, Theme::ReasonText, Theme::ControlGround};
+inline constexpr TRowStyle FileNameStyle{{0x80, 0xFF, 0x00}, Theme::ReasonText, Theme::ControlGround};
+inline constexpr TRowStyle ErrorStyle{{0xDD, 0x00, 0x00}, Theme::ErrorReasonText, Theme::ErrorGround};
+inline constexpr TRowStyle IgnoreStyle{{0xCF, 0xCF, 0xCF}, Theme::ReasonText, Theme::ControlGround};

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 #include "app/run_texts.h"
@@ -29,6 +30,33 @@ TEST(StatusListModel, KeepsTheNewestOnTopAndEveryTextWhole) {
     model.InsertAtTop(L"after", kFileNameStatus);
     EXPECT_EQ(model.RowCount(), 1U);
     EXPECT_EQ(model.Text(0), L"after");
+}
+
+TEST(StatusListModel, KeepsReasonsBesideTheTexts) {
+    TStatusListModel model;
+    model.InsertAtTop(L"a.txt", kErrorStatus, L"voll");
+    model.InsertAtTop(L"copied", kFileNameStatus);
+    model.InsertAtTop(L"b.txt", kErrorStatus, L"voll");
+    model.InsertAtTop(L"c.txt", kErrorStatus, L"in\r\nBenutzung");
+    EXPECT_EQ(model.Text(0), L"c.txt");
+    EXPECT_EQ(model.TextOfRows(std::vector<std::size_t>{0, 1, 2, 3}),
+              L"c.txt\tin Benutzung\r\nb.txt\tvoll\r\ncopied\r\na.txt\tvoll\r\n");
+    model.Clear();
+    model.InsertAtTop(L"after", kErrorStatus);
+    EXPECT_EQ(model.Reason(0), L"");
+}
+
+TEST(StatusListModel, SharesANarrowRowBetweenTextAndReason) {
+    const auto shares = [](int width, int text, int reason) {
+        const TRowShares shared = ShareRow(width, 10, text, reason);
+        return std::pair(shared.text, shared.reason);
+    };
+    EXPECT_EQ(shares(1000, 300, 500), std::pair(300, 500));
+    EXPECT_EQ(shares(1000, 600, 500), std::pair(600, 390)) << "the reason gives way down to 35 %";
+    EXPECT_EQ(shares(1000, 900, 500), std::pair(640, 350));
+    EXPECT_EQ(shares(1000, 900, 200), std::pair(790, 200)) << "a short reason is whole";
+    EXPECT_EQ(ShareRow(1000, 0, 2000, 0).text, 1000);
+    EXPECT_GE(shares(5, 100, 100).first, 0);
 }
 
 TEST(StatusListModel, PaintsUnknownAndMissingStatusAsFileNames) {

@@ -180,15 +180,38 @@ TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
     ReleaseDC(List(), context);
 }
 
-TEST_F(StatusListView, CopiesTheSelectedRows) {
-    Add(5);
+TEST_F(StatusListView, ShowsTheReasonAlsoBehindATextThatIsTooLong) {
+    model_.InsertAtTop(std::wstring(300, L'\u2588'), kErrorStatus, std::wstring(300, L'\u2588'));
+    ShowWindow(window_.Handle(), SW_SHOW);
     Show();
-    Select(1);
+    UpdateWindow(List());
+    RECT area{};
+    area.left = LVIR_BOUNDS;
+    SendMessageW(List(), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&area));
+    const HDC context = GetDC(List());
+    int textPixels = 0;
+    int reasonPixels = 0;
+    for (int x = 0; x < area.right; ++x) {
+        const COLORREF colour = GetPixel(context, x, (area.top + area.bottom) / 2);
+        textPixels += colour == ColorRefOf(ErrorStyle.text) ? 1 : 0;
+        reasonPixels += colour == ColorRefOf(ErrorStyle.reason) ? 1 : 0;
+    }
+    ReleaseDC(List(), context);
+    EXPECT_GT(reasonPixels, area.right / 4);
+    EXPECT_GT(textPixels, reasonPixels);
+}
+
+TEST_F(StatusListView, CopiesTheSelectedRows) {
+    Add(4);
+    model_.InsertAtTop(L"row 4", kErrorStatus, L"in Benutzung");
+    Show();
+    EXPECT_EQ(TextInControl(0), L"row 4: in Benutzung") << "what a screen reader says";
+    Select(0);
     Select(3);
     window_.view.CopySelection();
     ASSERT_TRUE(OpenClipboard(window_.Handle()));
     const auto* text = static_cast<const wchar_t*>(GlobalLock(GetClipboardData(CF_UNICODETEXT)));
-    EXPECT_STREQ(text, L"row 3\r\nrow 1\r\n");
+    EXPECT_STREQ(text, L"row 4\tin Benutzung\r\nrow 1\r\n");
     CloseClipboard();
 }
 

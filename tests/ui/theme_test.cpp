@@ -25,12 +25,16 @@ double Contrast(TColour left, TColour right) {
 
 TEST(Theme, EveryRowCanBeReadOnItsGround) {
     for (const TRowStyle& style : {InfoStyle, FileNameStyle, ErrorStyle, IgnoreStyle}) {
-        EXPECT_GE(Contrast(style.text, style.ground), 4.5) << std::hex << ToColorRef(style.text);
+        for (const TColour text : {style.text, style.reason}) {
+            EXPECT_GE(Contrast(text, style.ground), 4.5) << std::hex << ToColorRef(text);
+        }
     }
     // A selected row's text stands on the selection, an error's keeps its own ground there.
     for (const TRowStyle& style : {InfoStyle, FileNameStyle, IgnoreStyle}) {
-        EXPECT_GE(Contrast(style.text, Theme::Selection), 4.5);
-        EXPECT_GE(Contrast(style.text, Theme::SelectionIdle), 4.5);
+        for (const TColour text : {style.text, style.reason}) {
+            EXPECT_GE(Contrast(text, Theme::Selection), 4.5);
+            EXPECT_GE(Contrast(text, Theme::SelectionIdle), 4.5);
+        }
     }
 }
 
