@@ -8,7 +8,10 @@
 
 #include "app/run_texts.h"
 #include "app/shutdown.h"
+#include "engine/run_log.h"
 #include "support/date_time_text.h"
+#include "support/system_error.h"
+#include "texts/run_log_text.h"
 #include "ui/device_context.h"
 
 namespace {
@@ -18,6 +21,7 @@ constexpr UINT kShowInterval = 60;       // milliseconds
 constexpr UINT kCloseInterval = 20;      // milliseconds
 constexpr UINT kForgottenAfter = 10000;  // milliseconds without any input
 constexpr unsigned kShutDownDelay = 60;  // seconds
+constexpr INT_PTR kLastShellError = 32;  // what ShellExecute answers above it is success
 
 constexpr std::size_t kBytesPanel = 2;
 constexpr std::size_t kPathPanel = 3;
@@ -87,6 +91,10 @@ TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
                 .shortcut = {.key = 'U', .control = true, .name = L"Strg+U"},
                 .visible = false,
                 .execute = [this] { acUpdateExecute(); }}),
+      acRunLog({.caption = L"Laufprotokoll öffnen",
+                .shortcut = {.key = 'L', .control = true, .name = L"Strg+L"},
+                .visible = false,
+                .execute = [this] { acRunLogExecute(); }}),
       acPauseCopy({.visible = false}),
       acMinWin({.caption = L"Minimize", .visible = false}),
       acAbout({.caption = L"About Vardeko", .visible = false}),
@@ -266,6 +274,18 @@ void TfmMain::acUpdateExecute() {
     companions_->CheckForUpdate(false, nullptr);
 }
 
+void TfmMain::acRunLogExecute() {
+    const std::wstring folder = dataModule_ != nullptr ? dataModule_->ConfigurationFolder() : L"";
+    const std::wstring path = NewestRunLog(calls_, folder);
+    if (path.empty()) {
+        AddStatusLine(kNoRunLogText);
+    } else if (reinterpret_cast<INT_PTR>(calls_.ShellExecuteW(Handle(), L"open", path.c_str(), nullptr,
+                                                              nullptr, SW_SHOWNORMAL)) <= kLastShellError) {
+        const std::wstring reason = SystemErrorText(GetLastError());
+        AddStatusLine(RunLogNotOpenedText(path), kErrorStatus, reason);
+    }
+}
+
 void TfmMain::TimerTimer() {
     if (reindexing_) {
         // The run begins when that is done.
@@ -310,16 +330,16 @@ void TfmMain::EndForgottenMenu() {
 }
 
 void TfmMain::UpdateActions() {
-    for (TAction* action :
-         {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex, &acUpdate}) {
+    for (TAction* action : {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex,
+                            &acUpdate, &acRunLog}) {
         action->Update();
     }
 }
 
 // Reports.
 
-void TfmMain::AddStatusLine(const std::wstring& text, std::optional<int> status) {
-    rows_.InsertAtTop(text, status);
+void TfmMain::AddStatusLine(const std::wstring& text, std::optional<int> status, const std::wstring& reason) {
+    rows_.InsertAtTop(text, status, reason);
 }
 
 void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {

@@ -60,8 +60,9 @@ public:
     // 0: every file of the last run was copied. 1: some were not, or the run did not come to its end.
     int ExitCode() const;
 
-    // Puts a row on top of the list.
-    void AddStatusLine(const std::wstring& text, std::optional<int> status = kInfoStatus);
+    // Puts a row on top of the list; `reason` says why something went wrong, beside the text.
+    void AddStatusLine(const std::wstring& text, std::optional<int> status = kInfoStatus,
+                       const std::wstring& reason = {});
     // The engine's callbacks.
     void SetMessage(const std::wstring& text, TMessagePos kind);
     void DoNasFinishMsg();
@@ -75,6 +76,7 @@ public:
     TAction acShutDown;
     TAction acReindex;
     TAction acUpdate;
+    TAction acRunLog;
     TAction acPauseCopy;
     TAction acMinWin;
     TAction acAbout;
@@ -116,6 +118,7 @@ private:
     void acShutDownExecute();
     void acReindexExecute();
     void acUpdateExecute();
+    void acRunLogExecute();
     void TimerTimer();
     void UpdateTimerTimer();
 

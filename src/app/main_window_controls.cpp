@@ -2,10 +2,12 @@
 #include "app/main_window.h"
 
 #include <commctrl.h>
+#include <windowsx.h>
 
 #include <algorithm>
 #include <system_error>
 
+#include "app/list_menu.h"
 #include "app/resource.h"
 #include "support/version.h"
 #include "ui/dark_mode.h"
@@ -191,8 +193,8 @@ bool TfmMain::TranslateKey(const MSG& message) {
     if (message.message == WM_KEYDOWN) {
         const bool control = GetKeyState(VK_CONTROL) < 0;
         const bool shift = GetKeyState(VK_SHIFT) < 0;
-        for (TAction* action :
-             {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex, &acUpdate}) {
+        for (TAction* action : {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex,
+                                &acUpdate, &acRunLog}) {
             const TShortcut& shortcut = action->Shortcut();
             if (shortcut.key == message.wParam && shortcut.control == control && shortcut.shift == shift) {
                 action->Execute();
@@ -234,6 +236,13 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             }
             return cxGridTv.HandleNotification(notification);
         }
+        case WM_CONTEXTMENU:
+            if (reinterpret_cast<HWND>(wordParameter) != cxGridTv.Handle()) {
+                return std::nullopt;
+            }
+            ShowListMenu(Handle(), cxGridTv, acRunLog,
+                         {GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});
+            return 0;
         case WM_SIZE:
             Layout();
             return 0;

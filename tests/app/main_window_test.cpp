@@ -10,6 +10,7 @@
 #include "app/fake_shutdown.h"
 #include "support/system_helpers.h"
 #include "test_folder.h"
+#include "texts/run_log_text.h"
 
 namespace {
 
@@ -18,6 +19,7 @@ DWORD copyMilliseconds = 0;
 // Called in the middle of every copy.
 std::function<void()> duringCopy;
 std::vector<EXECUTION_STATE> executionStates;
+std::vector<std::wstring> opened;
 
 BOOL WINAPI SlowCopy(LPCWSTR source, LPCWSTR target, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
                      DWORD flags) {
@@ -462,6 +464,34 @@ TEST_F(MainWindow, KeysReachEveryActionAndEveryControl) {
     windows_.userGoesOnEditing = false;
     SendMessageW(window.Handle(), WM_CLOSE, 0, 0);
     EXPECT_FALSE(window.Exists());
+}
+
+TEST_F(MainWindow, OpensTheNewestRunLogAlsoFromTheContextMenuOfTheList) {
+    const std::wstring logs = configuration_ + L"\\Log";
+    std::filesystem::remove_all(logs);
+    calls_.ShellExecuteW = [](HWND, LPCWSTR, LPCWSTR file, LPCWSTR, LPCWSTR, INT) -> HINSTANCE {
+        opened.emplace_back(file);
+        SetLastError(ERROR_ACCESS_DENIED);
+        return reinterpret_cast<HINSTANCE>(opened.size() == 1 ? INT_PTR{5} : INT_PTR{42});
+    };
+    opened.clear();
+    TfmMain& window = Start({}, SW_SHOW);
+    window.acRunLog.Execute();
+    EXPECT_EQ(window.Rows().Text(0), kNoRunLogText);
+
+    CreateDirectoryW(logs.c_str(), nullptr);
+    for (const wchar_t* name : {L"2026-11-22 20-00-00.txt", L"2026-11-23 20-00-00.txt", L"Notizen.txt"}) {
+        std::ofstream(std::filesystem::path(logs + L"\\" + name)) << "x";
+    }
+    window.acRunLog.Execute();
+    EXPECT_EQ(window.Rows().Status(0), kErrorStatus) << window.Rows().Text(0).size();
+    EXPECT_NE(window.Rows().Reason(0), L"");
+    PostMessageW(window.Handle(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window.ListHandle()), -1);
+    PostMessageW(window.Handle(), WM_KEYDOWN, VK_UP, 0);
+    PostMessageW(window.Handle(), WM_KEYDOWN, VK_RETURN, 0);
+    LoopUntil([] { return opened.size() == 2; }, 5);
+    EXPECT_EQ(opened, std::vector<std::wstring>(2, logs + L"\\2026-11-23 20-00-00.txt"));
+    std::filesystem::remove_all(logs);
 }
 
 TEST_F(MainWindow, LaysItselfOutForAnotherScale) {

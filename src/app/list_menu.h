@@ -1,0 +1,11 @@
+// The context menu of the status list.
+#pragma once
+
+#include <windows.h>
+
+#include "app/status_list_view.h"
+#include "ui/action.h"
+
+// Shows the menu and does what is chosen in it. The point is the one that came with WM_CONTEXTMENU, both
+// coordinates -1 for a menu asked for by the keyboard.
+void ShowListMenu(HWND window, TStatusListView& list, TAction& runLog, POINT screenPoint);
