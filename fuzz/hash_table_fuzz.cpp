@@ -1,7 +1,7 @@
 // "Vardeko.dat": a file that is accepted is written back byte for byte when it is kept in its order.
 #include "fuzz_input.h"
 #include "hashdb/hash_table_format.h"
-#include "store/table_file.h"
+#include "support/problem.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes = AsBytes(data, size);
@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Require(WriteHashRecords(ReadHashRecords(first), false, sink));
         Require(written == first);
         Require(first.size() == bytes.size());
-    } catch (const ETableFile&) {
+    } catch (const EProblem&) {
     }
     return 0;
 }

@@ -14,7 +14,9 @@
 #include "config/config_window.h"
 #include "engine/error_log.h"
 #include "support/system_code_page.h"
+#include "support/system_error.h"
 #include "support/text.h"
+#include "texts/problem_text.h"
 #include "update/update_check.h"
 
 namespace {
@@ -71,7 +73,7 @@ void LeaveOutSystemErrorBoxes(bool unattended) {
 class TProgramWindows final : public TCompanionWindows {
 public:
     TProgramWindows(TfmMain& fmMain, TDM& dataModule)
-        : fmConfig(SystemPlatformCalls(), dataModule.MemData, codePage_, dataModule.ConfigurationFolder()),
+        : fmConfig(SystemPlatformCalls(), dataModule.MemData, dataModule.ConfigurationFolder()),
           fmUpdateCheck(
               SystemPlatformCalls(), codePage_, TfmUpdateCheck::ProgramOptions(),
               [&fmMain] { return fmMain.Handle(); },
@@ -107,7 +109,7 @@ int RunProgram(const TCommandLine& commandLine, int nShowCmd) {
         windows.emplace(fmMain, *dataModule);
         fmMain.Show(*dataModule, *windows, nShowCmd);
     } catch (const std::exception& error) {
-        ReportFailedStart(FromUtf8Lossy(error.what()), commandLine.copy,
+        ReportFailedStart(ProblemText(ProblemOf(error), &SystemErrorText), commandLine.copy,
                           dataModule ? dataModule->ConfigurationFolder() : std::wstring());
         fmMain.Destroy();
         return kCouldNotStart;

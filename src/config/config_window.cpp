@@ -1,11 +1,12 @@
 #include "config/config_window.h"
 
-#include <stdexcept>
 #include <utility>
 
 #include "config/folder_picker.h"
 #include "config/grid_store.h"
 #include "support/file_access.h"
+#include "support/system_error.h"
+#include "texts/problem_text.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -45,7 +46,7 @@ private:
 
 }  // namespace
 
-TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, const TCodePage& codePage,
+TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
                      std::wstring configurationFolder)
     : ShellBrowserDialog(&PickFolder),
       acClose(ActionOf(L"Schließen", TImageIndex::Close, [this] { acCloseExecute(); })),
@@ -53,7 +54,6 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, c
       dsMemData(memData),
       calls_(calls),
       memData_(memData),
-      codePage_(codePage),
       configurationFolder_(std::move(configurationFolder)),
       keyFilter_([this](MSG& message) { return open_ && IsDialogMessageW(Handle(), &message); }) {
     AskUser = [this](const std::wstring& question) {
@@ -62,7 +62,7 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, c
     };
     dsMemData.onButtonClick = [this] { cxGridDBTvDirectoryPropertiesButtonClick(); };
     dsMemData.onDeleting = [this](const std::wstring& folder) { return ConfirmDelete(folder); };
-    dsMemData.onProblem = [this](const std::wstring& problem) { ShowNotice(problem); };
+    dsMemData.onProblem = [this](const TProblem& problem) { ShowNotice(ProblemText(problem, &SystemErrorText)); };
 }
 
 TfmConfig::~TfmConfig() {
@@ -94,44 +94,47 @@ void TfmConfig::FormShow() {
 }
 
 void TfmConfig::LoadFields() {
-    TConfigSettings settings;
-    const std::optional<std::wstring> problem = ReadConfigSettings(calls_, codePage_, IniPath(), settings);
-    EdBackupPath.SetText(settings.NASDIR);
-    cxCheckBox1.SetChecked(settings.CONNECT);
-    cxTextEdit1.SetText(settings.USER);
-    cxTextEdit2.SetText(settings.PASS);
-    known_ = {settings.knowsNASDIR, settings.knowsCONNECT, settings.knowsUSER, settings.knowsPASS};
-    settingsNotice_ = problem.value_or(L"");
+    settings_ = {};
+    const std::optional<TProblem> problem = ReadSettings(calls_, IniPath(), settings_);
+    EdBackupPath.SetText(settings_.NASDIR.value);
+    cxCheckBox1.SetChecked(settings_.CONNECT.value);
+    cxTextEdit1.SetText(settings_.USER.value.text);
+    cxTextEdit2.SetText(settings_.PASS.value.text);
+    ForgetCredentials();
+    settingsNotice_ = problem ? ProblemText(*problem, &SystemErrorText) : std::wstring();
     ShowNotice(settingsNotice_);
 }
 
-std::optional<std::wstring> TfmConfig::FormClose() {
+std::optional<TProblem> TfmConfig::FormClose() {
     StoreGridLayout(kGridViewName, cxGridDBTv.Store());
-    std::optional<std::wstring> problem = SaveFields();
+    std::optional<TProblem> problem = SaveFields();
     cxGrid.TakeOver();
     dsMemData.PostEdit();
     return problem;
 }
 
-std::optional<std::wstring> TfmConfig::SaveFields() {
-    TConfigSettings settings;
-    EdBackupPath.ReadText(settings.NASDIR);
-    settings.CONNECT = cxCheckBox1.Checked();
-    cxTextEdit1.ReadText(settings.USER);
-    cxTextEdit2.ReadText(settings.PASS);
-    settings.knowsNASDIR = known_.NASDIR;
-    settings.knowsCONNECT = known_.CONNECT;
-    settings.knowsUSER = known_.USER;
-    settings.knowsPASS = known_.PASS;
-    return WriteConfigSettings(calls_, codePage_, IniPath(), settings);
+std::optional<TProblem> TfmConfig::SaveFields() {
+    EdBackupPath.ReadText(settings_.NASDIR.value);
+    settings_.CONNECT.value = cxCheckBox1.Checked();
+    cxTextEdit1.ReadText(settings_.USER.value.text);
+    cxTextEdit2.ReadText(settings_.PASS.value.text);
+    std::optional<TProblem> problem = WriteSettings(calls_, IniPath(), settings_);
+    ForgetCredentials();
+    return problem;
+}
+
+// Their fields alone hold them.
+void TfmConfig::ForgetCredentials() {
+    settings_.USER.value = {};
+    settings_.PASS.value = {};
 }
 
 bool TfmConfig::Close() {
     if (!open_) {
         return true;
     }
-    const std::optional<std::wstring> problem = FormClose();
-    if (problem && !Ask(*problem + L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
+    const std::optional<TProblem> problem = FormClose();
+    if (problem && !Ask(ProblemText(*problem, &SystemErrorText) + L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
                                    L"Anmeldung gehen dann verloren.")) {
         return !open_;
     }
@@ -155,8 +158,8 @@ bool TfmConfig::Close() {
 // The program or the session ends: nobody may be there to answer. A failure goes where mistakes go.
 void TfmConfig::CloseWithoutQuestion() {
     if (std::exchange(open_, false)) {
-        if (const std::optional<std::wstring> problem = FormClose()) {
-            throw std::runtime_error(ToUtf8(*problem));
+        if (const std::optional<TProblem> problem = FormClose()) {
+            throw EProblem(*problem);
         }
     }
 }
@@ -205,7 +208,7 @@ void TfmConfig::EdBackupPathPropertiesButtonClick() {
     // Taken as it is: a share may show its folders only after the logon.
     if (const std::optional<std::wstring> folder = AskForFolder(EdBackupPath.Text())) {
         EdBackupPath.SetText(*folder);
-        known_.NASDIR = true;
+        settings_.NASDIR.known = true;
     }
 }
 

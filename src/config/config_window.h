@@ -8,11 +8,10 @@
 #include <string>
 
 #include "config/source_folder_grid.h"
-#include "store/config_settings.h"
+#include "store/settings.h"
 #include "store/source_folder_table.h"
 #include "support/handles.h"
 #include "support/platform_calls.h"
-#include "support/text.h"
 #include "ui/action.h"
 #include "ui/check_box.h"
 #include "ui/grid.h"
@@ -26,7 +25,7 @@
 class TfmConfig final : public TWindow {
 public:
     // Everything passed by reference must outlive the window. The folder has no trailing "\".
-    TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, const TCodePage& codePage,
+    TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
               std::wstring configurationFolder);
     ~TfmConfig() override;
 
@@ -67,8 +66,8 @@ protected:
 private:
     void FormCreate(HWND owner);
     void FormShow();
-    // What is left to tell the user: why the settings could not be saved (German).
-    [[nodiscard]] std::optional<std::wstring> FormClose();
+    // What is left to tell the user: why the settings could not be saved.
+    [[nodiscard]] std::optional<TProblem> FormClose();
     void acCloseExecute();
     void acGetDirectoryExecute();
     void cxGridDBTvDirectoryPropertiesButtonClick();
@@ -81,7 +80,8 @@ private:
     void Paint();
     void ShowNotice(std::wstring notice);
     void LoadFields();
-    [[nodiscard]] std::optional<std::wstring> SaveFields();
+    [[nodiscard]] std::optional<TProblem> SaveFields();
+    void ForgetCredentials();
     void InsertFolder(const std::wstring& folder);
     std::optional<std::wstring> AskForFolder(const std::wstring& startFolder);
     std::optional<std::wstring> PickExistingFolder(const std::wstring& startFolder);
@@ -96,7 +96,6 @@ private:
 
     const TPlatformCalls& calls_;
     TSourceFolderTable& memData_;
-    const TCodePage& codePage_;
     const std::wstring configurationFolder_;
 
     HWND noticeLine_ = nullptr;
@@ -108,13 +107,7 @@ private:
     TMessageFilter keyFilter_;
     HWND lastFocus_ = nullptr;
     bool open_ = false;
-
-    // The fields whose values go to the file: those that could be read, and those the user has changed.
-    struct TKnownFields {
-        bool NASDIR = false;
-        bool CONNECT = false;
-        bool USER = false;
-        bool PASS = false;
-    };
-    TKnownFields known_;
+    // Known, and so written, is what could be read and what the user has changed. The values are those of the
+    // fields while they are read and written.
+    TSettings settings_;
 };

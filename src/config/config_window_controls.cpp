@@ -53,15 +53,15 @@ void TfmConfig::CreateControls() {
     TTextField::TProperties backupPath;
     backupPath.label = L"Backup  ->";
     backupPath.buttonName = L"Backup-Ordner wählen";
-    backupPath.changed = [this] { known_.NASDIR = true; };
+    backupPath.changed = [this] { settings_.NASDIR.known = true; };
     backupPath.buttonClick = [this] { EdBackupPathPropertiesButtonClick(); };
     TTextField::TProperties user;
     user.label = L"Anmeldename";
-    user.changed = [this] { known_.USER = true; };
+    user.changed = [this] { settings_.USER.known = true; };
     TTextField::TProperties password;
     password.label = L"Passwort";
     password.masked = true;
-    password.changed = [this] { known_.PASS = true; };
+    password.changed = [this] { settings_.PASS.known = true; };
     // In the order of the Tab key.
     const bool created =
         dxBarManager1Bar1.CreateIn(Handle(), {{&acClose, true}, {}, {&acGetDirectory, true}}, scale_, font) &&
@@ -246,7 +246,7 @@ std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParamet
         case WM_COMMAND:
             if (reinterpret_cast<HWND>(longParameter) == cxCheckBox1.Handle() &&
                 HIWORD(wordParameter) == BN_CLICKED) {
-                known_.CONNECT = true;
+                settings_.CONNECT.known = true;
             } else if (LOWORD(wordParameter) == IDOK && longParameter == 0) {
                 PressFocusedButton();
             }

@@ -1,9 +1,5 @@
 #include "config/source_folder_grid.h"
 
-#include <stdexcept>
-
-#include "support/text.h"
-
 namespace {
 
 constexpr std::size_t Number(TSourceFolderColumn column) {
@@ -128,10 +124,10 @@ bool TSourceFolderGrid::PostEdit() {
     try {
         table_.Post();
         return true;
-    } catch (const std::length_error& error) {
+    } catch (const EProblem& error) {
         table_.Cancel();
         if (onProblem) {
-            onProblem(FromUtf8Lossy(error.what()));
+            onProblem(error.Problem());
         }
         return false;
     }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "store/source_folder_table.h"
+#include "support/problem.h"
 #include "ui/grid_column.h"
 #include "ui/grid_source.h"
 
@@ -32,7 +33,7 @@ public:
     // What the window does for the grid.
     std::function<void()> onButtonClick;                         // ellipsis of the current row's folder
     std::function<bool(const std::wstring& folder)> onDeleting;  // true: the row may go
-    std::function<void(const std::wstring& problem)> onProblem;  // German, for the user
+    std::function<void(const TProblem& problem)> onProblem;      // to be told
 
     std::size_t RowCount() const override;
     std::optional<std::size_t> CurrentRow() const override;

@@ -1,12 +1,9 @@
 #include "engine/tdm.h"
 
-#include <stdexcept>
-
 #include "engine/file_size_text.h"
 #include "engine/scan_folders.h"
 #include "hashdb/hash_table_file.h"
 #include "hashdb/reindex.h"
-#include "store/credential_protection.h"
 #include "store/source_folder_file.h"
 #include "support/path_hash.h"
 #include "support/system_error.h"
@@ -131,14 +128,14 @@ bool TDM::StartCopy() {
         // Nothing is scanned: the next tick finds the run ended. A task that was made but never ran would
         // keep it alive.
         FScanTask.reset();
-        ReportFailure(FromUtf8Lossy(error.what()));
+        ReportFailure(ProblemText(ProblemOf(error), &SystemErrorText));
     }
     CopyTimer.SetEnabled(true);
     return true;
 }
 
 bool TDM::PrepareRun() {
-    UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini", &Unprotect));
+    UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini"));
     LoadNasData(UseConnect);
     if (UseConnect) {
         Res = shareLogon_.Connect(NAS, AUser, APass);
@@ -160,11 +157,11 @@ bool TDM::PrepareRun() {
 }
 
 void TDM::UseSettings(const TSettings& settings) {
-    NAS = settings.NAS;
-    UseConnect = settings.UseConnect;
+    NAS = settings.DestinationRoot();
+    UseConnect = settings.CONNECT.value;
     if (UseConnect) {
-        AUser = settings.AUser;
-        APass = settings.APass;
+        AUser = settings.USER.value.text;
+        APass = settings.PASS.value.text;
     }
     VardekoDataFile = HostFolder() + L"\\Vardeko.dat";
 }
@@ -246,9 +243,9 @@ void TDM::SaveNasData() {
 
 void TDM::ReIndexNasData() {
     try {
-        UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini", &Unprotect));
+        UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini"));
     } catch (const std::exception& error) {
-        return ReportFailure(FromUtf8Lossy(error.what()));
+        return ReportFailure(ProblemText(ProblemOf(error), &SystemErrorText));
     }
     if (NAS.empty() || !FolderExists(calls_, HostFolder())) {
         return Report(L"Error: Destination Directory does not exist, " + NAS, TMessagePos::Memo);
@@ -266,7 +263,7 @@ void TDM::ReIndexNasData() {
              .fileIndexed = [this](const std::wstring& name) { Report(name, TMessagePos::FileMsg); },
              .stopRequested = [] { return CopyIdle; }});
     } catch (const std::exception& error) {
-        ReportFailure(FromUtf8Lossy(error.what()));
+        ReportFailure(ProblemText(ProblemOf(error), &SystemErrorText));
     }
     SaveNasData();
 }

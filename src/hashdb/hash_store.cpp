@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
-#include <stdexcept>
+
+#include "support/problem.h"
 
 namespace {
 
@@ -226,7 +227,7 @@ void THashStore::DoubleSlots() {
 
 void THashStore::AppendRecord(const TPathDigest& hash, TDateTime date) {
     if (count_ == kMostRecords) {
-        throw std::runtime_error("Die Tabelle hat zu viele Einträge.");
+        throw EProblem({.what = TProblemKind::TooManyRecords});
     }
     if (count_ % kRecordsPerBlock == 0) {
         blocks_.push_back({std::make_shared<HashRecord[]>(kRecordsPerBlock), true});

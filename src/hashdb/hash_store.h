@@ -70,7 +70,7 @@ public:
     std::size_t RecordCount() const { return count_ + foreign_.size(); }
 
     // Appends a record; an earlier one with the same HASH stays the one that is found. This and Record throw
-    // std::runtime_error (UTF-8, German) beyond 3 * 2^30 records.
+    // EProblem (TooManyRecords) beyond 3 * 2^30 records.
     void Append(const TPathDigest& hash, TDateTime date);
     // `bytes` is the whole record as on file, its HASH the `hashLength` characters from `hashStart` on.
     void AppendForeign(std::string_view bytes, std::size_t hashStart, std::size_t hashLength);

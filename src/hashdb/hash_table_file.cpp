@@ -1,24 +1,10 @@
 #include "hashdb/hash_table_file.h"
 
 #include "hashdb/hash_table_format.h"
-#include "store/table_file.h"
-#include "support/system_error.h"
 
 bool LoadHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table) {
-    std::string bytes;
-    const TErrorCode error = ReadWholeFile(calls, path, bytes);
-    if (IsMissing(error)) {
-        return false;
-    }
-    if (error != ERROR_SUCCESS) {
-        throw std::runtime_error(FileNotReadMessage(path, ToUtf8(SystemErrorText(error))));
-    }
-    try {
-        table.Assign(ReadHashRecords(bytes));
-    } catch (const std::runtime_error& reason) {
-        throw std::runtime_error(FileNotReadMessage(path, reason.what()));
-    }
-    return true;
+    return LoadFile(calls, path,
+                    [&table](std::string_view bytes) { table.Assign(ReadHashRecords(bytes)); });
 }
 
 TErrorCode SaveHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table) {

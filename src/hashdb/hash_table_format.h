@@ -6,7 +6,7 @@
 
 #include "hashdb/hash_store.h"
 
-// Throws ETableFile when the bytes are not a whole file of hash records.
+// Throws EProblem, as TTableReader does, when the bytes are not a whole file of hash records; TooManyRecords.
 THashStore ReadHashRecords(std::string_view bytes);
 
 // Takes the next piece of a file; false ends the writing.

@@ -1,8 +1,8 @@
 #include "store/credential_protection.h"
 
-#include <stdexcept>
-
+#include "support/problem.h"
 #include "support/rw_csp.h"
+#include "support/text.h"
 
 namespace {
 
@@ -33,6 +33,7 @@ std::wstring Unprotect(std::wstring_view protectedText) {
                                  TRwPadding::Default);
     } catch (const std::exception& error) {
         // Callers show the message and need no more of it.
-        throw std::runtime_error(error.what());
+        throw EProblem(
+            {.what = TProblemKind::ProtectedTextDamaged, .detail = FromUtf8Lossy(error.what())});
     }
 }

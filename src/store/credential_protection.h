@@ -9,6 +9,6 @@
 // ERwCryptException.
 std::wstring Protect(std::wstring_view plain);
 
-// The text of a protected form; empty for the empty text. Throws std::runtime_error when the text is no
-// protected form, and when the system refuses.
+// The text of a protected form; empty for the empty text. Throws EProblem (ProtectedTextDamaged) when the
+// text is no protected form, and when the system refuses.
 std::wstring Unprotect(std::wstring_view protectedText);

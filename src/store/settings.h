@@ -1,28 +1,60 @@
-// The settings of a run, as "NASConf.ini" holds them.
+// The settings: the one structure of what "NASConf.ini" holds, and the one reader and writer of its keys.
 #pragma once
 
-#include <functional>
+#include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include "support/platform_calls.h"
+#include "support/problem.h"
+#include "support/wipe.h"
 
-inline constexpr std::wstring_view kSettingsSection = L"CONFIG";
+// A text that is wiped from memory with its object, and never copied with it.
+struct TSecret {
+    std::wstring text;
 
-// Forgets the credentials when it goes.
-struct TSettings {
-    ~TSettings();
-
-    std::wstring NAS;         // destination root: one trailing "\" removed, upper case in the user's language
-    bool UseConnect = false;  // log on to the share first
-    std::wstring AUser;       // in plain text; read only when UseConnect is set
-    std::wstring APass;
+    TSecret() = default;
+    // Wipes what it is made from, too.
+    explicit TSecret(std::wstring&& plain) noexcept : text(std::move(plain)) { WipeText(plain); }
+    TSecret(TSecret&& other) noexcept : TSecret(std::move(other.text)) {}
+    TSecret& operator=(TSecret&& other) noexcept {
+        WipeText(text);
+        text = std::move(other.text);
+        WipeText(other.text);
+        return *this;
+    }
+    ~TSecret() { WipeText(text); }
 };
 
-// Gives the plain text of a stored one. Throws std::runtime_error (UTF-8 text) when it is not in the
-// protected form.
-using TUnprotect = std::function<std::wstring(std::wstring_view)>;
+// A value, and whether it is known. One that was not read or does not decrypt is not, and writing leaves it in
+// the file as it is.
+template <typename Value>
+struct TSetting {
+    Value value{};
+    bool known = false;
+};
 
-// Reads the settings. A missing file, section or key gives the default. Throws std::runtime_error (UTF-8,
-// German, names the file) when the file cannot be read, or a credential is not in the protected form.
-TSettings LoadSettings(const TPlatformCalls& calls, std::wstring_view iniPath, const TUnprotect& unprotect);
+// A new setting is a member here and a line of ForEachSetting.
+struct TSettings {
+    TSetting<std::wstring> NASDIR;  // destination root, as the user entered it
+    TSetting<bool> CONNECT;         // log on to its share first
+    TSetting<TSecret> USER;         // protected in the file
+    TSetting<TSecret> PASS;
+
+    // The destination root as a run needs it: one trailing "\" removed, upper case in the user's language.
+    std::wstring DestinationRoot() const;
+};
+
+// What a run needs: the credentials only to log on, that is when CONNECT is set. A missing file, section or key
+// gives the default. Throws EProblem (FileNotRead, UserNotDecrypted, PasswordNotDecrypted).
+TSettings LoadSettings(const TPlatformCalls& calls, const std::wstring& iniPath);
+
+// Reads whatever can be read, as it is stored, for the user to edit. The result is what the user must be told
+// (SettingsNotRead, StoredUserUnknown, StoredPasswordUnknown, StoredCredentialsUnknown).
+[[nodiscard]] std::optional<TProblem> ReadSettings(const TPlatformCalls& calls, const std::wstring& iniPath,
+                                                   TSettings& settings);
+
+// Writes the known values into the file, which keeps everything else. The result is why that failed
+// (SettingsNotRead, SettingsNotSaved, CredentialsNotProtected); the file is then as it was.
+[[nodiscard]] std::optional<TProblem> WriteSettings(const TPlatformCalls& calls, const std::wstring& iniPath,
+                                                    const TSettings& settings);

@@ -1,27 +1,15 @@
 #include "store/source_folder_file.h"
 
 #include "store/source_folder_format.h"
-#include "store/table_file.h"
 #include "support/system_code_page.h"
-#include "support/system_error.h"
 
 bool LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table) {
     table.Close();
-    std::string bytes;
-    const TErrorCode error = ReadWholeFile(calls, path, bytes);
-    if (IsMissing(error)) {
-        table.Open();
-        return false;
-    }
-    if (error != ERROR_SUCCESS) {
-        throw std::runtime_error(FileNotReadMessage(path, ToUtf8(SystemErrorText(error))));
-    }
-    try {
+    const bool found = LoadFile(calls, path, [&table](std::string_view bytes) {
         table.Assign(ReadSourceFolderRows(bytes, TSystemCodePage()));
-    } catch (const ETableFile& reason) {
-        throw std::runtime_error(FileNotReadMessage(path, reason.what()));
-    }
-    return true;
+    });
+    table.Open();
+    return found;
 }
 
 TErrorCode SaveSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table) {

@@ -8,7 +8,7 @@
 #include "support/platform_calls.h"
 
 // Loads the table from its file and opens it. False when there is no such file: the table is empty. Throws
-// std::runtime_error (UTF-8, German, names the file) when the file cannot be read; the table is closed then.
+// EProblem (FileNotRead, or why it is no such table) when it cannot be read; the table is closed then.
 bool LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table);
 
 // Replaces the file with the rows of the table. An edit in progress is not part of it.

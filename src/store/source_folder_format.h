@@ -8,7 +8,7 @@
 #include "store/source_folder_table.h"
 #include "support/text.h"
 
-// Throws ETableFile when the bytes are not a whole file of source-folder rows.
+// Throws EProblem, as TTableReader does, when the bytes are not a whole file of source-folder rows.
 std::vector<SourceFolderRow> ReadSourceFolderRows(std::string_view bytes, const TCodePage& codePage);
 
 std::string WriteSourceFolderRows(const std::vector<SourceFolderRow>& rows, const TCodePage& codePage);

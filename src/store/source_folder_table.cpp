@@ -2,25 +2,27 @@
 
 #include <algorithm>
 #include <cassert>
-#include <stdexcept>
 
 #include "support/path_text.h"
+#include "support/problem.h"
 
 namespace {
 
 const SourceFolderRow kEmptyRow;
 
-void CheckLength(const std::optional<std::wstring>& text, std::size_t limit, const char* caption) {
+void CheckLength(const std::optional<std::wstring>& text, std::size_t limit, const wchar_t* field) {
     if (text && text->size() > limit) {
-        throw std::length_error("\"" + std::string(caption) + "\" darf höchstens " + std::to_string(limit) +
-                                " Zeichen lang sein (eingegeben: " + std::to_string(text->size()) + ").");
+        throw EProblem({.what = TProblemKind::TextTooLong,
+                        .number = text->size(),
+                        .limit = limit,
+                        .detail = field});
     }
 }
 
 void CheckLengths(const SourceFolderRow& row) {
-    CheckLength(row.Directory, kDirectoryLength, "Ordner");
-    CheckLength(row.Extensions, kExtensionsLength, "Dateityp");
-    CheckLength(row.ExtensionMode, kExtensionModeLength, "Modus");
+    CheckLength(row.Directory, kDirectoryLength, L"Directory");
+    CheckLength(row.Extensions, kExtensionsLength, L"Extensions");
+    CheckLength(row.ExtensionMode, kExtensionModeLength, L"ExtensionMode");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "store/table_file.h"
 
+#include "support/problem.h"
+
 namespace {
 
 std::string HeaderOf(std::span<const TFieldDescriptor> fields) {
@@ -9,10 +11,6 @@ std::string HeaderOf(std::span<const TFieldDescriptor> fields) {
 }
 
 }  // namespace
-
-std::string FileNotReadMessage(std::wstring_view path, std::string_view reason) {
-    return "Die Datei \"" + ToUtf8(path) + "\" kann nicht gelesen werden: " + std::string(reason);
-}
 
 std::string EncodeTableText(const TCodePage& codePage, std::wstring_view text) {
     if (!text.starts_with(L'\0')) {
@@ -42,10 +40,10 @@ std::optional<std::wstring> DecodeTableText(const TCodePage& codePage, std::stri
 
 TTableReader::TTableReader(std::string_view bytes, std::span<const TFieldDescriptor> fields) : bytes_(bytes) {
     if (bytes_.size() < kTableSignature.size() || Take(kTableSignature.size()) != kTableSignature) {
-        throw ETableFile("Sie ist keine Tabellendatei.");
+        throw EProblem({.what = TProblemKind::NoTableFile});
     }
     if (TakeValue<double>() != kTableVersion) {
-        throw ETableFile("Sie hat eine andere Version als 1.91.");
+        throw EProblem({.what = TProblemKind::OtherTableVersion});
     }
     const std::size_t descriptors = position_;
     const auto fieldCount = TakeValue<std::uint32_t>();
@@ -55,7 +53,7 @@ TTableReader::TTableReader(std::string_view bytes, std::span<const TFieldDescrip
         ThrowDamagedAt(bytes_.size());
     }
     if (found != expected) {
-        throw ETableFile("Sie enthält andere Felder.");
+        throw EProblem({.what = TProblemKind::OtherTableFields});
     }
     position_ = descriptors + expected.size();
 }
@@ -80,8 +78,7 @@ std::optional<std::wstring> TTableReader::ReadText(const TCodePage& codePage, st
 }
 
 void TTableReader::ThrowDamagedAt(std::size_t position) const {
-    throw ETableFile("Sie ist beschädigt (bei Byte " + std::to_string(position) + " von " +
-                     std::to_string(bytes_.size()) + ").");
+    throw EProblem({.what = TProblemKind::TableDamaged, .number = position, .limit = bytes_.size()});
 }
 
 void TTableWriter::WriteHeader(std::span<const TFieldDescriptor> fields) {

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <optional>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -17,15 +16,6 @@
 #include "support/text.h"
 
 static_assert(std::endian::native == std::endian::little, "numbers are copied to and from files as they are");
-
-// A table file that cannot be read. The text (UTF-8, German) is the reason alone; FileNotReadMessage makes
-// the sentence around it.
-class ETableFile : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-// The sentence for the user (UTF-8) about a file that could not be read.
-std::string FileNotReadMessage(std::wstring_view path, std::string_view reason);
 
 inline constexpr std::string_view kTableSignature = "Ver";
 inline constexpr double kTableVersion = 1.91;
@@ -77,7 +67,8 @@ constexpr std::size_t LongestEncoding(std::int32_t size) {
 }
 
 // Walks over the bytes of a file, checks every step against their end and every value against its field.
-// Whatever does not fit throws ETableFile.
+// Whatever does not fit throws EProblem (NoTableFile, OtherTableVersion, OtherTableFields, TableDamaged),
+// without the path, which whoever read the file adds.
 class TTableReader {
 public:
     // Reads the header, which must describe exactly these fields. The bytes must outlive the reader.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "support/path_text.h"
+#include "support/problem.h"
 
 namespace {
 
@@ -173,6 +174,26 @@ TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, st
     }
     bytes.resize(filled);
     return ERROR_SUCCESS;
+}
+
+bool LoadFile(const TPlatformCalls& calls, std::wstring_view path,
+              const std::function<void(std::string_view bytes)>& take) {
+    std::string bytes;
+    const TErrorCode error = ReadWholeFile(calls, path, bytes);
+    if (IsMissing(error)) {
+        return false;
+    }
+    if (error != ERROR_SUCCESS) {
+        throw EProblem({.what = TProblemKind::FileNotRead, .path = std::wstring(path), .code = error});
+    }
+    try {
+        take(bytes);
+    } catch (const EProblem& reason) {
+        TProblem problem = reason.Problem();
+        problem.path = path;
+        throw EProblem(std::move(problem));
+    }
+    return true;
 }
 
 TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,

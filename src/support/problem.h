@@ -19,11 +19,17 @@ enum class TProblemKind {
     OtherTableVersion,       // path
     OtherTableFields,        // path
     TableDamaged,            // path; number: the byte at which reading ended, limit: how many there are
-    TooManyRecords,          // -
-    TextTooLong,             // detail: the field's caption; number: characters entered, limit: allowed
+    TooManyRecords,          // path, if it is a file's
+    TextTooLong,             // detail: the field's name in SourceFolderRow; number: characters, limit: allowed
     UserNotDecrypted,        // path, detail: why, in the words of the encryption
     PasswordNotDecrypted,    // the same
     ProtectedTextDamaged,    // detail: why, in the words of the encryption
+    SettingsNotRead,         // path, code
+    SettingsNotSaved,        // path, code: the old file is as it was
+    StoredUserUnknown,       // -: does not decrypt, and stays until the user enters another; so the next two
+    StoredPasswordUnknown,
+    StoredCredentialsUnknown,
+    CredentialsNotProtected,  // detail: why, in the words of the encryption
     ShareRefused,            // code
     DestinationMissing,      // path: the destination root
     HostFolderNotMade,       // path: destination root and host name

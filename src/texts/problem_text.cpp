@@ -4,6 +4,8 @@
 
 namespace {
 
+constexpr wchar_t kTooManyRecords[] = L"Die Tabelle hat zu viele Einträge.";
+
 std::wstring Quoted(const std::wstring& path) {
     return L"\"" + path + L"\"";
 }
@@ -14,6 +16,21 @@ std::wstring NotRead(const TProblem& problem, const std::wstring& reason) {
 
 std::wstring NotDecrypted(const TProblem& problem, const wchar_t* what) {
     return what + (L" in " + Quoted(problem.path)) + L" kann nicht entschlüsselt werden: " + problem.detail;
+}
+
+std::wstring SettingsProblem(const TProblem& problem, const wchar_t* what, const std::wstring& reason) {
+    return L"Die Einstellungen in „" + problem.path + L"“ konnten nicht " + what + L" werden: " + reason + L".";
+}
+
+std::wstring StoredUnknown(const wchar_t* what) {
+    return std::wstring(what) +
+           L" nicht entschlüsselt werden. Was gespeichert ist, bleibt erhalten, bis hier etwas Neues "
+           L"eingegeben wird.";
+}
+
+// What the user calls a field of SourceFolderRow.
+std::wstring FieldCaption(const std::wstring& field) {
+    return field == L"Directory" ? L"Ordner" : field == L"Extensions" ? L"Dateityp" : L"Modus";
 }
 
 }  // namespace
@@ -40,14 +57,26 @@ std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
             return NotRead(problem, L"Sie ist beschädigt (bei Byte " + std::to_wstring(problem.number) +
                                         L" von " + std::to_wstring(problem.limit) + L").");
         case TProblemKind::TooManyRecords:
-            return L"Die Tabelle hat zu viele Einträge.";
+            return problem.path.empty() ? kTooManyRecords : NotRead(problem, kTooManyRecords);
         case TProblemKind::TextTooLong:
-            return Quoted(problem.detail) + L" darf höchstens " + std::to_wstring(problem.limit) +
+            return Quoted(FieldCaption(problem.detail)) + L" darf höchstens " + std::to_wstring(problem.limit) +
                    L" Zeichen lang sein (eingegeben: " + std::to_wstring(problem.number) + L").";
         case TProblemKind::UserNotDecrypted:
             return NotDecrypted(problem, L"Der Anmeldename");
         case TProblemKind::PasswordNotDecrypted:
             return NotDecrypted(problem, L"Das Passwort");
+        case TProblemKind::SettingsNotRead:
+            return SettingsProblem(problem, L"gelesen", reason());
+        case TProblemKind::SettingsNotSaved:
+            return SettingsProblem(problem, L"gespeichert", reason());
+        case TProblemKind::StoredUserUnknown:
+            return StoredUnknown(L"Der gespeicherte Anmeldename kann");
+        case TProblemKind::StoredPasswordUnknown:
+            return StoredUnknown(L"Das gespeicherte Passwort kann");
+        case TProblemKind::StoredCredentialsUnknown:
+            return StoredUnknown(L"Anmeldename und Passwort können");
+        case TProblemKind::CredentialsNotProtected:
+            return L"Anmeldename und Passwort konnten nicht verschlüsselt werden: " + problem.detail;
         case TProblemKind::ShareRefused:
         case TProblemKind::CopyFailed:
             return reason();

@@ -4,7 +4,8 @@
 #include <set>
 #include <system_error>
 
-#include "support/text.h"
+#include "support/system_error.h"
+#include "texts/problem_text.h"
 
 namespace {
 
@@ -32,7 +33,7 @@ bool RunGuarded(const std::function<void()>& work) {
         work();
         return true;
     } catch (const std::exception& error) {
-        TellUnexpectedError(FromUtf8Lossy(error.what()));
+        TellUnexpectedError(ProblemText(ProblemOf(error), &SystemErrorText));
     } catch (...) {
         TellUnexpectedError(L"Unbekannter Fehler");
     }

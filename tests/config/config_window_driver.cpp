@@ -23,7 +23,7 @@ TConfigWindowDriver::TConfigWindowDriver()
     : folder(MakeFolder()),
       iniPath(std::filesystem::path(folder) / L"NASConf.ini"),
       owner(MakeOwner()),
-      window(calls, table, codePage, folder) {
+      window(calls, table, folder) {
     RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Quentar");
     table.Assign({{true, L"C:\\Daten", true, L".pdf,.docx", L"NO", false, false},
                   {true, L"C:\\Bilder\\Urlaub", true, L".jpg", L"NO", true, false},

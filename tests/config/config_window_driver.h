@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "config/config_window.h"
-#include "support/system_code_page.h"
 
 inline constexpr auto kAktive = static_cast<std::size_t>(TSourceFolderColumn::Aktive);
 inline constexpr auto kDirectory = static_cast<std::size_t>(TSourceFolderColumn::Directory);
@@ -40,7 +39,6 @@ protected:
     std::wstring folder;
     std::filesystem::path iniPath;
     TPlatformCalls calls = SystemPlatformCalls();
-    TSystemCodePage codePage;
     TSourceFolderTable table;
     HWND owner = nullptr;
     TfmConfig window;

@@ -356,14 +356,14 @@ TEST_F(ConfigWindow, TheLayoutOfTheGridIsKept) {
     const std::wstring layout = window.cxGridDBTv.Store();
     EXPECT_TRUE(window.Close());
     {
-        TfmConfig second(calls, table, codePage, folder);
+        TfmConfig second(calls, table, folder);
         second.Show(owner);
         EXPECT_EQ(second.cxGridDBTv.Store(), layout);
         EXPECT_TRUE(second.Close());
     }
     RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Quentar\\Vardeko\\GUI\\GridStore", L"ConfigGrid",
                     REG_BINARY, "\xFF\x01", 2);
-    TfmConfig third(calls, table, codePage, folder);
+    TfmConfig third(calls, table, folder);
     third.Show(owner);
     EXPECT_EQ(third.cxGridDBTv.Store(), TGridColumns(SourceFolderColumns()).Store());
     EXPECT_EQ(third.Notice(), L"");

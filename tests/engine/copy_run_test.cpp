@@ -408,7 +408,7 @@ TEST_F(CopyRun, AFreshStartWritesAnEmptyTableAndAnUnchangedOneIsLeftAlone) {
     Dm().DataModuleDestroy();
     ASSERT_EQ(ReadWholeFile(SystemPlatformCalls(), path, bytes), ERROR_SUCCESS);
     EXPECT_EQ(bytes, "newer");
-    EXPECT_THROW(TDM(SystemPlatformCalls()).DataModuleCreate(), std::runtime_error);
+    EXPECT_THROW(TDM(SystemPlatformCalls()).DataModuleCreate(), EProblem);
 }
 
 }  // namespace

@@ -3,21 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <typeinfo>
 
-#include "support/rw_csp.h"
+#include "support/problem_in.h"
 
 namespace {
 
-std::string MessageOf(std::wstring_view protectedText) {
-    try {
-        (void)Unprotect(protectedText);
-    } catch (const std::exception& error) {
-        // Callers know one class only.
-        EXPECT_EQ(typeid(error), typeid(std::runtime_error));
-        return error.what();
-    }
-    return "";
+std::wstring MessageOf(std::wstring_view protectedText) {
+    const TProblem problem = ProblemIn([&] { (void)Unprotect(protectedText); });
+    EXPECT_EQ(problem.what, TProblemKind::ProtectedTextDamaged);
+    return problem.detail;
 }
 
 TEST(CredentialProtection, GivesTheKnownTexts) {
@@ -46,15 +40,15 @@ TEST(CredentialProtection, EveryLengthComesBack) {
 }
 
 TEST(CredentialProtection, SaysWhatIsWrongWithATextThatIsNotProtected) {
-    const std::string badData =
-        "Failed to decrypt the data. The data could not be decrypted using the provided key. (NTE_BAD_DATA)!";
+    const std::wstring badData =
+        L"Failed to decrypt the data. The data could not be decrypted using the provided key. (NTE_BAD_DATA)!";
     EXPECT_EQ(MessageOf(L"/HsuRte+wdQImKS9cFjgPQ=="), badData);
     EXPECT_EQ(MessageOf(L"4tJHqhERDLVupg3gXCi2+MNRqPrkNAPa0hhs1c/qW+A="), badData);
-    EXPECT_EQ(MessageOf(L"plain password"), "The text is not valid Base64!");
-    EXPECT_EQ(MessageOf(L"/HsuRte+wdQImKS9cFjgPg="), "The text is not valid Base64!");
+    EXPECT_EQ(MessageOf(L"plain password"), L"The text is not valid Base64!");
+    EXPECT_EQ(MessageOf(L"/HsuRte+wdQImKS9cFjgPg="), L"The text is not valid Base64!");
     // Base64 of something else: no whole block.
-    EXPECT_NE(MessageOf(L"YWJj"), "");
-    EXPECT_NE(MessageOf(L"passwort"), "");
+    EXPECT_NE(MessageOf(L"YWJj"), L"");
+    EXPECT_NE(MessageOf(L"passwort"), L"");
 }
 
 }  // namespace

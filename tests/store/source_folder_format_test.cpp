@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "store/table_file.h"
 #include "support/damage.h"
 #include "support/latin1_code_page.h"
+#include "support/problem_in.h"
 
 namespace {
 
@@ -50,28 +50,23 @@ TEST(SourceFolderFormat, KeepsFoldersThatTheCodePageCannotHold) {
                 testing::ElementsAre(row));
 }
 
-std::string ReasonAgainst(const std::string& bytes) {
-    try {
-        ReadSourceFolderRows(bytes, codePage);
-    } catch (const ETableFile& reason) {
-        return reason.what();
-    }
-    return {};
+TProblem ReasonAgainst(const std::string& bytes) {
+    return ProblemIn([&] { (void)ReadSourceFolderRows(bytes, codePage); });
 }
 
 TEST(SourceFolderFormat, SaysWhatIsWrongWithAFile) {
-    EXPECT_THAT(ReasonAgainst(""), testing::HasSubstr("keine Tabellendatei"));
-    EXPECT_THAT(ReasonAgainst("[CONFIG]"), testing::HasSubstr("keine Tabellendatei"));
+    EXPECT_EQ(ReasonAgainst("").what, TProblemKind::NoTableFile);
+    EXPECT_EQ(ReasonAgainst("[CONFIG]").what, TProblemKind::NoTableFile);
     std::string bytes = kHeader + kFirstRow;
     bytes[3] ^= 1;
-    EXPECT_THAT(ReasonAgainst(bytes), testing::HasSubstr("andere Version"));
+    EXPECT_EQ(ReasonAgainst(bytes).what, TProblemKind::OtherTableVersion);
     bytes = kHeader + kFirstRow;
     bytes[11] = 2;
-    EXPECT_THAT(ReasonAgainst(bytes), testing::HasSubstr("andere Felder"));
-    EXPECT_THAT(ReasonAgainst(kHeader + "\x02"),
-                testing::HasSubstr("besch\u00E4digt (bei Byte 137 von 138)"));
-    EXPECT_THAT(ReasonAgainst(kHeader + "\x01\x01\0"s + "\x01\xFF\xFF\xFF\xFFx"s),
-                testing::HasSubstr("besch\u00E4digt"));
+    EXPECT_EQ(ReasonAgainst(bytes).what, TProblemKind::OtherTableFields);
+    EXPECT_EQ(ReasonAgainst(kHeader + "\x02"),
+              (TProblem{.what = TProblemKind::TableDamaged, .number = 137, .limit = 138}));
+    EXPECT_EQ(ReasonAgainst(kHeader + "\x01\x01\0"s + "\x01\xFF\xFF\xFF\xFFx"s),
+              (TProblem{.what = TProblemKind::TableDamaged, .number = 141, .limit = 146}));
 }
 
 // Whatever is read from a damaged file must at least be rows that can be written and read again.
@@ -82,7 +77,7 @@ TEST(SourceFolderFormat, SurvivesDamageOfEveryByte) {
         try {
             const auto rows = ReadSourceFolderRows(damaged, codePage);
             EXPECT_EQ(ReadSourceFolderRows(WriteSourceFolderRows(rows, codePage), codePage), rows);
-        } catch (const ETableFile&) {
+        } catch (const EProblem&) {
             ++refused;
         }
     });

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <stdexcept>
+#include "support/problem_in.h"
 
 namespace {
 
@@ -120,8 +120,11 @@ TEST_F(SourceFolderTable, DeletingLeavesTheCursorOnTheNextRow) {
 TEST_F(SourceFolderTable, RefusesTextThatItsFieldCannotHold) {
     table.Edit();
     table.Working().Directory = std::wstring(kDirectoryLength + 1, L'x');
-    EXPECT_THROW(table.Post(), std::length_error);
-    EXPECT_THROW(table.Next(), std::length_error);
+    for (const auto& post : {&TSourceFolderTable::Post, &TSourceFolderTable::Next}) {
+        EXPECT_EQ(ProblemIn([&] { (table.*post)(); }),
+                  (TProblem{
+                      .what = TProblemKind::TextTooLong, .number = 256, .limit = 255, .detail = L"Directory"}));
+    }
     EXPECT_EQ(table.State(), TState::Edit);
     EXPECT_EQ(table.RowNumber(), 0u);
     EXPECT_EQ(table.Current().Directory->size(), kDirectoryLength + 1);

@@ -1,11 +1,13 @@
 #include "support/system_error.h"
 
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 namespace {
 
 TEST(SystemError, TextEndsWithoutLineBreakAndFullStop) {
-    for (const DWORD code : {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_NO_NETWORK}) {
+    for (const TErrorCode code : {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_NO_NETWORK}) {
         const std::wstring text = SystemErrorText(code);
         ASSERT_GT(text.size(), 5u);
         EXPECT_GT(text.back(), L' ');
