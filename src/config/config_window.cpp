@@ -62,7 +62,9 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
     };
     dsMemData.onButtonClick = [this] { cxGridDBTvDirectoryPropertiesButtonClick(); };
     dsMemData.onDeleting = [this](const std::wstring& folder) { return ConfirmDelete(folder); };
-    dsMemData.onProblem = [this](const TProblem& problem) { ShowNotice(ProblemText(problem, &SystemErrorText)); };
+    dsMemData.onProblem = [this](const TProblem& problem) {
+        ShowNotice(ProblemText(problem, &SystemErrorText));
+    };
 }
 
 TfmConfig::~TfmConfig() {
@@ -134,8 +136,9 @@ bool TfmConfig::Close() {
         return true;
     }
     const std::optional<TProblem> problem = FormClose();
-    if (problem && !Ask(ProblemText(*problem, &SystemErrorText) + L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
-                                   L"Anmeldung gehen dann verloren.")) {
+    if (problem && !Ask(ProblemText(*problem, &SystemErrorText) +
+                        L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
+                        L"Anmeldung gehen dann verloren.")) {
         return !open_;
     }
     if (!open_) {  // closed while the user was asked

@@ -25,8 +25,7 @@
 class TfmConfig final : public TWindow {
 public:
     // Everything passed by reference must outlive the window. The folder has no trailing "\".
-    TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
-              std::wstring configurationFolder);
+    TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData, std::wstring configurationFolder);
     ~TfmConfig() override;
 
     // Shows the window and returns; when it is open already it comes to the front. Throws std::system_error
@@ -107,7 +106,6 @@ private:
     TMessageFilter keyFilter_;
     HWND lastFocus_ = nullptr;
     bool open_ = false;
-    // Known, and so written, is what could be read and what the user has changed. The values are those of the
-    // fields while they are read and written.
+    // Known, and so written, is what could be read or was changed by the user; the fields hold the values.
     TSettings settings_;
 };

@@ -36,8 +36,8 @@ public:
     TDM& operator=(const TDM&) = delete;
     ~TDM();
 
-    // Loads the source-folder table. Throws EProblem when
-    // "NASConf.Dat" cannot be read; nothing is written then, also by DataModuleDestroy.
+    // Loads the source-folder table. Throws EProblem when "NASConf.Dat" cannot be read; nothing is written
+    // then, also by DataModuleDestroy.
     void DataModuleCreate();
     // Saves the source-folder table, closes both tables, cancels the share connection.
     void DataModuleDestroy();

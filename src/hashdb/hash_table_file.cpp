@@ -3,8 +3,7 @@
 #include "hashdb/hash_table_format.h"
 
 bool LoadHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table) {
-    return LoadFile(calls, path,
-                    [&table](std::string_view bytes) { table.Assign(ReadHashRecords(bytes)); });
+    return LoadFile(calls, path, [&table](std::string_view bytes) { table.Assign(ReadHashRecords(bytes)); });
 }
 
 TErrorCode SaveHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table) {

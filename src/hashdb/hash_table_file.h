@@ -8,8 +8,8 @@
 #include "support/platform_calls.h"
 
 // Replaces the records by those of the file and opens the table. False when there is no such file: the table
-// stays as it was. Throws EProblem (FileNotRead, or why it is no such table) when it cannot be read; the table
-// stays as it was then too.
+// stays as it was. Throws EProblem (FileNotRead, or why it is no such table) when it cannot be read; the
+// table stays as it was then too.
 bool LoadHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table);
 
 // Replaces the file with the records of the table, in table order.

@@ -33,7 +33,6 @@ std::wstring Unprotect(std::wstring_view protectedText) {
                                  TRwPadding::Default);
     } catch (const std::exception& error) {
         // Callers show the message and need no more of it.
-        throw EProblem(
-            {.what = TProblemKind::ProtectedTextDamaged, .detail = FromUtf8Lossy(error.what())});
+        throw EProblem({.what = TProblemKind::ProtectedTextDamaged, .detail = FromUtf8Lossy(error.what())});
     }
 }

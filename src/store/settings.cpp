@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::wstring_view kSection = L"CONFIG";
 
-// Every setting with its key, in the order of the file.
+// Every setting with its key, in the order of the file: CONNECT before the credentials, which it asks for.
 template <typename TSettingsOrConst, typename TVisit>
 void ForEachSetting(TSettingsOrConst& settings, TVisit visit) {
     visit(L"NASDIR", settings.NASDIR);
@@ -112,9 +112,9 @@ std::optional<TProblem> ReadSettings(const TPlatformCalls& calls, const std::wst
     }
     TProblem& problem = problems.front();
     problem.what = problem.what == TProblemKind::FileNotRead ? TProblemKind::SettingsNotRead
-                   : problems.size() > 1                     ? TProblemKind::StoredCredentialsUnknown
-                   : settings.USER.known                     ? TProblemKind::StoredPasswordUnknown
-                                                             : TProblemKind::StoredUserUnknown;
+                   : problems.size() > 1                     ? TProblemKind::CredentialsUnknown
+                   : settings.USER.known                     ? TProblemKind::PasswordUnknown
+                                                             : TProblemKind::UserUnknown;
     return problem;
 }
 
@@ -129,17 +129,15 @@ std::optional<TProblem> WriteSettings(const TPlatformCalls& calls, const std::ws
     try {
         ForEachSetting(settings, TWriter{ini});
     } catch (const std::exception& error) {
-        return TProblem{.what = TProblemKind::CredentialsNotProtected,
-                        .detail = FromUtf8Lossy(error.what())};
+        return TProblem{.what = TProblemKind::NotEncrypted, .detail = FromUtf8Lossy(error.what())};
     }
     const std::string after = ini.Bytes(codePage);
-    if (after == before) {
-        // Whoever only looked may lack the right to write.
-        return std::nullopt;
-    }
-    if (const TErrorCode error =
-            ReplaceWholeFile(calls, iniPath, [&after](const TByteSink& sink) { return sink(after); })) {
-        return TProblem{.what = TProblemKind::SettingsNotSaved, .path = iniPath, .code = error};
+    // Whoever only looked may lack the right to write.
+    if (after != before) {
+        const auto write = [&after](const TByteSink& sink) { return sink(after); };
+        if (const TErrorCode error = ReplaceWholeFile(calls, iniPath, write)) {
+            return TProblem{.what = TProblemKind::SettingsNotSaved, .path = iniPath, .code = error};
+        }
     }
     return std::nullopt;
 }

@@ -26,8 +26,8 @@ struct TSecret {
     ~TSecret() { WipeText(text); }
 };
 
-// A value, and whether it is known. One that was not read or does not decrypt is not, and writing leaves it in
-// the file as it is.
+// A value, and whether it is known. One that was not read or does not decrypt is not, and writing leaves it
+// in the file as it is.
 template <typename Value>
 struct TSetting {
     Value value{};
@@ -45,16 +45,16 @@ struct TSettings {
     std::wstring DestinationRoot() const;
 };
 
-// What a run needs: the credentials only to log on, that is when CONNECT is set. A missing file, section or key
-// gives the default. Throws EProblem (FileNotRead, UserNotDecrypted, PasswordNotDecrypted).
+// What a run needs: the credentials only to log on, that is when CONNECT is set. A missing file, section or
+// key gives the default. Throws EProblem (FileNotRead, UserNotDecrypted, PasswordNotDecrypted).
 TSettings LoadSettings(const TPlatformCalls& calls, const std::wstring& iniPath);
 
 // Reads whatever can be read, as it is stored, for the user to edit. The result is what the user must be told
-// (SettingsNotRead, StoredUserUnknown, StoredPasswordUnknown, StoredCredentialsUnknown).
+// (SettingsNotRead, UserUnknown, PasswordUnknown, CredentialsUnknown).
 [[nodiscard]] std::optional<TProblem> ReadSettings(const TPlatformCalls& calls, const std::wstring& iniPath,
                                                    TSettings& settings);
 
 // Writes the known values into the file, which keeps everything else. The result is why that failed
-// (SettingsNotRead, SettingsNotSaved, CredentialsNotProtected); the file is then as it was.
+// (SettingsNotRead, SettingsNotSaved, NotEncrypted); the file is then as it was.
 [[nodiscard]] std::optional<TProblem> WriteSettings(const TPlatformCalls& calls, const std::wstring& iniPath,
                                                     const TSettings& settings);

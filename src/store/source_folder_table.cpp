@@ -12,10 +12,8 @@ const SourceFolderRow kEmptyRow;
 
 void CheckLength(const std::optional<std::wstring>& text, std::size_t limit, const wchar_t* field) {
     if (text && text->size() > limit) {
-        throw EProblem({.what = TProblemKind::TextTooLong,
-                        .number = text->size(),
-                        .limit = limit,
-                        .detail = field});
+        throw EProblem(
+            {.what = TProblemKind::TextTooLong, .number = text->size(), .limit = limit, .detail = field});
     }
 }
 

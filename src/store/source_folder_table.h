@@ -68,8 +68,8 @@ public:
     void Edit();
     void Append();
     void Insert();
-    // Ends the edit; without one it does nothing. Throws EProblem (TextTooLong) when a text is longer than its
-    // field: the edit then goes on and the rows are unchanged.
+    // Ends the edit; without one it does nothing. Throws EProblem (TextTooLong) when a text is longer than
+    // its field: the edit then goes on and the rows are unchanged.
     void Post();
     // Drops the edit, if there is one.
     void Cancel();

@@ -46,8 +46,8 @@ bool FolderExists(const TPlatformCalls& calls, std::wstring_view path);
 [[nodiscard]] TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path,
                                        std::string& bytes);
 
-// Reads a whole file of ours and passes its bytes on; false when there is none. Throws EProblem: FileNotRead, or
-// what `take` throws, with the path of the file.
+// Reads a whole file of ours and passes its bytes on; false when there is none. Throws EProblem: FileNotRead,
+// or what `take` throws, with the path of the file.
 bool LoadFile(const TPlatformCalls& calls, std::wstring_view path,
               const std::function<void(std::string_view bytes)>& take);
 

@@ -20,16 +20,16 @@ enum class TProblemKind {
     OtherTableFields,        // path
     TableDamaged,            // path; number: the byte at which reading ended, limit: how many there are
     TooManyRecords,          // path, if it is a file's
-    TextTooLong,             // detail: the field's name in SourceFolderRow; number: characters, limit: allowed
+    TextTooLong,             // detail: the field's name; number: characters entered, limit: allowed
     UserNotDecrypted,        // path, detail: why, in the words of the encryption
     PasswordNotDecrypted,    // the same
     ProtectedTextDamaged,    // detail: why, in the words of the encryption
     SettingsNotRead,         // path, code
     SettingsNotSaved,        // path, code: the old file is as it was
-    StoredUserUnknown,       // -: does not decrypt, and stays until the user enters another; so the next two
-    StoredPasswordUnknown,
-    StoredCredentialsUnknown,
-    CredentialsNotProtected,  // detail: why, in the words of the encryption
+    UserUnknown,             // path, detail: does not decrypt, and stays until the user enters another
+    PasswordUnknown,         // the same
+    CredentialsUnknown,      // the same, for both
+    NotEncrypted,            // detail: why user name and password were not saved
     ShareRefused,            // code
     DestinationMissing,      // path: the destination root
     HostFolderNotMade,       // path: destination root and host name

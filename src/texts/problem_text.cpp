@@ -19,7 +19,8 @@ std::wstring NotDecrypted(const TProblem& problem, const wchar_t* what) {
 }
 
 std::wstring SettingsProblem(const TProblem& problem, const wchar_t* what, const std::wstring& reason) {
-    return L"Die Einstellungen in „" + problem.path + L"“ konnten nicht " + what + L" werden: " + reason + L".";
+    return L"Die Einstellungen in „" + problem.path + L"“ konnten nicht " + what + L" werden: " + reason +
+           L".";
 }
 
 std::wstring StoredUnknown(const wchar_t* what) {
@@ -59,8 +60,9 @@ std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
         case TProblemKind::TooManyRecords:
             return problem.path.empty() ? kTooManyRecords : NotRead(problem, kTooManyRecords);
         case TProblemKind::TextTooLong:
-            return Quoted(FieldCaption(problem.detail)) + L" darf höchstens " + std::to_wstring(problem.limit) +
-                   L" Zeichen lang sein (eingegeben: " + std::to_wstring(problem.number) + L").";
+            return Quoted(FieldCaption(problem.detail)) + L" darf höchstens " +
+                   std::to_wstring(problem.limit) + L" Zeichen lang sein (eingegeben: " +
+                   std::to_wstring(problem.number) + L").";
         case TProblemKind::UserNotDecrypted:
             return NotDecrypted(problem, L"Der Anmeldename");
         case TProblemKind::PasswordNotDecrypted:
@@ -69,13 +71,13 @@ std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
             return SettingsProblem(problem, L"gelesen", reason());
         case TProblemKind::SettingsNotSaved:
             return SettingsProblem(problem, L"gespeichert", reason());
-        case TProblemKind::StoredUserUnknown:
+        case TProblemKind::UserUnknown:
             return StoredUnknown(L"Der gespeicherte Anmeldename kann");
-        case TProblemKind::StoredPasswordUnknown:
+        case TProblemKind::PasswordUnknown:
             return StoredUnknown(L"Das gespeicherte Passwort kann");
-        case TProblemKind::StoredCredentialsUnknown:
+        case TProblemKind::CredentialsUnknown:
             return StoredUnknown(L"Anmeldename und Passwort können");
-        case TProblemKind::CredentialsNotProtected:
+        case TProblemKind::NotEncrypted:
             return L"Anmeldename und Passwort konnten nicht verschlüsselt werden: " + problem.detail;
         case TProblemKind::ShareRefused:
         case TProblemKind::CopyFailed:

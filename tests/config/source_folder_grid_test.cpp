@@ -48,10 +48,10 @@ TEST_F(SourceFolderGrid, AChangeIsPostedAtOnceAndOnlyARealOneCounts) {
 }
 
 TEST_F(SourceFolderGrid, WhatTheTableRefusesIsToldAndDropped) {
-    std::wstring problem;
-    grid.onProblem = [&](const std::wstring& text) { problem = text; };
+    TProblem problem;
+    grid.onProblem = [&](const TProblem& told) { problem = told; };
     grid.SetText(kDirectory, std::wstring(256, L'x'));
-    EXPECT_NE(problem, L"");
+    EXPECT_EQ(problem.what, TProblemKind::TextTooLong);
     EXPECT_EQ(grid.Text(0, kDirectory), L"a");
     EXPECT_FALSE(table.Modified());
 }

@@ -27,9 +27,8 @@ TEST(HashTableFile, RecordsSurviveARestartAndADamagedFileChangesNothing) {
     EXPECT_EQ(reloaded.Find(hash), TDateTime{1000});
 
     ASSERT_EQ(AppendToFile(calls, path, "rest"), static_cast<TErrorCode>(ERROR_SUCCESS));
-    EXPECT_EQ(
-        ProblemIn([&] { LoadHashTable(calls, path, reloaded); }),
-        (TProblem{.what = TProblemKind::TableDamaged, .path = path, .number = 120, .limit = 124}));
+    EXPECT_EQ(ProblemIn([&] { LoadHashTable(calls, path, reloaded); }),
+              (TProblem{.what = TProblemKind::TableDamaged, .path = path, .number = 120, .limit = 124}));
     EXPECT_EQ(reloaded.RecordCount(), 1u);
     EXPECT_NE(SaveHashTable(calls, folder.At(L"none\\Vardeko.dat"), table),
               static_cast<TErrorCode>(ERROR_SUCCESS));

@@ -41,7 +41,8 @@ TEST(CredentialProtection, EveryLengthComesBack) {
 
 TEST(CredentialProtection, SaysWhatIsWrongWithATextThatIsNotProtected) {
     const std::wstring badData =
-        L"Failed to decrypt the data. The data could not be decrypted using the provided key. (NTE_BAD_DATA)!";
+        L"Failed to decrypt the data. The data could not be decrypted using the provided key. "
+        L"(NTE_BAD_DATA)!";
     EXPECT_EQ(MessageOf(L"/HsuRte+wdQImKS9cFjgPQ=="), badData);
     EXPECT_EQ(MessageOf(L"4tJHqhERDLVupg3gXCi2+MNRqPrkNAPa0hhs1c/qW+A="), badData);
     EXPECT_EQ(MessageOf(L"plain password"), L"The text is not valid Base64!");

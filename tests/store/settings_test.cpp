@@ -13,9 +13,9 @@ constexpr char kForeign[] = "/HsuRte+wdQImKS9cFjgPQ==";
 
 class Settings : public testing::Test {
 protected:
-    void Write(const std::string& connect, const std::string& user, const std::string& password) {
-        folder.Write(L"NASConf.ini", "[CONFIG]\r\nNASDIR=d:\\Büro\\Daten\\\\\r\nCONNECT=" + connect +
-                                         "\r\nUSER=" + user + "\r\nPASS=" + password + "\r\n; mine\r\n");
+    void Write(const std::string& connect, const std::string& storedUser, const std::string& storedPassword) {
+        folder.Write(L"NASConf.ini", "[CONFIG]\r\nNASDIR=d:\\Daten\r\nCONNECT=" + connect + "\r\nUSER=" +
+                                         storedUser + "\r\nPASS=" + storedPassword + "\r\n; mine\r\n");
     }
     std::string File() const { return folder.Read(L"NASConf.ini").value_or(""); }
 
@@ -27,7 +27,8 @@ protected:
 };
 
 TEST_F(Settings, AreReadAsARunNeedsThem) {
-    folder.Write(L"NASConf.ini", "[config]\nnasdir=d:\\Backup\\Daten\\\\\nConnect=1\nUSER=" + user + "\nPASS=\n");
+    folder.Write(L"NASConf.ini",
+                 "[config]\nnasdir=d:\\Backup\\Daten\\\\\nConnect=1\nUSER=" + user + "\nPASS=\n");
     const TSettings settings = LoadSettings(calls, path);
     EXPECT_EQ(settings.DestinationRoot(), L"D:\\BACKUP\\DATEN\\") << "one of the two is removed";
     EXPECT_TRUE(settings.CONNECT.value);
@@ -41,7 +42,8 @@ TEST_F(Settings, AreReadAsARunNeedsThem) {
 
 TEST_F(Settings, ARunIsRefusedForWhatItNeeds) {
     const std::wstring why =
-        L"Failed to decrypt the data. The data could not be decrypted using the provided key. (NTE_BAD_DATA)!";
+        L"Failed to decrypt the data. The data could not be decrypted using the provided key. "
+        L"(NTE_BAD_DATA)!";
     const auto load = [&] { (void)LoadSettings(calls, path); };
     Write("1", kForeign, kForeign);
     EXPECT_EQ(ProblemIn(load),
@@ -49,8 +51,9 @@ TEST_F(Settings, ARunIsRefusedForWhatItNeeds) {
     Write("1", user, kForeign);
     EXPECT_EQ(ProblemIn(load),
               (TProblem{.what = TProblemKind::PasswordNotDecrypted, .path = path, .detail = why}));
-    EXPECT_EQ(ProblemIn([&] { (void)LoadSettings(calls, folder.Path()); }),
-              (TProblem{.what = TProblemKind::FileNotRead, .path = folder.Path(), .code = ERROR_ACCESS_DENIED}));
+    EXPECT_EQ(
+        ProblemIn([&] { (void)LoadSettings(calls, folder.Path()); }),
+        (TProblem{.what = TProblemKind::FileNotRead, .path = folder.Path(), .code = ERROR_ACCESS_DENIED}));
 
     // Without a logon the credentials are not even looked at, and so not written either.
     Write("0", user, kForeign);
@@ -63,36 +66,37 @@ TEST_F(Settings, ARunIsRefusedForWhatItNeeds) {
 
 TEST_F(Settings, WhatIsNotKnownStaysInTheFileUntilAnotherIsEntered) {
     const std::tuple<std::string, std::string, TProblemKind> cases[] = {
-        {kForeign, password, TProblemKind::StoredUserUnknown},
-        {user, kForeign, TProblemKind::StoredPasswordUnknown},
-        {kForeign, kForeign, TProblemKind::StoredCredentialsUnknown}};
+        {kForeign, password, TProblemKind::UserUnknown},
+        {user, kForeign, TProblemKind::PasswordUnknown},
+        {kForeign, kForeign, TProblemKind::CredentialsUnknown}};
     for (const auto& [storedUser, storedPassword, kind] : cases) {
         Write("0", storedUser, storedPassword);
         TSettings settings;
         EXPECT_EQ(ReadSettings(calls, path, settings).value_or(TProblem{}).what, kind);
-        EXPECT_EQ(WriteSettings(calls, path, settings), std::nullopt);
-        const std::string& kept = storedPassword;
-        Write("0", storedUser, kept);
         settings.USER.value.text = L"user";
         settings.USER.known = true;
         EXPECT_EQ(WriteSettings(calls, path, settings), std::nullopt);
         const std::string after = File();
-        Write("0", user, kept);
+        Write("0", user, storedPassword);
         EXPECT_EQ(after, File());
     }
     TSettings settings;
-    EXPECT_EQ(ReadSettings(calls, folder.Path(), settings),
-              (TProblem{.what = TProblemKind::SettingsNotRead, .path = folder.Path(), .code = ERROR_ACCESS_DENIED}));
-    EXPECT_FALSE(settings.NASDIR.known || settings.CONNECT.known || settings.USER.known || settings.PASS.known);
+    EXPECT_EQ(ReadSettings(calls, folder.Path(), settings), (TProblem{.what = TProblemKind::SettingsNotRead,
+                                                                      .path = folder.Path(),
+                                                                      .code = ERROR_ACCESS_DENIED}));
+    EXPECT_FALSE(settings.NASDIR.known || settings.CONNECT.known || settings.USER.known ||
+                 settings.PASS.known);
 }
 
 TEST_F(Settings, AFileThatCannotBeReadOrReplacedIsNamed) {
     const TSettings settings = LoadSettings(calls, path);
-    EXPECT_EQ(WriteSettings(calls, folder.Path(), settings),
-              (TProblem{.what = TProblemKind::SettingsNotRead, .path = folder.Path(), .code = ERROR_ACCESS_DENIED}));
+    EXPECT_EQ(WriteSettings(calls, folder.Path(), settings), (TProblem{.what = TProblemKind::SettingsNotRead,
+                                                                       .path = folder.Path(),
+                                                                       .code = ERROR_ACCESS_DENIED}));
     const std::wstring nowhere = folder.At(L"none\\NASConf.ini");
-    EXPECT_EQ(WriteSettings(calls, nowhere, settings),
-              (TProblem{.what = TProblemKind::SettingsNotSaved, .path = nowhere, .code = ERROR_PATH_NOT_FOUND}));
+    EXPECT_EQ(
+        WriteSettings(calls, nowhere, settings),
+        (TProblem{.what = TProblemKind::SettingsNotSaved, .path = nowhere, .code = ERROR_PATH_NOT_FOUND}));
 }
 
 // Short texts lie in the object itself and longer ones elsewhere.
@@ -101,8 +105,9 @@ TEST(Secret, LeavesNothingBehindWhereItWas) {
     TSecret first(std::move(plain));
     const TSecret second(std::move(first));
     EXPECT_EQ(second.text, L"geheim");
-    EXPECT_EQ(std::wstring_view(plain.data(), 6), std::wstring(6, L'\0'));       // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ(std::wstring_view(first.text.data(), 6), std::wstring(6, L'\0'));  // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(std::wstring_view(plain.data(), 6), std::wstring(6, L'\0'));  // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(std::wstring_view(first.text.data(), 6),
+              std::wstring(6, L'\0'));  // NOLINT(bugprone-use-after-move)
 }
 
 }  // namespace

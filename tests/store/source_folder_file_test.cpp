@@ -41,8 +41,9 @@ TEST_F(SourceFolderFile, ADamagedTableIsNamedAndLeftAlone) {
     EXPECT_EQ(ProblemIn([&] { LoadSourceFolders(calls, path, table); }),
               (TProblem{.what = TProblemKind::OtherTableVersion, .path = path}));
     EXPECT_FALSE(table.IsOpen());
-    EXPECT_EQ(ProblemIn([&] { LoadSourceFolders(calls, folder.Path(), table); }),
-              (TProblem{.what = TProblemKind::FileNotRead, .path = folder.Path(), .code = ERROR_ACCESS_DENIED}));
+    EXPECT_EQ(
+        ProblemIn([&] { LoadSourceFolders(calls, folder.Path(), table); }),
+        (TProblem{.what = TProblemKind::FileNotRead, .path = folder.Path(), .code = ERROR_ACCESS_DENIED}));
 }
 
 }  // namespace

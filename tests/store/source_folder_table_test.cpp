@@ -121,9 +121,10 @@ TEST_F(SourceFolderTable, RefusesTextThatItsFieldCannotHold) {
     table.Edit();
     table.Working().Directory = std::wstring(kDirectoryLength + 1, L'x');
     for (const auto& post : {&TSourceFolderTable::Post, &TSourceFolderTable::Next}) {
-        EXPECT_EQ(ProblemIn([&] { (table.*post)(); }),
-                  (TProblem{
-                      .what = TProblemKind::TextTooLong, .number = 256, .limit = 255, .detail = L"Directory"}));
+        EXPECT_EQ(
+            ProblemIn([&] { (table.*post)(); }),
+            (TProblem{
+                .what = TProblemKind::TextTooLong, .number = 256, .limit = 255, .detail = L"Directory"}));
     }
     EXPECT_EQ(table.State(), TState::Edit);
     EXPECT_EQ(table.RowNumber(), 0u);

@@ -20,6 +20,17 @@ TEST(ProblemText, NamesWhatThePartiesNeedToAct) {
               L"Die Datei \"C:\\a\" kann nicht gelesen werden: Systemtext 5");
     EXPECT_EQ(Text({.what = TProblemKind::TableDamaged, .path = L"C:\\a", .number = 7, .limit = 9}),
               L"Die Datei \"C:\\a\" kann nicht gelesen werden: Sie ist beschädigt (bei Byte 7 von 9).");
+    EXPECT_EQ(Text({.what = TProblemKind::TooManyRecords, .path = L"C:\\a"}),
+              L"Die Datei \"C:\\a\" kann nicht gelesen werden: Die Tabelle hat zu viele Einträge.");
+    EXPECT_EQ(Text({.what = TProblemKind::TextTooLong, .number = 300, .limit = 255, .detail = L"Directory"}),
+              L"\"Ordner\" darf höchstens 255 Zeichen lang sein (eingegeben: 300).");
+    EXPECT_EQ(Text({.what = TProblemKind::PasswordNotDecrypted, .path = L"C:\\a", .detail = L"why!"}),
+              L"Das Passwort in \"C:\\a\" kann nicht entschlüsselt werden: why!");
+    EXPECT_EQ(Text({.what = TProblemKind::SettingsNotSaved, .path = L"C:\\a", .code = 5}),
+              L"Die Einstellungen in „C:\\a“ konnten nicht gespeichert werden: Systemtext 5.");
+    EXPECT_EQ(Text({.what = TProblemKind::CredentialsUnknown}),
+              L"Anmeldename und Passwort können nicht entschlüsselt werden. Was gespeichert ist, bleibt "
+              L"erhalten, bis hier etwas Neues eingegeben wird.");
     EXPECT_EQ(Text({.what = TProblemKind::DestinationLost, .path = L"N:\\PC", .number = 3}),
               L"Das Ziel ist nicht mehr erreichbar: N:\\PC (noch 3 Dateien zu kopieren)");
     EXPECT_EQ(Text({.what = TProblemKind::DestinationMissing, .path = L"N:"}),
