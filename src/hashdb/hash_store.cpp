@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
+#include <utility>
 
 #include "support/problem.h"
 
@@ -10,7 +11,7 @@ namespace {
 
 // Three quarters of as many slots as a 32-bit number can tell apart.
 constexpr std::size_t kMostRecords = std::size_t{3} << 30;
-constexpr unsigned kFewestSlotBits = 4;
+constexpr std::size_t kFewestSlots = 16;
 constexpr std::size_t kLongBucket = 16;
 constexpr std::uint64_t kMostBuckets = std::uint64_t{1} << 31;
 constexpr std::size_t kFarthestOffset = 255;
@@ -52,7 +53,8 @@ std::uint32_t TDigestMixer::operator()(const TPathDigest& digest) const {
 THashStore::THashStore(std::size_t expectedRecords)
     : takesSortedOnes_(expectedRecords > 0),
       directory_(std::make_shared<TDirectory>()),
-      buckets_(std::min(2 * std::uint64_t{expectedRecords}, kMostBuckets)) {
+      buckets_(std::min(2 * std::uint64_t{expectedRecords}, kMostBuckets)),
+      slots_(kFewestSlots) {
     if (takesSortedOnes_) {
         directory_->groups.reserve(static_cast<std::size_t>(buckets_ / kBucketsPerGroup + 1));
         directory_->offsets.reserve(static_cast<std::size_t>(buckets_));
@@ -143,8 +145,8 @@ std::size_t THashStore::FindSortedFrom(std::size_t number, const TPathDigest& ha
 }
 
 std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) const {
-    std::size_t place = HomeOf(mixed);
-    for (;; place = (place + 1) & (slots_.size() - 1)) {
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t place = mixed & mask;; place = (place + 1) & mask) {
         const TSlot& slot = slots_[place];
         if (slot.record == 0 || (slot.mixed == mixed && Ordinary(slot.record - 1).HASH == hash)) {
             return place;
@@ -153,9 +155,6 @@ std::size_t THashStore::FindSlot(const TPathDigest& hash, std::uint32_t mixed) c
 }
 
 std::size_t THashStore::FindSlotted(const TPathDigest& hash) const {
-    if (slots_.empty()) {
-        return kNoRecord;
-    }
     const TSlot& slot = slots_[FindSlot(hash, mix_(hash))];
     return slot.record == 0 ? kNoRecord : slot.record - 1;
 }
@@ -191,7 +190,7 @@ void THashStore::Record(const TPathDigest& hash, TDateTime date) {
 }
 
 THashStore::TSlot& THashStore::SlotFor(const TPathDigest& hash) {
-    if (4 * (usedSlots_ + 1) > 3 * slots_.size()) {
+    if (4 * (count_ - sortedCount_ + 1) > 3 * slots_.size()) {
         DoubleSlots();
     }
     const std::uint32_t mixed = mix_(hash);
@@ -204,21 +203,18 @@ void THashStore::AppendTo(TSlot& slot, const TPathDigest& hash, TDateTime date) 
     AppendRecord(hash, date);
     if (slot.record == 0) {
         slot.record = static_cast<std::uint32_t>(count_);
-        ++usedSlots_;
     }
 }
 
-// Slots are ordered by their upper bits, so doubling walks through old and new ones from front to back and
-// reads no record.
+// Reads no record.
 void THashStore::DoubleSlots() {
-    const std::vector<TSlot> old = std::move(slots_);
-    slotBits_ = old.empty() ? kFewestSlotBits : slotBits_ + 1;
-    slots_.assign(std::size_t{1} << slotBits_, {});
+    const auto old = std::exchange(slots_, std::vector<TSlot>(2 * slots_.size()));
+    const std::size_t mask = slots_.size() - 1;
     for (const TSlot& slot : old) {
         if (slot.record != 0) {
-            std::size_t place = HomeOf(slot.mixed);
+            std::size_t place = slot.mixed & mask;
             while (slots_[place].record != 0) {
-                place = (place + 1) & (slots_.size() - 1);
+                place = (place + 1) & mask;
             }
             slots_[place] = slot;
         }

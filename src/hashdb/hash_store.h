@@ -135,11 +135,8 @@ private:
     // The number of the first of these sorted records whose HASH is not smaller; `last` when there is none.
     std::size_t FirstSortedNotBefore(const TPathDigest& hash, std::size_t first, std::size_t last) const;
 
-    // The slot that holds the digest, or the empty one where it belongs. There must be slots.
+    // The slot that holds the digest, or the empty one where it belongs.
     std::size_t FindSlot(const TPathDigest& hash, std::uint32_t mixed) const;
-    std::size_t HomeOf(std::uint32_t mixed) const {
-        return static_cast<std::size_t>(std::uint64_t{mixed} << slotBits_ >> 32);
-    }
     // The slot that holds the digest, or one that is empty and has room for it.
     TSlot& SlotFor(const TPathDigest& hash);
     void AppendTo(TSlot& slot, const TPathDigest& hash, TDateTime date);
@@ -165,8 +162,6 @@ private:
 
     TDigestMixer mix_;
     std::vector<TSlot> slots_;
-    unsigned slotBits_ = 0;
-    std::size_t usedSlots_ = 0;
 
     std::string foreignBytes_;
     std::deque<TForeignPlace> foreign_;
