@@ -55,15 +55,9 @@ public:
     }
 
     double WithoutWindow() {
-        dataModule_.SetMessage = [](TDM&, const std::wstring&, TMessagePos) {};
-        dataModule_.DoNasFinishMsg = [](TDM& finished) {
-            finished.SaveNasData();
-            CopyIdle = true;
-        };
-        return Measure([this] {
-            CopyIdle = false;
-            dataModule_.StartCopy();
-        });
+        dataModule_.SetMessage = [](TDM&, const std::wstring&, TMessagePos, const std::wstring&) {};
+        dataModule_.DoNasFinishMsg = [](TDM& finished) { finished.SaveNasData(); };
+        return Measure([this] { dataModule_.StartCopy(); });
     }
 
     double WithWindow() {

@@ -6,12 +6,12 @@
 #include <iterator>
 #include <utility>
 
-#include "app/run_texts.h"
 #include "app/shutdown.h"
 #include "engine/run_log.h"
 #include "support/date_time_text.h"
 #include "support/system_error.h"
 #include "texts/run_log_text.h"
+#include "texts/run_texts.h"
 #include "ui/device_context.h"
 
 namespace {
@@ -122,11 +122,11 @@ void TfmMain::Show(TDM& dataModule, TCompanionWindows& companions, int showComma
 void TfmMain::FormShow() {
     aShowMessage = true;
     CloseAfterCopy = false;
-    dataModule_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind) {
-        SetMessage(text, kind);
-    };
+    dataModule_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind,
+                                     const std::wstring& reason) { SetMessage(text, kind, reason); };
     dataModule_->DoNasFinishMsg = [this](TDM&) { DoNasFinishMsg(); };
     dataModule_->myHandle = Handle();
+    dataModule_->SetUnattended(commandLine_.copy);
     if (commandLine_.copy) {
         if (commandLine_.msgOff) {
             aShowMessage = false;
@@ -141,17 +141,13 @@ void TfmMain::FormShow() {
 }
 
 int TfmMain::ExitCode() const {
-    if (unexpectedErrors_) {
-        return 1;
+    TExitCode code = TExitCode::AllCopied;
+    if (unexpectedErrors_ || (commandLine_.copy && !dataModule_->HasRun())) {
+        code = TExitCode::NotAllCopied;
+    } else if (dataModule_->HasRun()) {
+        code = dataModule_->ExitCode();
     }
-    switch (runState_) {
-        case TRunState::None:
-            return commandLine_.copy ? 1 : 0;
-        case TRunState::Ended:
-            return dataModule_->Failures() == 0 ? 0 : 1;
-        default:
-            return 1;
-    }
+    return static_cast<int>(code);
 }
 
 // Actions and timers.
@@ -164,34 +160,25 @@ void TfmMain::acCloseExecute() {
 
 void TfmMain::acStartCopyExecute() {
     // A reindex that was stopped is still on the stack until it has unwound.
-    if (closing_ || reindexing_) {
+    if (closing_ || dataModule_->IsReindexing()) {
         return;
     }
-    CopyIdle = false;
-    runState_ = TRunState::Running;
     rows_.Clear();
     sbarMain.SetText(kBytesPanel, L"0");
     sbarMain.SetText(kPathPanel, L"");
     AddStatusLine(L"Start: " + Now());
     startTime = GetTickCount();
-    SetBusy(true);
+    const TEngineCall call(*this);
+    dataModule_->StartCopy();
     UpdateActions();
     PaintNow();
-    const TEngineCall call(*this);
-    if (!dataModule_->StartCopy()) {
-        // Nothing is under way until the user stops the run: the computer may sleep.
-        SetBusy(false);
-    }
 }
 
 void TfmMain::acStopCopyExecute() {
     acShutDown.SetChecked(false);
     acShutDown.SetImage(TImageIndex::ShutDown);
     SetCurrentFile(L"");
-    CopyIdle = true;
-    if (!reindexing_) {
-        runState_ = TRunState::Stopped;
-    }
+    dataModule_->StopCopy();
     EndOfRun();
     AddStatusLine(L"Anwender Abbruch: " + Now());
     ShowChanges();
@@ -205,13 +192,11 @@ void TfmMain::EndOfRun() {
     AddStatusLine(L"Fertig: " + Now());
     sbarMain.SetText(kProgressPanel, L"");
     dataModule_->SaveNasData();
-    SetBusy(false);
+    dataModule_->CloseRun();
     UpdateActions();
 }
 
 void TfmMain::DoNasFinishMsg() {
-    CopyIdle = true;
-    runState_ = TRunState::Ended;
     EndOfRun();
     if (acShutDown.Checked()) {
         ShutdownSystem(calls_, L"", L"Vardeko Shutdown in progress", kShutDownDelay, true, false);
@@ -221,7 +206,7 @@ void TfmMain::DoNasFinishMsg() {
 }
 
 void TfmMain::acConfigCopyExecute() {
-    if (reindexing_) {
+    if (dataModule_->IsReindexing()) {
         return;
     }
     companions_->ShowConfiguration(Handle());
@@ -233,7 +218,7 @@ void TfmMain::acShutDownExecute() {
 }
 
 void TfmMain::acReindexExecute() {
-    if (closing_ || reindexing_) {
+    if (closing_ || dataModule_->IsReindexing()) {
         return;
     }
     // The question has a message loop of its own: an unattended run may begin while it is open. It stands
@@ -247,26 +232,21 @@ void TfmMain::acReindexExecute() {
     if (companions_ != nullptr && !companions_->CloseConfiguration()) {
         return;
     }
-    if (closing_ || !CopyIdle) {
-        // Closing may have asked something, too.
+    // Closing may have asked something, too.
+    if (closing_ || !dataModule_->BeginReindex()) {
         return;
     }
-    CopyIdle = false;
-    reindexing_ = true;
     startTime = GetTickCount();
     UpdateActions();
     ProcessPendingMessages();
     AddStatusLine(L"Start: " + Now());
-    SetBusy(true);
     // All rows, and afterwards the cursor stands where it stood: a run reads "History" there.
     const std::size_t row = dataModule_->MemData.RowNumber();
     dataModule_->MemData.First();
     RunGuarded([this] { dataModule_->ReIndexNasData(); });
     dataModule_->MemData.MoveTo(row);
-    SetBusy(false);
-    reindexing_ = false;
     AddStatusLine(L"Ende: " + Now());
-    CopyIdle = true;
+    dataModule_->EndReindex();
     UpdateActions();
 }
 
@@ -287,7 +267,7 @@ void TfmMain::acRunLogExecute() {
 }
 
 void TfmMain::TimerTimer() {
-    if (reindexing_) {
+    if (dataModule_->IsReindexing()) {
         // The run begins when that is done.
         return;
     }
@@ -309,10 +289,12 @@ void TfmMain::UpdateTimerTimer() {
     });
 }
 
-// While work is under way the computer does not fall asleep.
-void TfmMain::SetBusy(bool busy) {
-    calls_.SetThreadExecutionState(busy ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
-    menuTimer_.SetEnabled(busy);
+void TfmMain::KeepAwake() {
+    const bool atWork = dataModule_ != nullptr && dataModule_->IsAtWork();
+    if (std::exchange(keepsAwake_, atWork) != atWork) {
+        calls_.SetThreadExecutionState(atWork ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
+        menuTimer_.SetEnabled(atWork);
+    }
 }
 
 // An open menu, and moving the window by keys, are loops of the system: opened while a report processed
@@ -330,6 +312,7 @@ void TfmMain::EndForgottenMenu() {
 }
 
 void TfmMain::UpdateActions() {
+    KeepAwake();
     for (TAction* action : {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex,
                             &acUpdate, &acRunLog}) {
         action->Update();
@@ -342,13 +325,13 @@ void TfmMain::AddStatusLine(const std::wstring& text, std::optional<int> status,
     rows_.InsertAtTop(text, status, reason);
 }
 
-void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {
+void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind, const std::wstring& reason) {
     if (!Exists()) {
         return;
     }
     switch (kind) {
         case TMessagePos::Memo:
-            AddStatusLine(text, kFileNameStatus);
+            AddStatusLine(text, kFileNameStatus, reason);
             break;
         case TMessagePos::Status:
             sbarMain.SetText(kPathPanel, text);
@@ -357,11 +340,11 @@ void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {
             sbarMain.SetText(kBytesPanel, text);
             break;
         case TMessagePos::Error:
-            AddStatusLine(text, kErrorStatus);
+            AddStatusLine(text, kErrorStatus, reason);
             break;
         case TMessagePos::FileMsg:
             // The file at hand when the user stopped leaves the field empty.
-            SetCurrentFile(IsUnwinding() ? L"" : text);
+            SetCurrentFile(dataModule_->State() == TRunState::Stopping ? L"" : text);
             cxProgressBar.SetPosition(0);
             break;
         case TMessagePos::Ignore:
@@ -376,12 +359,6 @@ void TfmMain::SetMessage(const std::wstring& text, TMessagePos kind) {
     AfterReport();
 }
 
-// Whether the engine still ends a run that the user has stopped. It reports the end of the file at hand after
-// this: the file was copied all the same.
-bool TfmMain::IsUnwinding() const {
-    return runState_ == TRunState::Stopped && dataModule_ != nullptr && dataModule_->InCopyPass();
-}
-
 void TfmMain::ReportUnexpectedError(const std::wstring& text) {
     unexpectedErrors_ = true;
     AddStatusLine(text, kErrorStatus);
@@ -390,15 +367,13 @@ void TfmMain::ReportUnexpectedError(const std::wstring& text) {
 
 // Where the mistake has left the run nobody knows; it would perhaps never end by itself.
 void TfmMain::RunBroken() {
-    if (reindexing_) {
+    if (dataModule_->IsReindexing()) {
         return;
     }
     if (!CopyIdle) {
         acStopCopyExecute();
-    } else {
-        SetBusy(false);
     }
-    if (CloseAfterCopy && runState_ != TRunState::None && !closing_) {
+    if (CloseAfterCopy && dataModule_->HasRun() && !closing_) {
         RequestClose();
     }
 }
@@ -500,7 +475,8 @@ void TfmMain::RequestClose() {
 
 // Whether the tables are in use further up: this is a message that a report or a wait has let in.
 bool TfmMain::EngineIsOnStack() const {
-    return engineCalls_ > 0 || reindexing_ || (dataModule_ != nullptr && dataModule_->InCopyPass());
+    return engineCalls_ > 0 ||
+           (dataModule_ != nullptr && (dataModule_->IsReindexing() || dataModule_->InCopyPass()));
 }
 
 void TfmMain::CloseWhenPossible() {

@@ -57,14 +57,14 @@ public:
     void ApplicationIdle();
     // Saves and closes the tables, once.
     void EndDataModule();
-    // 0: every file of the last run was copied. 1: some were not, or the run did not come to its end.
+    // What came of the last run; of a program that was started for a run, also that there was none.
     int ExitCode() const;
 
     // Puts a row on top of the list; `reason` says why something went wrong, beside the text.
     void AddStatusLine(const std::wstring& text, std::optional<int> status = kInfoStatus,
                        const std::wstring& reason = {});
     // The engine's callbacks.
-    void SetMessage(const std::wstring& text, TMessagePos kind);
+    void SetMessage(const std::wstring& text, TMessagePos kind, const std::wstring& reason = {});
     void DoNasFinishMsg();
     // A mistake that no handler expected: shown as an error, and a run is not a success with it.
     void ReportUnexpectedError(const std::wstring& text);
@@ -93,9 +93,6 @@ protected:
 private:
     // Posted by a mistake to this window itself.
     static constexpr UINT kRunBrokenMessage = WM_APP + 2;
-
-    // How the last run of the program went so far.
-    enum class TRunState { None, Running, Stopped, Ended };
 
     // Where the engine is called further up the stack, reports do not process messages: a click answered
     // there would start or stop a run in the middle of starting or stopping one.
@@ -136,13 +133,13 @@ private:
     void UseScale(TScale scale);
     void Layout();
 
-    bool IsUnwinding() const;
     void EndOfRun();
     // Stops a run, and closes the window once the engine is off the stack.
     void RequestClose();
     bool EngineIsOnStack() const;
     void CloseWhenPossible();
-    void SetBusy(bool busy);
+    // While work is under way the computer does not fall asleep.
+    void KeepAwake();
     void EndForgottenMenu();
     void UpdateActions();
     void ShowWaitCursor(bool wait);
@@ -163,9 +160,8 @@ private:
     bool aShowMessage = true;
     bool CloseAfterCopy = false;
     DWORD startTime = 0;
-    TRunState runState_ = TRunState::None;
     bool unexpectedErrors_ = false;
-    bool reindexing_ = false;
+    bool keepsAwake_ = false;
     bool closing_ = false;
     int engineCalls_ = 0;
 

@@ -53,7 +53,6 @@ int WidthOfText(HFONT font, const std::wstring& text) {
 }  // namespace
 
 void TfmMain::FormCreate() {
-    CopyIdle = true;
     scale_ = ScaleOfWindow(nullptr);
     TCreateOptions options;
     options.className = L"TfmMain";

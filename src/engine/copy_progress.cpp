@@ -1,6 +1,7 @@
 #include "engine/copy_progress.h"
 
 #include "engine/message_kind.h"
+#include "engine/run_state.h"
 
 namespace {
 

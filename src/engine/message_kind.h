@@ -1,4 +1,4 @@
-// What the engine reports, and whether it is at work.
+// What the engine reports.
 #pragma once
 
 // The kind of an engine report.
@@ -12,10 +12,6 @@ enum class TMessagePos {
     Ignore = 6,     // a row: what was left alone
     ThreadMsg = 7,  // a number from the scan task
 };
-
-// False while a copy run or a reindex is active; true when idle, or when a stop is asked for. Belongs to the
-// window's thread.
-inline bool CopyIdle = true;
 
 // The progress of a large file, sent to TDM::myHandle. The value is 64 bits wide: the long parameter is its
 // high half, the word parameter its low half.

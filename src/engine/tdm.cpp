@@ -1,27 +1,21 @@
 #include "engine/tdm.h"
 
+#include <utility>
+
 #include "engine/file_size_text.h"
 #include "engine/scan_folders.h"
-#include "hashdb/hash_table_file.h"
 #include "hashdb/reindex.h"
+#include "store/seen_tables.h"
+#include "store/settings.h"
 #include "store/source_folder_file.h"
 #include "support/path_hash.h"
 #include "support/system_error.h"
 #include "support/system_helpers.h"
-#include "support/text.h"
 #include "texts/problem_text.h"
 
 namespace {
 
-constexpr UINT kCopyTimerInterval = 1000;       // milliseconds
-constexpr std::uint32_t kLongestWait = 60'000;  // milliseconds
-
-void ApplyThreadPriority(TTaskPriority level) {
-    constexpr int kLevels[] = {THREAD_PRIORITY_IDLE,         THREAD_PRIORITY_LOWEST,
-                               THREAD_PRIORITY_BELOW_NORMAL, THREAD_PRIORITY_NORMAL,
-                               THREAD_PRIORITY_ABOVE_NORMAL, THREAD_PRIORITY_HIGHEST};
-    SetThreadPriority(GetCurrentThread(), kLevels[static_cast<std::size_t>(level)]);
-}
+constexpr UINT kCopyTimerInterval = 1000;  // milliseconds
 
 // Lets windows repaint themselves while the window's thread waits; input stays in the queue.
 void PaintWhileWaiting() {
@@ -50,13 +44,8 @@ TDM::TDM(const TPlatformCalls& calls)
     OmniEventMonitor.OnTaskTerminated = [this](IOmniTask& task) { OmniEventMonitorTaskTerminated(task); };
 }
 
-// A task that still runs is joined before what it reports to goes.
-TDM::~TDM() {
-    if (FScanTask) {
-        FScanTask->Terminate(0);
-        FScanTask.reset();
-    }
-}
+// The run joins its tasks before what they report to goes.
+TDM::~TDM() = default;
 
 void TDM::DataModuleCreate() {
     hostName_ = HostName();
@@ -68,8 +57,8 @@ void TDM::DataModuleCreate() {
 }
 
 void TDM::DataModuleDestroy() {
-    CopyFileList.clear();
     SaveSourceFolderTable();
+    CloseRun();
     MemData.Close();
     NasData.Close();
     if (UseConnect) {
@@ -86,175 +75,132 @@ void TDM::SaveSourceFolderTable() {
     const bool mustBeMade = sourceFolderFileMissing_ && !FileExists(calls_, SourceFolderFile());
     if (sourceFoldersLoaded_ && (MemData.Modified() || mustBeMade)) {
         if (const TErrorCode error = SaveSourceFolders(calls_, SourceFolderFile(), MemData)) {
-            ReportFailure(L"\"" + SourceFolderFile() + L"\" konnte nicht gespeichert werden: " +
-                          SystemErrorText(error));
+            ReportFailure({.what = TProblemKind::FileNotSaved, .path = SourceFolderFile(), .code = error});
         }
     }
 }
 
-void TDM::Report(const std::wstring& text, TMessagePos kind) {
+void TDM::Report(const std::wstring& text, TMessagePos kind, const std::wstring& reason) {
     if (SetMessage) {
-        SetMessage(*this, text, kind);
+        SetMessage(*this, text, kind, reason);
     }
 }
 
-void TDM::ReportFailure(const std::wstring& text) {
+void TDM::ReportFailure(const TProblem& problem) {
+    if (run_) {
+        return run_->ReportFailure(problem);
+    }
     ++failures_;
-    Report(text, TMessagePos::Error);
+    Report(ProblemText(problem, &SystemErrorText), TMessagePos::Error);
 }
 
-bool TDM::StartCopy() {
-    CopyIdle = false;
-    if (FScanTask) {
-        // Whoever starts anew without ending the old run has it ended here: its thread is joined when the
-        // new task takes its place.
-        FScanTask->Terminate(0);
-    }
-    ++runNumber_;
-    CopiedBytes = 0;
-    failures_ = 0;
-    errorLogFailed_ = false;
-    destinationIsGone_ = false;
-    knownFolder_.clear();
-    CopyFileList.clear();
-    localTime_ = TLocalTimeRule();
-    nasDataMayBeSaved_ = false;
-    try {
-        if (!PrepareRun()) {
-            return false;
-        }
-        StartScanTask();
-    } catch (const std::exception& error) {
-        // Nothing is scanned: the next tick finds the run ended. A task that was made but never ran would
-        // keep it alive.
-        FScanTask.reset();
-        ReportFailure(ProblemText(ProblemOf(error), &SystemErrorText));
-    }
-    CopyTimer.SetEnabled(true);
-    return true;
-}
-
-bool TDM::PrepareRun() {
-    UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini"));
-    LoadNasData(UseConnect);
-    if (UseConnect) {
-        Res = shareLogon_.Connect(NAS, AUser, APass);
-        if (Res != 0) {
-            Report(SystemErrorText(Res), TMessagePos::Memo);
-            return false;
-        }
-    }
-    if (!ReachDestination()) {
-        return false;
-    }
-    if (nasDataFileMissing_) {
-        // Perhaps it was only out of reach, before the logon or while the destination woke up: its records
-        // would be lost at the next save.
-        LoadNasData(false);
-    }
-    nasDataMayBeSaved_ = true;
-    return true;
-}
-
-void TDM::UseSettings(const TSettings& settings) {
+void TDM::LoadRunSettings() {
+    TSettings settings = LoadSettings(calls_, IniFile());
     NAS = settings.DestinationRoot();
     UseConnect = settings.CONNECT.value;
-    if (UseConnect) {
-        AUser = settings.USER.value.text;
-        APass = settings.PASS.value.text;
-    }
-    VardekoDataFile = HostFolder() + L"\\Vardeko.dat";
+    AUser = std::move(settings.USER.value);
+    APass = std::move(settings.PASS.value);
 }
 
-// A table that cannot be read stays as it is on the destination: nothing will be written over it. As long as
-// the destination itself cannot be reached, or the logon is still to come, it counts as missing.
-void TDM::LoadNasData(bool beforeLogon) {
+void TDM::StartCopy() {
+    // Whoever starts anew without ending the old run has it ended here.
+    StopCopy();
+    if (!machine_.Start()) {
+        return;
+    }
+    failures_ = 0;
+    run_ = std::make_shared<TCopyRun>(
+        TRunSurroundings{.calls = calls_,
+                         .hostName = hostName_,
+                         .configurationFolder = configurationFolder_,
+                         .memData = MemData,
+                         .nasData = NasData,
+                         .nasDataFile = nasDataFile_,
+                         .shareLogon = shareLogon_,
+                         .monitor = OmniEventMonitor,
+                         .report = [this](const std::wstring& text, TMessagePos kind,
+                                          const std::wstring& reason) { Report(text, kind, reason); },
+                         .progressWindow = myHandle,
+                         .unattended = unattended_});
     try {
-        nasDataFileMissing_ = !LoadHashTable(calls_, VardekoDataFile, NasData);
-    } catch (const std::exception&) {
-        if (!beforeLogon && FolderExists(calls_, NAS + L"\\")) {
-            throw;
-        }
-        nasDataFileMissing_ = true;
+        LoadRunSettings();
+        run_->Prepare(NAS, UseConnect, std::move(AUser), std::move(APass));
+    } catch (const std::exception& error) {
+        // Nothing is scanned: the next tick finds the run ended.
+        run_->ReportFailure(ProblemOf(error));
+        machine_.Prepared();
     }
-    if (!NasData.HasIndex()) {
-        NasData.AddIndex();
-    }
-    NasData.Open();
+    CopyTimer.SetEnabled(true);
 }
 
-bool TDM::ReachDestination() {
-    // Without a destination the path below would name the current drive's root.
-    if (NAS.empty() || !FolderExists(calls_, NAS + L"\\")) {
-        Report(L"Error: Destination Directory does not exist, " + NAS, TMessagePos::Memo);
-        return false;
+// The task that prepares has ended.
+void TDM::RunIsPrepared() {
+    if (State() != TRunState::Preparing) {
+        return;
     }
-    if (!FolderExists(calls_, HostFolder()) && !CreateFolders(calls_, HostFolder())) {
-        Report(L"Error: Can not create Subdirectory, " + HostFolder(), TMessagePos::Memo);
-        return false;
+    if (run_->BeginScan() == TCopyRun::TBeginning::NotReached) {
+        machine_.NotReached();
+        CopyTimer.SetEnabled(false);
+    } else {
+        machine_.Prepared();
     }
-    return true;
 }
 
-void TDM::StartScanTask() {
-    FScanTask =
-        std::make_unique<IOmniTaskControl>([this](IOmniTask& task) { ScanFolders(task); }, L"ScanFolders");
-    FScanTask->MonitorWith(OmniEventMonitor);
-    FScanTask->SetParameter(L"DataSet", std::shared_ptr<const std::vector<SourceFolderRow>>(
-                                            std::make_shared<std::vector<SourceFolderRow>>(MemData.Rows())));
-    FScanTask->SetParameter(L"NasData", NasData.Snapshot());
-    FScanTask->SetParameter(L"NAS", NAS);
-    FScanTask->SetParameter(L"HOST", hostName_);
-    FScanTask->SetPriority(TTaskPriority::Highest, &ApplyThreadPriority);
-    FScanTask->Run();
-}
-
-// Runs on the task's thread: beside its parameters it uses the table of platform calls, which never changes.
-void TDM::ScanFolders(IOmniTask& task) const {
-    TFolderScan scan(task, calls_,
-                     {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
-                      task.Parameter<std::shared_ptr<const THashSnapshot>>(L"NasData"),
-                      task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST")});
-    scan.Run();
+void TDM::StopCopy() {
+    if (!CopyIdle && run_ && !IsReindexing()) {
+        run_->Stop();
+        CopyTimer.SetEnabled(false);
+    }
+    machine_.Stop(inPass_);
 }
 
 void TDM::EndScanTask() {
-    if (!FScanTask) {
-        return;
+    if (run_) {
+        run_->EndTasks(&PaintWhileWaiting);
     }
-    const std::unique_ptr<IOmniTaskControl> task = std::move(FScanTask);
-    task->Terminate(kUnlimitedWait, &PaintWhileWaiting);
-    task->WaitFor(kLongestWait, &PaintWhileWaiting);
-    // What the task still sent belongs to this run, not to the next one.
+    // What the tasks still sent belongs to this run, not to the next one.
     OmniEventMonitor.Deliver();
 }
 
 void TDM::SaveNasData() {
-    if (!nasDataMayBeSaved_ || !NasData.IsOpen() || !(NasData.Modified() || nasDataFileMissing_)) {
-        return;
+    if (const TErrorCode error = nasDataFile_.Save(calls_)) {
+        return ReportFailure(
+            {.what = TProblemKind::FileNotSaved, .path = nasDataFile_.Path(), .code = error});
     }
-    if (const TErrorCode error = SaveHashTable(calls_, VardekoDataFile, NasData)) {
-        ReportFailure(L"\"" + VardekoDataFile + L"\" konnte nicht gespeichert werden: " +
-                      SystemErrorText(error));
-        return;
+    if (nasDataFile_.IsCurrent()) {
+        RememberTable(calls_, configurationFolder_, nasDataFile_.Path(), NasData.RecordCount());
     }
-    nasDataFileMissing_ = false;
+}
+
+void TDM::CloseRun() {
+    if (run_ && !inPass_) {
+        run_->Close(static_cast<int>(ExitCode()));
+    }
+}
+
+TExitCode TDM::ExitCode() const {
+    return ExitCodeOf(machine_.Outcome(), Failures(), run_ ? run_->MissingFolders() : 0);
 }
 
 void TDM::ReIndexNasData() {
     try {
-        UseSettings(LoadSettings(calls_, configurationFolder_ + L"\\NASConf.ini"));
+        LoadRunSettings();
     } catch (const std::exception& error) {
-        return ReportFailure(ProblemText(ProblemOf(error), &SystemErrorText));
+        return ReportFailure(ProblemOf(error));
     }
-    if (NAS.empty() || !FolderExists(calls_, HostFolder())) {
-        return Report(L"Error: Destination Directory does not exist, " + NAS, TMessagePos::Memo);
+    const TDestination destination = Destination();
+    if (NAS.empty() || !FolderExists(calls_, destination.HostFolder())) {
+        const TProblem problem{.what = TProblemKind::DestinationMissing, .path = NAS};
+        return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Memo);
+    }
+    const auto claim = TDestinationClaim::Take(destination);
+    if (!claim) {
+        return ReportFailure({.what = TProblemKind::DestinationTaken, .path = NAS});
     }
     NasData.ClearIndex();
     NasData.Open();
     // From here on what was made may be saved at any time, also when the session ends in the middle.
-    nasDataMayBeSaved_ = true;
-    NasData.SetModified(true);
+    nasDataFile_.Rebuilt(destination.TableFile());
     try {
         ReindexSourceFolders(
             calls_, MemData, NasData, NAS, hostName_,
@@ -263,7 +209,7 @@ void TDM::ReIndexNasData() {
              .fileIndexed = [this](const std::wstring& name) { Report(name, TMessagePos::FileMsg); },
              .stopRequested = [] { return CopyIdle; }});
     } catch (const std::exception& error) {
-        ReportFailure(ProblemText(ProblemOf(error), &SystemErrorText));
+        ReportFailure(ProblemOf(error));
     }
     SaveNasData();
 }
@@ -275,36 +221,73 @@ std::wstring TDM::FormatFileSize(double bytes) {
     return FileSizeText(bytes, separator);
 }
 
-void TDM::OmniEventMonitorTaskMessage(IOmniTask&, TTaskMessage& message) {
+void TDM::OmniEventMonitorTaskMessage(IOmniTask& task, TTaskMessage& message) {
     const auto identifier = static_cast<TScanMessage>(message.identifier);
-    if (const auto* text = std::get_if<std::wstring>(&message.value)) {
-        switch (identifier) {
-            case TScanMessage::StatusText:
-                return Report(*text, TMessagePos::Status);
-            case TScanMessage::MemoText:
-                return Report(*text, TMessagePos::Memo);
-            case TScanMessage::IgnoreText:
-                return Report(*text, TMessagePos::Ignore);
-            default:
-                return;
-        }
-    }
-    if (const auto* problem = std::get_if<TProblem>(&message.value)) {
-        return ReportFailure(ProblemText(*problem, &SystemErrorText));
-    }
-    if (const auto* number = std::get_if<std::int64_t>(&message.value);
-        number != nullptr && identifier == TScanMessage::Number) {
-        return Report(std::to_wstring(*number), TMessagePos::ThreadMsg);
-    }
-    auto* files = std::get_if<std::unique_ptr<TStringList>>(&message.value);
-    if (files != nullptr && identifier == TScanMessage::FilesToCopy && !destinationIsGone_) {
-        CopyFileList.insert(CopyFileList.end(), std::make_move_iterator((*files)->begin()),
-                            std::make_move_iterator((*files)->end()));
+    const auto* text = std::get_if<std::wstring>(&message.value);
+    const auto* number = std::get_if<std::int64_t>(&message.value);
+    if (text != nullptr && identifier == TScanMessage::StatusText) {
+        Report(*text, TMessagePos::Status);
+    } else if (text != nullptr && identifier == TScanMessage::MemoText) {
+        Report(*text, TMessagePos::Memo);
+    } else if (text != nullptr && identifier == TScanMessage::IgnoreText) {
+        Report(*text, TMessagePos::Ignore);
+    } else if (number != nullptr && identifier == TScanMessage::Number) {
+        Report(std::to_wstring(*number), TMessagePos::ThreadMsg);
+    } else if (run_ && run_->Owns(task)) {
+        run_->TaskSent(message);
     }
 }
 
 void TDM::OmniEventMonitorTaskTerminated(IOmniTask& task) {
-    if (FScanTask && FScanTask->Task().get() == &task) {
-        FScanTask.reset();
+    if (run_ && run_->TaskEnded(task)) {
+        RunIsPrepared();
+    }
+}
+
+void TDM::CopyPass(TCopyRun& run) {
+    inPass_ = true;
+    try {
+        run.CopyFiles();
+    } catch (...) {
+        inPass_ = false;
+        throw;
+    }
+    inPass_ = false;
+}
+
+void TDM::CopyTimerTimer() {
+    if (InCopyPass()) {
+        // A report of the pass further up the stack processes messages, and a new run was started there. The
+        // timer stays on for it.
+        return;
+    }
+    CopyTimer.SetEnabled(false);
+    // Catches what a wake-up that the system refused has left lying.
+    OmniEventMonitor.Deliver();
+    const std::shared_ptr<TCopyRun> run = run_;
+    if (State() == TRunState::Running) {
+        CopyPass(*run);
+    }
+    if (run != run_) {
+        // Stopped and followed by another one from within a report. That one reads the table when this one
+        // lets go of it.
+        SaveNasData();
+        run->Close(static_cast<int>(TExitCode::NotAllCopied));
+        if (machine_.FileDone()) {
+            CloseRun();
+        }
+        return;
+    }
+    if (machine_.FileDone()) {
+        // Stopped in mid-file: what was recorded after the stop saved the table is saved now.
+        SaveNasData();
+        CloseRun();
+    } else if (CopyIdle) {
+        return;
+    } else if (State() == TRunState::Preparing || run->HasWork()) {
+        // The last report may have brought in files, and with them the end of the task.
+        CopyTimer.SetEnabled(true);
+    } else if (machine_.Finish() && DoNasFinishMsg) {
+        DoNasFinishMsg(*this);
     }
 }

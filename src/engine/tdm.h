@@ -1,34 +1,37 @@
-// The data module: the tables, the settings and the copy run.
+// The data module: the tables, the settings, and the run that is on.
 #pragma once
 
 #include <windows.h>
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "engine/copy_run.h"
 #include "engine/message_kind.h"
+#include "engine/run_state.h"
 #include "engine/task_runtime.h"
 #include "hashdb/hash_table.h"
+#include "hashdb/stored_hash_table.h"
 #include "store/settings.h"
 #include "store/share_logon.h"
 #include "store/source_folder_table.h"
-#include "support/file_times.h"
 #include "support/platform_calls.h"
 #include "ui/timer.h"
 #include "ui/wake_up.h"
 
 class TDM;
 
-// A report of the engine. Comes on the window's thread; whoever receives it may process window messages.
-using TNasMessageEvent = std::function<void(TDM& sender, const std::wstring& text, TMessagePos kind)>;
+// A report of the engine; `reason` says why something failed, or is empty. Comes on the window's thread;
+// whoever receives it may process window messages.
+using TNasMessageEvent =
+    std::function<void(TDM& sender, const std::wstring& text, TMessagePos kind, const std::wstring& reason)>;
 // A run has ended by itself.
 using TNasFinishEvent = std::function<void(TDM& sender)>;
 
-// Owns the tables MemData and NasData and drives a copy run: a scan task finds what must be copied, a timer
-// on the window's thread copies it. Everything here is called on the window's thread.
+// Owns the tables MemData and NasData and the copy run: a scan task finds what must be copied, a timer on the
+// window's thread copies it. Everything here is called on the window's thread.
 class TDM {
 public:
     explicit TDM(const TPlatformCalls& calls);
@@ -36,8 +39,8 @@ public:
     TDM& operator=(const TDM&) = delete;
     ~TDM();
 
-    // Loads the source-folder table. Throws EProblem when "NASConf.Dat" cannot be read; nothing is written
-    // then, also by DataModuleDestroy.
+    // Loads the source-folder table. Throws EProblem when "NASConf.Dat" is damaged; nothing is written then,
+    // also by DataModuleDestroy.
     void DataModuleCreate();
     // Saves the source-folder table, closes both tables, cancels the share connection.
     void DataModuleDestroy();
@@ -46,27 +49,43 @@ public:
     // failure is reported as an Error row.
     void SaveSourceFolderTable();
 
-    // Starts a run and returns before anything is copied. A destination that cannot be reached is reported
-    // and CopyIdle stays false until somebody stops the run: false then, as nothing is under way. Settings or
-    // a hash table that cannot be read are reported as an error, and the run ends with the next tick.
-    bool StartCopy();
-    // Ends the scan task: asks it to stop, waits for it, forgets it. The windows are painted meanwhile.
+    // Starts a run and returns at once. What keeps it from beginning is reported: after a destination that
+    // cannot be reached CopyIdle stays false until somebody stops the run; settings or a hash table that
+    // cannot be read end it with the next tick. Nothing happens while a reindex is under way.
+    void StartCopy();
+    // Stops the run, or the reindex: nothing more is copied but the file at hand.
+    void StopCopy();
+    // Waits for the tasks of the run to end, a minute at most. The windows are painted meanwhile.
     void EndScanTask();
-    // Appends hash records for an existing backup's files and saves the hash table. Returns when it is done,
-    // or soon after CopyIdle was set.
-    void ReIndexNasData();
-    // Writes the hash table to VardekoDataFile if it has something to say; a failure is reported as one
-    // Error row.
+    // Writes the hash table to its file if it has something to say; a failure is reported as an Error row.
     void SaveNasData();
+    // Whatever belongs to a run is done now: its log is closed. A run whose last file is still being copied
+    // up the stack is closed after it.
+    void CloseRun();
+
+    // Appends hash records for an existing backup's files and saves the hash table. Returns when it is done,
+    // or soon after it was stopped.
+    void ReIndexNasData();
 
     // The size text with the user's decimal separator.
     static std::wstring FormatFileSize(double bytes);
 
+    TRunState State() const { return machine_.State(); }
+    bool IsAtWork() const { return machine_.IsAtWork(); }
+    bool IsReindexing() const { return machine_.IsReindexing(); }
+    // Before and after ReIndexNasData: in between no run can begin. False when one is on.
+    [[nodiscard]] bool BeginReindex() { return machine_.BeginReindex(); }
+    void EndReindex() { machine_.EndReindex(); }
+    // Whether a run was ever begun, and what came of the last one.
+    bool HasRun() const { return run_ != nullptr; }
+    TExitCode ExitCode() const;
     // How much of the current or last run went wrong: files not copied, folders not read, tables not saved.
-    std::uint64_t Failures() const { return failures_; }
+    std::uint64_t Failures() const { return failures_ + (run_ ? run_->Failures() : 0); }
     // Whether a file is being copied further up the stack: the window must not go away now.
     bool InCopyPass() const { return inPass_; }
     const std::wstring& ConfigurationFolder() const { return configurationFolder_; }
+    // Nobody is there: a run waits for its destination instead of giving up at once.
+    void SetUnattended(bool unattended) { unattended_ = unattended; }
 
     // Handlers of the task monitor and of the copy timer.
     void OmniEventMonitorTaskMessage(IOmniTask& task, TTaskMessage& message);
@@ -80,27 +99,18 @@ public:
     TSourceFolderTable MemData;
     THashTable NasData;
     std::wstring NAS;
-    std::wstring VardekoDataFile;
     bool UseConnect = false;
+    // The full path of the hash table's file.
+    const std::wstring& VardekoDataFile() const { return nasDataFile_.Path(); }
 
 private:
-    void Report(const std::wstring& text, TMessagePos kind);
-    void ReportFailure(const std::wstring& text);
-    // Settings, hash table, share and destination. False when the destination cannot be reached, which has
-    // been reported; throws when settings or hash table cannot be read.
-    bool PrepareRun();
-    void UseSettings(const TSettings& settings);
-    void LoadNasData(bool beforeLogon);
-    bool ReachDestination();
-    void StartScanTask();
-    void ScanFolders(IOmniTask& task) const;
-
-    void CopyFiles();
-    void CopyNextFile();
-    void CopyOneFile(const std::wstring& source, const std::wstring& folder, const TAttributes& attributes);
-    void ReportFailedCopy(const std::wstring& source);
-    bool GiveUpIfDestinationIsGone();
-    std::wstring HostFolder() const { return NAS + L"\\" + hostName_; }
+    void Report(const std::wstring& text, TMessagePos kind, const std::wstring& reason = {});
+    void ReportFailure(const TProblem& problem);
+    void LoadRunSettings();
+    void RunIsPrepared();
+    void CopyPass(TCopyRun& run);
+    TDestination Destination() const { return {.nas = NAS, .host = hostName_}; }
+    std::wstring IniFile() const { return configurationFolder_ + L"\\NASConf.ini"; }
     std::wstring SourceFolderFile() const { return configurationFolder_ + L"\\NASConf.Dat"; }
 
     const TPlatformCalls& calls_;
@@ -108,30 +118,22 @@ private:
     std::wstring configurationFolder_;
     bool sourceFoldersLoaded_ = false;
     bool sourceFolderFileMissing_ = false;
+    bool unattended_ = false;
 
     TShareLogon shareLogon_;
-    std::wstring AUser;
-    std::wstring APass;
+    TSecret AUser;
+    TSecret APass;
     DWORD Res = 0;
 
-    std::deque<std::wstring> CopyFileList;
-    std::int64_t CopiedBytes = 0;
+    TStoredHashTable nasDataFile_{NasData};
+    // What went wrong outside of the run.
     std::uint64_t failures_ = 0;
-    // Counts the starts: a pass that notices a newer run further down the stack leaves everything to it.
-    std::uint64_t runNumber_ = 0;
-    bool inPass_ = false;
-    // The destination folder that the last file went to, known to exist.
-    std::wstring knownFolder_;
-    TLocalTimeRule localTime_;
-    bool errorLogFailed_ = false;
-    bool destinationIsGone_ = false;
-
-    // Whether NasData belongs to VardekoDataFile and may be written there; and whether that file is missing.
-    bool nasDataMayBeSaved_ = false;
-    bool nasDataFileMissing_ = false;
+    TRunMachine machine_;
 
     TWakeUp taskWakeUp_;
     TOmniEventMonitor OmniEventMonitor;
-    std::unique_ptr<IOmniTaskControl> FScanTask;
+    // Shared with the pass that works for it: a report of that pass may let in the start of another run.
+    std::shared_ptr<TCopyRun> run_;
+    bool inPass_ = false;
     TTimer CopyTimer;
 };

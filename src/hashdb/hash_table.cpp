@@ -17,6 +17,11 @@ void THashTable::Assign(THashStore store) {
     modified_ = false;
 }
 
+void THashTable::TakeOver(THashTable& other) {
+    Assign(std::move(*other.store_));
+    other.Close();
+}
+
 void THashTable::RecordCopiedFile(const TPathDigest& hash, TDateTime date) {
     StoreToChange().Record(hash, date);
     modified_ = true;

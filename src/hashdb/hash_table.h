@@ -55,6 +55,8 @@ public:
 
     // Replaces all records and opens the table, as loading does.
     void Assign(THashStore store);
+    // The same with the records of another table, which is closed then.
+    void TakeOver(THashTable& other);
     const THashStore& Store() const { return *store_; }
 
     // Whether records changed since the table was last loaded or saved.

@@ -143,6 +143,25 @@ bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
     return calls.CreateDirectoryW(folder.c_str(), nullptr) || FolderExists(calls, folder);
 }
 
+TErrorCode CreateFoldersBelow(const TPlatformCalls& calls, std::wstring_view root, std::wstring_view path) {
+    const std::wstring folder = ExtendedPath(path);
+    const auto create = [&]() -> TErrorCode {
+        if (calls.CreateDirectoryW(folder.c_str(), nullptr)) {
+            return ERROR_SUCCESS;
+        }
+        const TErrorCode error = GetLastError();
+        // Another program may have made it in the meantime.
+        return error != ERROR_PATH_NOT_FOUND && FolderExists(calls, folder) ? ERROR_SUCCESS : error;
+    };
+    const TErrorCode error = create();
+    const std::wstring_view parent = RemoveTrailingSeparator(FolderPart(path));
+    if (error != ERROR_PATH_NOT_FOUND || parent.size() <= root.size()) {
+        return error;
+    }
+    const TErrorCode parentError = CreateFoldersBelow(calls, root, parent);
+    return parentError != ERROR_SUCCESS ? parentError : create();
+}
+
 TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, std::string& bytes) {
     bytes.clear();
     const TOpenFile file(calls, path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,

@@ -42,6 +42,11 @@ bool FolderExists(const TPlatformCalls& calls, std::wstring_view path);
 // Creates the folder with all missing parents; true when it exists afterwards.
 [[nodiscard]] bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path);
 
+// Creates the folder and those of its parents that lie below `root`, which must exist: neither it nor what is
+// above it is made. ERROR_PATH_NOT_FOUND when it is missing.
+[[nodiscard]] TErrorCode CreateFoldersBelow(const TPlatformCalls& calls, std::wstring_view root,
+                                            std::wstring_view path);
+
 // Reads a whole file into bytes.
 [[nodiscard]] TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path,
                                        std::string& bytes);

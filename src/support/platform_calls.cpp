@@ -23,6 +23,8 @@ const TPlatformCalls& SystemPlatformCalls() {
         .CloseHandle = &::CloseHandle,
         .WNetAddConnection2W = &::WNetAddConnection2W,
         .WNetCancelConnection2W = &::WNetCancelConnection2W,
+        .Sleep = &::Sleep,
+        .GetTickCount64 = &::GetTickCount64,
         .CreateProcessW = &::CreateProcessW,
         .ShellExecuteW = &::ShellExecuteW,
         .OpenProcessToken = &::OpenProcessToken,

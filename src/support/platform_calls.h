@@ -33,6 +33,10 @@ struct TPlatformCalls {
     decltype(&::WNetAddConnection2W) WNetAddConnection2W;
     decltype(&::WNetCancelConnection2W) WNetCancelConnection2W;
 
+    // Waiting.
+    decltype(&::Sleep) Sleep;
+    decltype(&::GetTickCount64) GetTickCount64;
+
     // Other programs.
     decltype(&::CreateProcessW) CreateProcessW;
     decltype(&::ShellExecuteW) ShellExecuteW;

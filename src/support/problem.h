@@ -32,7 +32,10 @@ enum class TProblemKind {
     NotEncrypted,            // detail: why user name and password were not saved
     ShareRefused,            // code
     DestinationMissing,      // path: the destination root
+    TableLost,               // path; number: the records that it had when it was last saved
+    DestinationTaken,        // path: another program works on it
     HostFolderNotMade,       // path: destination root and host name
+    FolderNotMade,           // path, code: below this computer's folder
     DestinationUnreachable,  // code
     DestinationLost,         // path; number: files that are still to be copied
     FolderIncomplete,        // path, code: not listed to its end

@@ -5,6 +5,7 @@
 namespace {
 
 constexpr wchar_t kTooManyRecords[] = L"Die Tabelle hat zu viele Einträge.";
+constexpr TErrorCode kOtherCredentials = 1219;  // ERROR_SESSION_CREDENTIAL_CONFLICT
 
 std::wstring Quoted(const std::wstring& path) {
     return L"\"" + path + L"\"";
@@ -84,8 +85,15 @@ std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
             return reason();
         case TProblemKind::DestinationMissing:
             return L"Error: Destination Directory does not exist, " + problem.path;
+        case TProblemKind::DestinationTaken:
+            return L"Ein anderer Lauf sichert gerade hierhin: " + problem.path;
+        case TProblemKind::TableLost:
+            return Quoted(problem.path) + L" fehlt; zuletzt waren dort " + std::to_wstring(problem.number) +
+                   L" Dateien verzeichnet. Liegt hier ein anderer Datenträger, wird alles neu kopiert.";
         case TProblemKind::HostFolderNotMade:
             return L"Error: Can not create Subdirectory, " + problem.path;
+        case TProblemKind::FolderNotMade:
+            return L"Der Ordner konnte nicht angelegt werden: " + problem.path + L" (" + reason() + L")";
         case TProblemKind::DestinationUnreachable:
             return L"Das Ziel ist nicht erreichbar (" + reason() + L")";
         case TProblemKind::DestinationLost:
@@ -100,6 +108,16 @@ std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
             return L"Der Dateivergleich wurde abgebrochen: " + problem.detail;
     }
     return problem.detail;
+}
+
+std::wstring ProblemReason(const TProblem& problem, TSystemText systemText) {
+    if (problem.what == TProblemKind::ShareRefused && problem.code == kOtherCredentials) {
+        return L"Mit diesem Server besteht schon eine Verbindung unter anderem Namen. Sie endet mit der "
+               L"Eingabe: net use " +
+               problem.path + L" /delete";
+    }
+    const bool saysItself = problem.what == TProblemKind::ShareRefused;
+    return problem.code != 0 && !saysItself ? systemText(problem.code) : std::wstring();
 }
 
 TProblem ProblemOf(const std::exception& error) {

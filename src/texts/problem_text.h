@@ -13,5 +13,9 @@ using TSystemText = std::wstring (*)(TErrorCode code);
 // known.
 std::wstring ProblemText(const TProblem& problem, TSystemText systemText);
 
+// What stands behind a sentence that does not say why: the system's reason, or what helps; empty when there
+// is nothing to add.
+std::wstring ProblemReason(const TProblem& problem, TSystemText systemText);
+
 // The problem that an exception carries; one that carries none is told in its own words.
 TProblem ProblemOf(const std::exception& error);

@@ -418,9 +418,10 @@ TEST_F(MainWindow, ReindexAsksFirstAndCanBeStopped) {
     answer = IDYES;
     std::vector<bool> enabled;
     const auto report = dataModule_->SetMessage;
-    dataModule_->SetMessage = [&](TDM& sender, const std::wstring& text, TMessagePos kind) {
+    dataModule_->SetMessage = [&](TDM& sender, const std::wstring& text, TMessagePos kind,
+                                  const std::wstring& reason) {
         enabled = {window.acStopCopy.Enabled(), window.acStartCopy.Enabled(), window.acClose.Enabled()};
-        report(sender, text, kind);
+        report(sender, text, kind, reason);
         window.acStopCopy.Execute();
     };
     static_cast<void>(CreateFolders(calls_, destination_.At(HostName())));

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/run_texts.h"
+#include "texts/run_texts.h"
 
 namespace {
 

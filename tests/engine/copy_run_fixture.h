@@ -18,14 +18,15 @@
 struct TReport {
     std::wstring text;
     TMessagePos kind;
+    std::wstring reason;
 };
 
 class CopyRun : public testing::Test {
 protected:
     CopyRun() {
-        CopyIdle = true;
         configuration_ = ConfigurationFolder(SystemPlatformCalls());
         DeleteFileW((configuration_ + L"\\NASConf.Dat").c_str());
+        DeleteFileW((configuration_ + L"\\NASSeen.ini").c_str());
         WriteSettings("NASDIR=" + ToUtf8(destination_.Path()) + "\\\r\n");
     }
 
@@ -38,8 +39,9 @@ protected:
         if (!dm_) {
             dm_ = std::make_unique<TDM>(calls_);
             dm_->DataModuleCreate();
-            dm_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind) {
-                reports_.push_back({text, kind});
+            dm_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind,
+                                     const std::wstring& reason) {
+                reports_.push_back({text, kind, reason});
                 if (onReport_) {
                     onReport_(reports_.back());
                 }
@@ -64,17 +66,24 @@ protected:
         reports_.clear();
         finished_ = false;
         Dm().StartCopy();
-        const bool started = !std::ranges::any_of(
-            Texts(TMessagePos::Memo), [](const std::wstring& text) { return text.starts_with(L"Error: "); });
-        for (int step = 0; started && step < 5000 && !finished_ && !CopyIdle; ++step) {
+        for (int step = 0; step < 5000 && !CopyIdle && Dm().State() != TRunState::Unreachable; ++step) {
             Sleep(1);
             ProcessPendingMessages();
             Dm().CopyTimerTimer();
         }
-        EXPECT_TRUE(!started || finished_ || CopyIdle) << "the run did not end";
-        CopyIdle = true;
+        EXPECT_TRUE(CopyIdle || Dm().State() == TRunState::Unreachable) << "the run did not end";
+        if (onEnd_) {
+            onEnd_();
+        }
+        EndRun();
+    }
+
+    // What the window does at the end of a run, and when the user stops it.
+    void EndRun() {
+        Dm().StopCopy();
         Dm().EndScanTask();
         Dm().SaveNasData();
+        Dm().CloseRun();
     }
 
     std::vector<std::wstring> Texts(TMessagePos kind) const {
@@ -100,6 +109,7 @@ protected:
     std::wstring configuration_;
     std::vector<TReport> reports_;
     std::function<void(const TReport&)> onReport_;
+    std::function<void()> onEnd_;
     bool finished_ = false;
     std::unique_ptr<TDM> dm_;
 };

@@ -135,7 +135,7 @@ TEST_F(CopyRun, LargeFilesTellTheirProgressAndCanBeStopped) {
         }
         messages.emplace_back(message, static_cast<std::uint64_t>(high) << 32 | low);
         if (messages.size() == 3) {
-            CopyIdle = true;
+            Dm().StopCopy();
         }
         return 0;
     });
@@ -200,18 +200,17 @@ TEST_F(CopyRun, WhatPreventsARunIsToldAndTouchesNothing) {
     source_.Write(L"a.txt", "x");
 
     WriteSettings("NASDIR=" + ToUtf8(destination_.At(L"gone")) + "\r\n");
-    Dm().StartCopy();
+    onEnd_ = [] { EXPECT_FALSE(CopyIdle) << "the window keeps its running state until the user stops"; };
+    Run();
     EXPECT_EQ(Texts(TMessagePos::Memo),
               std::vector{L"Error: Destination Directory does not exist, " + Dm().NAS});
-    EXPECT_FALSE(CopyIdle) << "the window keeps its running state until the user stops";
-    CopyIdle = true;
+    EXPECT_NE(reports_.back().reason, L"") << "and says why";
 
     std::filesystem::remove(configuration_ + L"\\NASConf.ini");
-    reports_.clear();
-    Dm().StartCopy();
+    Run();
+    onEnd_ = nullptr;
     EXPECT_EQ(Texts(TMessagePos::Memo),
               std::vector<std::wstring>{L"Error: Destination Directory does not exist, "});
-    CopyIdle = true;
 
     WriteSettings("NASDIR=" + ToUtf8(destination_.Path()) +
                   "\r\nCONNECT=1\r\nUSER=AAAAAAAAAAAAAAAAAAAAAA==\r\n");
@@ -245,9 +244,7 @@ TEST_F(CopyRun, StopAndStartFromWithinAReportAreSafe) {
     onReport_ = [&](const TReport& report) {
         if (report.kind == TMessagePos::Memo && !restarted) {
             restarted = true;
-            CopyIdle = true;
-            Dm().EndScanTask();
-            Dm().SaveNasData();
+            EndRun();
             Dm().StartCopy();
             Dm().CopyTimerTimer();
         }
@@ -375,7 +372,6 @@ TEST_F(CopyRun, FilesThatComeWithTheEndOfTheScanAreCopiedToo) {
     }
     EXPECT_TRUE(finished_) << "nobody went on";
     EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "late");
-    CopyIdle = true;
 }
 
 TEST_F(CopyRun, TaskMessagesReachTheirKinds) {

@@ -75,10 +75,20 @@ BOOL WINAPI CopyWithProgress(LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routin
            tell(kLargeSize, CALLBACK_CHUNK_FINISHED);
 }
 
+// A clock that a wait moves on at once.
+std::atomic<ULONGLONG> clockNow;
+
+void WINAPI MoveClock(DWORD milliseconds) {
+    clockNow += milliseconds;
+    Sleep(0);
+}
+
 class FaultyRun : public CopyRun {
 protected:
     FaultyRun() {
         calls_ = TWatchedCalls::Table();
+        calls_.Sleep = &MoveClock;
+        calls_.GetTickCount64 = []() -> ULONGLONG { return clockNow; };
         calls_.GetFileAttributesExW = &AttributesWithLargeSize;
         calls_.CopyFileExW = &CopyWithProgress;
     }
@@ -117,7 +127,6 @@ protected:
             // The program would not have started.
         }
         dm_.reset();
-        CopyIdle = true;
     }
 
     // What must hold after a run in which anything failed.

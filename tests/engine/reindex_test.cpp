@@ -24,9 +24,9 @@ protected:
 
     void Rebuild() {
         reports_.clear();
-        CopyIdle = false;
+        ASSERT_TRUE(Dm().BeginReindex());
         Dm().ReIndexNasData();
-        CopyIdle = true;
+        Dm().EndReindex();
     }
 
     std::size_t StoredRecords() const {
@@ -63,9 +63,9 @@ TEST_F(Reindex, RecordsEveryCopyBelowTheSourceFoldersWithItsOwnDate) {
 }
 
 TEST_F(Reindex, AStopKeepsWhatWasMade) {
-    onReport_ = [](const TReport& report) {
+    onReport_ = [this](const TReport& report) {
         if (report.kind == TMessagePos::FileMsg) {
-            CopyIdle = true;
+            Dm().StopCopy();
         }
     };
     Rebuild();

@@ -1,11 +1,21 @@
-// The texts the shell itself puts together.
+// What a run and a reindex say, besides what went wrong.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 // "Das Backup benötigte 1,50 min", with the given decimal separator.
 std::wstring TimeTakenText(double minutes, std::wstring_view decimalSeparator);
+
+// "Dateivergleich mit 12 Dateien abgeschlossen".
+std::wstring ComparedText(std::int64_t files);
+
+inline constexpr wchar_t kSearchingText[] = L"Suche nach veränderten Daten..";
+
+// Shown as the current path while a run waits.
+std::wstring WaitingForDestinationText(std::wstring_view destination);
+std::wstring WaitingForOtherRunText(std::wstring_view destination);
 
 // Asked before the hash table is rebuilt; the line break is meant to be in this order.
 inline constexpr wchar_t kReindexQuestion[] =

@@ -1,0 +1,193 @@
+#include "engine/copy_run.h"
+
+#include <chrono>
+#include <exception>
+#include <utility>
+
+#include "engine/scan_folders.h"
+#include "support/date_time_text.h"
+#include "support/system_error.h"
+#include "texts/problem_text.h"
+#include "texts/run_texts.h"
+
+namespace {
+
+constexpr std::uint32_t kLongestWait = 60'000;  // milliseconds
+
+void ApplyThreadPriority(TTaskPriority level) {
+    constexpr int kLevels[] = {THREAD_PRIORITY_IDLE,         THREAD_PRIORITY_LOWEST,
+                               THREAD_PRIORITY_BELOW_NORMAL, THREAD_PRIORITY_NORMAL,
+                               THREAD_PRIORITY_ABOVE_NORMAL, THREAD_PRIORITY_HIGHEST};
+    SetThreadPriority(GetCurrentThread(), kLevels[static_cast<std::size_t>(level)]);
+}
+
+}  // namespace
+
+TCopyRun::TCopyRun(TRunSurroundings surroundings)
+    : with_(std::move(surroundings)),
+      log_(with_.calls, with_.configurationFolder),
+      startTime_(with_.calls.GetTickCount64()) {
+    log_.Begin(CurrentDateTime());
+}
+
+TCopyRun::~TCopyRun() {
+    // The threads are joined as the tasks go.
+    Stop();
+}
+
+std::unique_ptr<IOmniTaskControl> TCopyRun::StartTask(TTaskMethod method, std::wstring name,
+                                                      TTaskPriority priority) {
+    auto task = std::make_unique<IOmniTaskControl>(std::move(method), std::move(name));
+    task->MonitorWith(with_.monitor);
+    task->SetPriority(priority, &ApplyThreadPriority);
+    return task;
+}
+
+void TCopyRun::Prepare(std::wstring nas, bool useConnect, TSecret user, TSecret password) {
+    destination_ = {.nas = std::move(nas), .host = with_.hostName};
+    log_.Destination(destination_.HostFolder());
+    preparation_ = std::make_shared<TPreparation>();
+    const auto order = std::make_shared<TPreparationOrder>();
+    order->destination = destination_;
+    order->configurationFolder = with_.configurationFolder;
+    order->unattended = with_.unattended;
+    if (useConnect) {
+        order->logon = &with_.shareLogon;
+        order->user = std::move(user);
+        order->password = std::move(password);
+    }
+    preparationTask_ = StartTask(
+        [order, result = preparation_, &calls = with_.calls](IOmniTask& task) {
+            try {
+                *result = PrepareRun(calls, *order, task);
+            } catch (const std::exception& error) {
+                result->broken = ProblemOf(error);
+            }
+        },
+        L"PrepareRun", TTaskPriority::Normal);
+    preparationTask_->Run();
+}
+
+TCopyRun::TBeginning TCopyRun::BeginScan() {
+    const std::shared_ptr<TPreparation> prepared = std::exchange(preparation_, nullptr);
+    if (prepared->notReached) {
+        const TProblem& problem = *prepared->notReached;
+        log_.Problem(problem);
+        Report(ProblemText(problem, &SystemErrorText), TMessagePos::Memo,
+               ProblemReason(problem, &SystemErrorText));
+        return TBeginning::NotReached;
+    }
+    for (const TProblem& problem : prepared->told) {
+        ReportFailure(problem);
+    }
+    if (prepared->broken) {
+        ReportFailure(*prepared->broken);
+        return TBeginning::Broken;
+    }
+    claim_ = std::move(prepared->claim);
+    with_.nasDataFile.Loaded(destination_.TableFile(), prepared->table.get());
+
+    // The tables come as copies: no thread ever reads what another one writes.
+    FScanTask = StartTask(
+        [&calls = with_.calls](IOmniTask& task) {
+            TFolderScan(task, calls,
+                        {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
+                         task.Parameter<std::shared_ptr<const THashSnapshot>>(L"NasData"),
+                         task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST")})
+                .Run();
+        },
+        L"ScanFolders", TTaskPriority::Highest);
+    FScanTask->SetParameter(L"DataSet",
+                            std::shared_ptr<const std::vector<SourceFolderRow>>(
+                                std::make_shared<std::vector<SourceFolderRow>>(with_.memData.Rows())));
+    FScanTask->SetParameter(L"NasData", with_.nasData.Snapshot());
+    FScanTask->SetParameter(L"NAS", destination_.nas);
+    FScanTask->SetParameter(L"HOST", destination_.host);
+    FScanTask->Run();
+    return TBeginning::Begun;
+}
+
+bool TCopyRun::Owns(const IOmniTask& task) const {
+    const auto is = [&task](const auto& control) { return control && control->Task().get() == &task; };
+    return is(preparationTask_) || is(FScanTask) || is(waitTask_);
+}
+
+void TCopyRun::TaskSent(TTaskMessage& message) {
+    if (stopped_ || isLost_) {
+        return;
+    }
+    if (const auto* problem = std::get_if<TProblem>(&message.value)) {
+        if (problem->what == TProblemKind::SourceFolderMissing) {
+            // The window stays silent about it: a disk that is not plugged in today is nothing to wonder at.
+            ++missingFolders_;
+            log_.Problem(*problem);
+        } else {
+            ReportFailure(*problem);
+        }
+    } else if (const auto* compared = std::get_if<TComparedFolder>(&message.value)) {
+        log_.SourceFolder(compared->path, static_cast<std::uint64_t>(compared->files));
+    } else if (auto* files = std::get_if<std::unique_ptr<TStringList>>(&message.value)) {
+        CopyFileList.insert(CopyFileList.end(), std::make_move_iterator((*files)->begin()),
+                            std::make_move_iterator((*files)->end()));
+    }
+}
+
+bool TCopyRun::TaskEnded(const IOmniTask& task) {
+    const auto is = [&task](const auto& control) { return control && control->Task().get() == &task; };
+    if (is(preparationTask_)) {
+        preparationTask_.reset();
+        return true;
+    }
+    if (is(FScanTask)) {
+        FScanTask.reset();
+    } else if (is(waitTask_)) {
+        waitTask_.reset();
+        if (!stopped_ && !*cameBack_) {
+            DestinationLost();
+        }
+    }
+    return false;
+}
+
+bool TCopyRun::HasWork() const {
+    return preparationTask_ || FScanTask || waitTask_ || !CopyFileList.empty();
+}
+
+void TCopyRun::Stop() {
+    stopped_ = true;
+    for (const auto* task : {&preparationTask_, &FScanTask, &waitTask_}) {
+        if (*task) {
+            (*task)->Terminate(0);
+        }
+    }
+}
+
+void TCopyRun::EndTasks(const std::function<void()>& whileWaiting) {
+    for (auto* task : {&preparationTask_, &FScanTask, &waitTask_}) {
+        if (const std::unique_ptr<IOmniTaskControl> ending = std::move(*task)) {
+            ending->Terminate(kLongestWait, whileWaiting);
+        }
+    }
+}
+
+void TCopyRun::Report(const std::wstring& text, TMessagePos kind, const std::wstring& reason) {
+    with_.report(text, kind, reason);
+}
+
+void TCopyRun::ReportFailure(const TProblem& problem) {
+    ++otherFailures_;
+    log_.Problem(problem);
+    Report(ProblemText(problem, &SystemErrorText), TMessagePos::Error);
+}
+
+void TCopyRun::Close(int exitCode) {
+    if (std::exchange(closed_, true)) {
+        return;
+    }
+    log_.End({.copiedFiles = copiedFiles_,
+              .copiedBytes = static_cast<std::uint64_t>(CopiedBytes),
+              .failedFiles = failedFiles_.size(),
+              .duration = std::chrono::milliseconds(with_.calls.GetTickCount64() - startTime_),
+              .exitCode = exitCode});
+    claim_.reset();
+}

@@ -1,0 +1,135 @@
+// One copy run.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/message_kind.h"
+#include "engine/run_log.h"
+#include "engine/run_preparation.h"
+#include "engine/task_runtime.h"
+#include "hashdb/stored_hash_table.h"
+#include "store/settings.h"
+#include "store/source_folder_table.h"
+#include "support/file_access.h"
+#include "support/file_times.h"
+#include "support/platform_calls.h"
+#include "support/problem.h"
+
+// Takes a report for the window; `reason` is empty, or says why something failed.
+using TReportSink =
+    std::function<void(const std::wstring& text, TMessagePos kind, const std::wstring& reason)>;
+
+// What a run works with. All of it outlives the run.
+struct TRunSurroundings {
+    const TPlatformCalls& calls;
+    const std::wstring& hostName;
+    const std::wstring& configurationFolder;
+    TSourceFolderTable& memData;
+    THashTable& nasData;
+    TStoredHashTable& nasDataFile;
+    TShareLogon& shareLogon;
+    TOmniEventMonitor& monitor;
+    TReportSink report;
+    HWND progressWindow;
+    bool unattended;
+};
+
+// The run from TDM.StartCopy to its end: its destination, its tasks, the list of files that wait, what was
+// copied and what failed. A new run is a new object; one that was stopped does nothing more but finish the
+// file at hand. Belongs to the window's thread.
+//
+// In turn there run a task that prepares, one that scans, and, while the destination is out of reach for a
+// moment, one that waits for it.
+class TCopyRun {
+public:
+    explicit TCopyRun(TRunSurroundings surroundings);
+    TCopyRun(const TCopyRun&) = delete;
+    TCopyRun& operator=(const TCopyRun&) = delete;
+    ~TCopyRun();
+
+    // Looks for the destination and loads its table, on a task. The credentials are taken.
+    void Prepare(std::wstring nas, bool useConnect, TSecret user, TSecret password);
+    // What came of it; the problems are reported.
+    enum class TBeginning { Begun, NotReached, Broken };
+    TBeginning BeginScan();
+
+    // Whether a task belongs to this run, and what it sent or that it has ended. Ended is true for the task
+    // that prepares.
+    bool Owns(const IOmniTask& task) const;
+    void TaskSent(TTaskMessage& message);
+    bool TaskEnded(const IOmniTask& task);
+
+    // Copies the files that wait, until none is left, the run is stopped or the destination does not answer.
+    void CopyFiles();
+    // Whether something is still to be done: a task runs, or files wait.
+    bool HasWork() const;
+
+    // Copies nothing more. The tasks are asked to end, not waited for.
+    void Stop();
+    // Waits for the tasks to end, for a minute at most.
+    void EndTasks(const std::function<void()>& whileWaiting);
+
+    // A row about something that failed, which keeps the run from being a success.
+    void ReportFailure(const TProblem& problem);
+    // Writes the last lines of the run's log. Once.
+    void Close(int exitCode);
+
+    std::uint64_t Failures() const { return otherFailures_ + failedFiles_.size(); }
+    std::uint64_t MissingFolders() const { return missingFolders_; }
+
+private:
+    void Report(const std::wstring& text, TMessagePos kind, const std::wstring& reason = {});
+    std::unique_ptr<IOmniTaskControl> StartTask(TTaskMethod method, std::wstring name,
+                                                TTaskPriority priority);
+
+    void CopyWaitingFiles();
+    void TakeFailedFilesAgain();
+    void CopyNextFile();
+    bool MakeFolder(const std::wstring& source, const std::wstring& folder);
+    void CopyOneFile(const std::wstring& source, const std::wstring& folder, const TAttributes& attributes);
+    void FileFailed(const std::wstring& source, TErrorCode error);
+    void WriteErrorLine(const std::wstring& source);
+    // False when the destination answers: then the file itself is at fault.
+    bool DestinationIsGone(const std::wstring& source);
+    void DestinationLost();
+
+    const TRunSurroundings with_;
+    TDestination destination_;
+    TRunLog log_;
+    const ULONGLONG startTime_;  // milliseconds
+    const TLocalTimeRule localTime_;
+
+    std::unique_ptr<IOmniTaskControl> preparationTask_;
+    std::shared_ptr<TPreparation> preparation_;
+    std::unique_ptr<IOmniTaskControl> FScanTask;
+    // Set while the destination is waited for, with whether it came back.
+    std::unique_ptr<IOmniTaskControl> waitTask_;
+    std::shared_ptr<bool> cameBack_;
+    std::unique_ptr<TDestinationClaim> claim_;
+
+    std::deque<std::wstring> CopyFileList;
+    std::int64_t CopiedBytes = 0;
+    std::uint64_t copiedFiles_ = 0;
+    // Tried once more at the end of the run.
+    std::vector<std::wstring> failedFiles_;
+    bool triedAgain_ = false;
+    std::uint64_t otherFailures_ = 0;
+    std::uint64_t missingFolders_ = 0;
+
+    bool stopped_ = false;
+    bool isLost_ = false;
+    bool errorLogFailed_ = false;
+    bool closed_ = false;
+    // The destination folder that the last file went to, known to exist.
+    std::wstring knownFolder_;
+    // The file at which the destination was last out of reach, and how often: it is not waited for for ever.
+    std::wstring interruptedAt_;
+    unsigned interruptions_ = 0;
+};

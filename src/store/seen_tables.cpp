@@ -1,0 +1,67 @@
+#include "store/seen_tables.h"
+
+#include <cwchar>
+
+#include "store/ini_file.h"
+#include "support/case_folding.h"
+#include "support/file_access.h"
+#include "support/path_hash.h"
+#include "support/system_code_page.h"
+
+namespace {
+
+constexpr std::wstring_view kSection = L"TABLES";
+
+// The file, opened to look up or change one table.
+class TSeenTables {
+public:
+    TSeenTables(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                const std::wstring& tableFile)
+        : calls_(calls),
+          path_(configurationFolder + L"\\NASSeen.ini"),
+          key_(PathHash(FoldedCase(tableFile))) {
+        if (ReadWholeFile(calls_, path_, bytes_) != ERROR_SUCCESS) {
+            bytes_.clear();
+        }
+    }
+
+    std::uint64_t Records() const {
+        const auto text = TIniFile(bytes_, codePage_).Text(kSection, key_);
+        return text ? std::wcstoull(text->c_str(), nullptr, 10) : 0;
+    }
+
+    // `note` is for people who look into the file.
+    void Store(std::uint64_t records, const std::wstring& note) const {
+        TIniFile ini(bytes_, codePage_);
+        ini.SetText(kSection, key_, std::to_wstring(records) + L" " + note);
+        const std::string changed = ini.Bytes(codePage_);
+        if (changed != bytes_) {
+            static_cast<void>(
+                ReplaceWholeFile(calls_, path_, [&](const TByteSink& sink) { return sink(changed); }));
+        }
+    }
+
+private:
+    const TPlatformCalls& calls_;
+    const std::wstring path_;
+    const std::wstring key_;
+    const TSystemCodePage codePage_;
+    std::string bytes_;
+};
+
+}  // namespace
+
+void RememberTable(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                   const std::wstring& tableFile, std::uint64_t records) {
+    TSeenTables(calls, configurationFolder, tableFile).Store(records, tableFile);
+}
+
+std::uint64_t TakeSeenRecords(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                              const std::wstring& tableFile) {
+    const TSeenTables seen(calls, configurationFolder, tableFile);
+    const std::uint64_t records = seen.Records();
+    if (records != 0) {
+        seen.Store(0, tableFile);
+    }
+    return records;
+}

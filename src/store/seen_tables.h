@@ -1,0 +1,19 @@
+// Which hash tables this computer has saved, and how large they were.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "support/platform_calls.h"
+
+// A destination that is an empty mount point, or another disk, looks like a new one: everything would be
+// copied again, or to the wrong place, without a word. So it is remembered, in "NASSeen.ini" in the
+// configuration folder, that a table with records was saved there. What cannot be read or written there is
+// taken for never seen: a run does not fail because of it.
+void RememberTable(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                   const std::wstring& tableFile, std::uint64_t records);
+
+// The records that the table had when it was last saved, 0 when it never was; forgets them, so that a
+// missing table is told once.
+std::uint64_t TakeSeenRecords(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                              const std::wstring& tableFile);

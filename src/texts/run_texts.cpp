@@ -1,0 +1,22 @@
+#include "texts/run_texts.h"
+
+#include <cmath>
+
+std::wstring TimeTakenText(double minutes, std::wstring_view decimalSeparator) {
+    const long long hundredths = std::llround(minutes * 100);
+    const std::wstring fraction = std::to_wstring(hundredths % 100);
+    return L"Das Backup benötigte " + std::to_wstring(hundredths / 100) + std::wstring(decimalSeparator) +
+           std::wstring(2 - fraction.size(), L'0') + fraction + L" min";
+}
+
+std::wstring ComparedText(std::int64_t files) {
+    return L"Dateivergleich mit " + std::to_wstring(files) + L" Dateien abgeschlossen";
+}
+
+std::wstring WaitingForDestinationText(std::wstring_view destination) {
+    return L"Warte auf das Ziel: " + std::wstring(destination);
+}
+
+std::wstring WaitingForOtherRunText(std::wstring_view destination) {
+    return L"Ein anderer Lauf sichert gerade hierhin, warte auf sein Ende: " + std::wstring(destination);
+}
