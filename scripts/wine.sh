@@ -102,7 +102,7 @@ wine_sweep() {
     done
     for left in "$wine_memory".[0-9]*; do
         [ -d "$left" ] && ! kill -0 "${left##*.}" 2>/dev/null || continue
-        rm -rf "$left"
+        rm -rf "$left" 2>/dev/null || true  # a mount of a test that was killed
     done
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <vector>
 
 #include "engine/copy_run_fixture.h"
@@ -221,7 +222,7 @@ TEST_F(CopyRun, WhatPreventsARunIsToldAndTouchesNothing) {
     EXPECT_EQ(destination_.FileCount(), 0U);
 }
 
-TEST_F(CopyRun, ADamagedHashTableIsToldAndStaysAsItIs) {
+TEST_F(CopyRun, ATableOfAnotherVersionStopsTheRunAndADamagedOneDoesNot) {
     source_.Write(L"a.txt", "x");
     const std::wstring table = HostName() + L"\\Vardeko.dat";
     destination_.Write(table, "Ver, but nothing behind it");
@@ -230,9 +231,142 @@ TEST_F(CopyRun, ADamagedHashTableIsToldAndStaysAsItIs) {
     ASSERT_EQ(Texts(TMessagePos::Error).size(), 1U);
     EXPECT_NE(Texts(TMessagePos::Error).front().find(L"Vardeko.dat"), std::wstring::npos)
         << ToUtf8(Texts(TMessagePos::Error).front());
-    Dm().DataModuleDestroy();
     EXPECT_EQ(destination_.Read(table), "Ver, but nothing behind it");
     EXPECT_EQ(destination_.FileCount(), 1U);
+
+    destination_.Write(table, "power was cut");
+    Run();
+    ASSERT_EQ(Texts(TMessagePos::Error).size(), 1U);
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::NotAllCopied);
+    EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko #001.dat"), "power was cut");
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "x");
+    Run();
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied) << "told once";
+    EXPECT_TRUE(Texts(TMessagePos::Memo).empty());
+}
+
+TEST_F(CopyRun, ADestinationThatLostItsTableIsToldOnceAndFilledAgain) {
+    source_.Write(L"a.txt", "x", TestTime(0));
+    AddSource(source_.Path());
+    Run();
+    // As a mount point without its disk, or another disk, looks.
+    destination_.Clear();
+    Run();
+    ASSERT_EQ(Texts(TMessagePos::Error).size(), 1U);
+    EXPECT_NE(Texts(TMessagePos::Error).front().find(L"Vardeko.dat\" fehlt"), std::wstring::npos);
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::NotAllCopied);
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "x");
+    Run();
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
+}
+
+// A clock that a wait moves on at once, and what happens when it does.
+std::atomic<ULONGLONG> clockNow;
+std::function<void()> onSleep;
+
+void UseMovedClock(TPlatformCalls& calls) {
+    calls.Sleep = [](DWORD milliseconds) WINAPI {
+        clockNow += milliseconds;
+        if (onSleep) {
+            onSleep();
+        }
+        Sleep(0);
+    };
+    calls.GetTickCount64 = []() WINAPI -> ULONGLONG { return clockNow; };
+}
+
+TEST_F(CopyRun, AnUnattendedRunWaitsForADestinationThatWakesUp) {
+    source_.Write(L"a.txt", "x");
+    AddSource(source_.Path());
+    UseMovedClock(calls_);
+    const std::wstring away = destination_.Path() + L" away";
+    MoveFileW(destination_.Path().c_str(), away.c_str());
+    const ULONGLONG begun = clockNow;
+    onSleep = [&] {
+        if (clockNow - begun == 30'000) {
+            MoveFileW(away.c_str(), destination_.Path().c_str());
+        }
+    };
+    Dm().SetUnattended(true);
+    Run();
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
+    EXPECT_EQ(Texts(TMessagePos::Status).front(), L"Warte auf das Ziel: " + Dm().NAS);
+
+    MoveFileW(destination_.Path().c_str(), away.c_str());
+    onSleep = nullptr;
+    Run();
+    EXPECT_EQ(Texts(TMessagePos::Memo),
+              std::vector{L"Error: Destination Directory does not exist, " + Dm().NAS});
+    MoveFileW(away.c_str(), destination_.Path().c_str());
+}
+
+TEST_F(CopyRun, ADropOutOfSomeSecondsPausesTheRun) {
+    source_.Write(L"a.txt", "x", TestTime(0));
+    source_.Write(L"b.txt", "y", TestTime(0));
+    AddSource(source_.Path());
+    UseMovedClock(calls_);
+    static std::wstring here;
+    here = destination_.Path();
+    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                            DWORD flags) WINAPI -> BOOL {
+        if (std::wstring_view(from).ends_with(L"a.txt") && clockNow % 2 == 0) {
+            MoveFileW(here.c_str(), (here + L" away").c_str());
+        }
+        return ::CopyFileExW(from, to, routine, data, cancel, flags);
+    };
+    clockNow = 0;
+    onSleep = [] {
+        if (clockNow >= 20'000) {
+            clockNow |= 1;
+            MoveFileW((here + L" away").c_str(), here.c_str());
+        }
+    };
+    Run();
+    onSleep = nullptr;
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "x");
+    EXPECT_EQ(destination_.Read(CopyOf(L"b.txt")), "y");
+    EXPECT_TRUE(Texts(TMessagePos::Error).empty());
+}
+
+TEST_F(CopyRun, ASecondRunOnTheSameDestinationWaitsForTheFirst) {
+    source_.Write(L"a.txt", "x", TestTime(0));
+    AddSource(source_.Path());
+    Run();
+    auto claim = TDestinationClaim::Take({.nas = Dm().NAS, .host = HostName()});
+    ASSERT_TRUE(claim);
+    UseMovedClock(calls_);
+    onSleep = [&, begun = clockNow.load()] {
+        if (clockNow - begun >= 600'000) {
+            claim.reset();
+        }
+    };
+    source_.Write(L"b.txt", "y", TestTime(0));
+    Run();
+    onSleep = nullptr;
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
+    EXPECT_EQ(Texts(TMessagePos::Memo).size(), 1U);
+    EXPECT_NE(Texts(TMessagePos::Status).front().find(Dm().NAS), std::wstring::npos);
+}
+
+TEST_F(CopyRun, WhatFailedIsTriedOnceMoreAtTheEnd) {
+    source_.Write(L"a.txt", "x", TestTime(0));
+    source_.Write(L"b.txt", "y", TestTime(0));
+    static int failures;
+    failures = 1;
+    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                            DWORD flags) WINAPI -> BOOL {
+        if (std::wstring_view(from).ends_with(L"a.txt") && failures-- > 0) {
+            SetLastError(ERROR_DISK_FULL);
+            return FALSE;
+        }
+        return ::CopyFileExW(from, to, routine, data, cancel, flags);
+    };
+    AddSource(source_.Path());
+    Run();
+    EXPECT_EQ(Texts(TMessagePos::Error), std::vector{source_.At(L"a.txt")});
+    EXPECT_EQ(Texts(TMessagePos::Memo), (std::vector{source_.At(L"b.txt"), source_.At(L"a.txt")}));
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
 }
 
 TEST_F(CopyRun, StopAndStartFromWithinAReportAreSafe) {
