@@ -14,7 +14,10 @@ packages=(
 case "${1:-}" in
     run) ;;
     bench) packages+=(g++ libsqlite3-dev rsync) ;;
-    test) packages+=(cmark-gfm g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl) ;;
+    test)
+        packages+=(cmark-gfm g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl)
+        # The file system with faults, and the disks whose power fails.
+        packages+=(libfuse3-dev pkg-config mount xfsprogs e2fsprogs btrfs-progs dosfstools) ;;
     *) echo "usage: $0 run|test|bench [PACKAGE...]" >&2; exit 64 ;;
 esac
 packages+=("${@:2}")

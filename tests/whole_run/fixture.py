@@ -105,13 +105,14 @@ class WholeRun(unittest.TestCase):
         """One run; the copies it wrote, as paths below the folder of drive Q:.
 
         expected: its exit code; None for any.
-        Leaves what it said on its standard error in self.errors."""
+        Leaves its exit code in self.code, what it said on its standard error in self.errors."""
         before = backup_tree.snapshot(self.nas)
         program = Program("/COPY", via=via)
         code = program.wait(RUN_SECONDS)
         if code is None:
             program.close()
             self.fail(f"the program did not end within {RUN_SECONDS} s")
+        self.code = code
         self.errors = program.error_text()
         if expected is not None:
             self.assertEqual(code, expected, "exit code")

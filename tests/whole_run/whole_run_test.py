@@ -3,15 +3,19 @@
 usage: scripts/in_wine.sh python3 tests/whole_run/whole_run_test.py [NAME...]
 Drive Q: holds the sources, drive N: the destinations. The cases are in the modules beside this one.
 """
+import signal
 import sys
 
 from fixture import build_onlooker
 from case_report import run_cases
 from copy_cases import CopyCases
 from disturbance_cases import DisturbanceCases
+from faulty_fs_cases import FaultyFsCases
 from night_cases import NightCases
 from unattended_cases import UnattendedCases
 
 if __name__ == "__main__":
+    # An end by force unmounts, too.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     build_onlooker()
-    sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases, NightCases], sys.argv[1:]))
+    sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases, NightCases, FaultyFsCases], sys.argv[1:]))
