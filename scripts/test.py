@@ -198,6 +198,7 @@ STAGES = {
 LONG_STAGES = {
     "long-kills": test_whole_run("kill", seconds=1800, VARDEKO_KILLS="50"),
     "long-nights": test_whole_run("night", seconds=1800, VARDEKO_NIGHTS="50"),
+    "long-power-cuts": test_whole_run("power_cut", "longer_than_a_minute", seconds=5400, VARDEKO_LONG="1"),
     "long-fuzz": fuzz("--runs", "10000000"),
 }
 # These use one core at most, so the others go on meanwhile; they are reported when they are done.

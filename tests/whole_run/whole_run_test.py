@@ -11,11 +11,16 @@ from case_report import run_cases
 from copy_cases import CopyCases
 from disturbance_cases import DisturbanceCases
 from faulty_fs_cases import FaultyFsCases
+from network_cases import NetworkCases
 from night_cases import NightCases
+from nothing_new_cases import NothingNewCases
+from power_cut_cases import PowerCutCases
+from silent_loss_cases import SilentLossCases
 from unattended_cases import UnattendedCases
 
 if __name__ == "__main__":
     # An end by force unmounts, too.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     build_onlooker()
-    sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases, NightCases, FaultyFsCases], sys.argv[1:]))
+    sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases, NightCases, FaultyFsCases, SilentLossCases,
+                        NothingNewCases, NetworkCases, PowerCutCases], sys.argv[1:]))
