@@ -27,7 +27,7 @@ class Reporter(unittest.TestResult):
     def addSubTest(self, test, subtest, error):
         super().addSubTest(test, subtest, error)
         if error is not None:
-            self.note(f"{subtest}\n{(self.failures + self.errors)[-1][1]}")
+            self.note(f"{subtest}\n{self._exc_info_to_string(error, test)}")
 
     def addSkip(self, test, reason):
         super().addSkip(test, reason)

@@ -37,9 +37,12 @@ def build_faulty_fs():
 
 def unmount(where):
     mounted.remove(where)
-    if subprocess.run(["umount", where], capture_output=True, check=False).returncode != 0:
-        # Somebody looks at it still.
-        subprocess.run(["umount", "-l", where], check=False)
+    # A program that has just ended may hold a file of it for a moment.
+    for _ in range(50):
+        if subprocess.run(["umount", where], capture_output=True, check=False).returncode == 0:
+            return
+        time.sleep(0.1)
+    subprocess.run(["umount", "-l", where], check=False)
 
 
 @atexit.register
@@ -97,7 +100,11 @@ class FaultyFs:
 
     def close(self):
         unmount(self.where)
-        self.process.wait(20)
+        try:
+            self.process.wait(5)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
 
 
 class Disk:

@@ -154,8 +154,10 @@ class SilentLossCases(FaultRun):
             with self.subTest(what):
                 self.source = self.empty_folder(f"{what}/source")
                 self.make("Daten/x.txt")
-                self.nas = {"over a link": self.nas, "a row": self.nas, "a source": os.path.join(self.source, "Daten")} \
-                    .get(what, os.path.join(self.source, "Daten", "Backup"))
+                if what.startswith("a source"):
+                    self.nas = os.path.join(self.source, "Daten")
+                elif what.startswith("inside"):
+                    self.nas = os.path.join(self.source, "Daten", "Backup")
                 # As the run before has left it.
                 write(os.path.join(self.nas, host, "drive_Q", "Daten", "alt.txt"))
                 if what == "over a link":
