@@ -115,7 +115,7 @@ class WholeRun(unittest.TestCase):
         self.code = code
         self.errors = program.error_text()
         if expected is not None:
-            self.assertEqual(code, expected, "exit code")
+            self.assertEqual(code, expected, f"exit code; {self.errors}")
         written = backup_tree.written(before, backup_tree.snapshot(self.nas))
         return sorted(path.split("drive_Q/", 1)[-1] for path in written)
 

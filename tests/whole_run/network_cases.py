@@ -75,7 +75,8 @@ class NetworkCases(FaultRun):
         programs = [Program("/COPY") for _ in range(2)]
         codes = [program.wait(60) for program in programs]
         for program in programs:
-            program.close()
+            if program.running():
+                program.close()
         self.assertEqual(codes, [ALL_COPIED, ALL_COPIED])
         self.assert_backed_up(files)
         self.assert_hash_table_names(files)
@@ -104,12 +105,11 @@ class NetworkCases(FaultRun):
             self.make(f"{name}/tief/x.txt", name.encode())
         self.configure(*map(SourceFolder, [*rows.values(), "%USERPROFILE%\\Daten"]))
         run = self.listen(None)
-        copies = {os.path.relpath(os.path.join(at, name), self.host): name
-                  for at, _, names in os.walk(self.host) for name in names if name.endswith(".txt")}
+        found = {os.path.relpath(os.path.join(at, name), self.host).upper()
+                 for at, _, names in os.walk(self.host) for name in names if name.endswith(".txt")}
         rows["g"] = "%USERPROFILE%\\Daten"
         right = {name: f"drive_Q/{name}/tief/x.txt" for name in "abcde"}
         right |= {"f": "drive_Q/F/tief/x.txt", "g": f"drive_C/users/{os.path.basename(home)}/Daten/g.txt"}
-        found = {path.upper() for path in copies}
         self.assertEqual(found - {path.upper() for path in right.values()}, set(), "under a wrong name")
         for name, path in right.items():
             with self.subTest(rows[name]):

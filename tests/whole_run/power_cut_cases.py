@@ -1,6 +1,7 @@
 """The destination's power fails: what its disk holds then is whole, and the next run brings the rest."""
 import os
 import random
+import shutil
 import subprocess
 import time
 
@@ -30,6 +31,7 @@ class PowerCutCases(FaultRun):
 
     def cut_a_run(self, kind, number):
         disk = self.disk(kind)
+        shutil.rmtree(os.path.join(self.source, "Daten"), ignore_errors=True)
         old = {}
         for path in self.make_many(60, folders=5):
             old[path] = read(os.path.join(self.source, path))
@@ -39,7 +41,7 @@ class PowerCutCases(FaultRun):
         new = [self.copy(path) for path in files if path not in old]
         program = Program("/COPY")
         cuts = []
-        for copied in sorted(self.random.randrange(1, len(new)) for _ in range(number // 2)):
+        for copied in sorted(self.random.sample(range(1, len(new)), number // 2)):
             while program.running() and sum(map(os.path.exists, new)) < copied:
                 time.sleep(0.002)
             cuts.append((f"after {copied} new files", disk.cut()))
