@@ -1,5 +1,4 @@
 """File systems that fail, and what a run tells of it, for the cases of a whole run."""
-import atexit
 import glob
 import os
 import shutil
@@ -28,6 +27,20 @@ MEBIBYTE = 1 << 20
 mounted = []
 
 
+class Watcher:
+    """Unmounts everything when this program is gone, however it ended: what stays mounted is in everybody's way."""
+    process = None
+
+    @classmethod
+    def watch(cls, where):
+        if cls.process is None:
+            script = 'trap "" INT TERM HUP; tac | while IFS= read -r place; do umount -l "$place"; done'
+            cls.process = subprocess.Popen(["sh", "-c", script], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+                                           stderr=subprocess.DEVNULL, start_new_session=True)
+        cls.process.stdin.write(f"{where}\n".encode())
+        cls.process.stdin.flush()
+
+
 def build_faulty_fs():
     flags = subprocess.run(["pkg-config", "--cflags", "--libs", "fuse3"], capture_output=True, text=True, check=True)
     subprocess.run(["g++", "-std=c++20", "-O1", "-Wall", "-Wextra", "-Werror",
@@ -45,15 +58,10 @@ def unmount(where):
     subprocess.run(["umount", "-l", where], check=False)
 
 
-@atexit.register
-def unmount_all():
-    for where in reversed(list(mounted)):
-        unmount(where)
-
-
 def mount(device, where, options=""):
     """Mounts an image; the reason why not, or an empty text."""
     os.makedirs(where, exist_ok=True)
+    Watcher.watch(where)
     done = subprocess.run(["mount", "-o", f"loop,{options}".rstrip(","), device, where],
                           capture_output=True, text=True, check=False)
     if done.returncode == 0:
@@ -67,6 +75,7 @@ class FaultyFs:
 
     def __init__(self, backing, where):
         os.makedirs(where)
+        Watcher.watch(where)
         self.where = where
         self.control = os.path.join(PREFIX, f"faulty_fs.{len(mounted)}")
         if os.path.exists(self.control):

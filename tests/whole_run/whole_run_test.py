@@ -3,7 +3,6 @@
 usage: scripts/in_wine.sh python3 tests/whole_run/whole_run_test.py [NAME...]
 Drive Q: holds the sources, drive N: the destinations. The cases are in the modules beside this one.
 """
-import signal
 import sys
 
 from fixture import build_onlooker
@@ -19,8 +18,6 @@ from silent_loss_cases import SilentLossCases
 from unattended_cases import UnattendedCases
 
 if __name__ == "__main__":
-    # An end by force unmounts, too.
-    signal.signal(signal.SIGTERM, signal.default_int_handler)
     build_onlooker()
     sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases, NightCases, FaultyFsCases, SilentLossCases,
                         NothingNewCases, NetworkCases, PowerCutCases], sys.argv[1:]))
