@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -40,6 +41,18 @@ std::wstring FoldedCase(std::wstring_view text) {
         letter = table[static_cast<std::uint16_t>(letter)];
     }
     return folded;
+}
+
+std::wstring NameKey(std::wstring_view name) {
+    const bool isAscii = std::ranges::all_of(name, [](wchar_t letter) { return letter < 0x80; });
+    // The most that a character grows by.
+    std::wstring composed(isAscii ? 0 : 3 * name.size(), L'\0');
+    const int length = isAscii ? 0
+                               : NormalizeString(NormalizationC, name.data(), static_cast<int>(name.size()),
+                                                 composed.data(), static_cast<int>(composed.size()));
+    // Refused is what is no text, such as half a surrogate pair.
+    return FoldedCase(length > 0 ? std::wstring_view(composed).substr(0, static_cast<std::size_t>(length))
+                                 : name);
 }
 
 std::wstring LocaleUpperCase(std::wstring_view text) {

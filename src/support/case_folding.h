@@ -11,5 +11,9 @@ wchar_t UpperCaseOf(wchar_t letter);
 // The whole text under the same rules.
 std::wstring FoldedCase(std::wstring_view text);
 
+// The key under which names are compared that may be one to some file system: letters and their accents in
+// one, and upper case.
+std::wstring NameKey(std::wstring_view name);
+
 // The text in upper case under the rules of the user's language.
 std::wstring LocaleUpperCase(std::wstring_view text);

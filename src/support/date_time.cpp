@@ -29,6 +29,16 @@ TDateTime ToDateTime(const TCalendarTime& time) {
     return {duration_cast<milliseconds>(sys_days{date} - kDayZero + sinceMidnight).count()};
 }
 
+TDateTime UniversalDateTime(std::uint64_t fileTime) {
+    constexpr std::uint64_t kFirstWithoutDate = 0x8000'0000'0000'0000;
+    constexpr std::uint64_t kTicksPerMillisecond = 10'000;
+    if (fileTime >= kFirstWithoutDate) {
+        return {};
+    }
+    const auto since1601 = milliseconds(fileTime / kTicksPerMillisecond);
+    return {duration_cast<milliseconds>(sys_days{1601y / January / 1} - kDayZero + since1601).count()};
+}
+
 TCalendarTime ToCalendarTime(TDateTime time) {
     const auto moment = kDayZero + milliseconds{time.milliseconds};
     const auto midnight = floor<days>(moment);

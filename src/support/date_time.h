@@ -28,5 +28,9 @@ struct TCalendarTime {
 // The date-time of a valid calendar time of the years 1 to 9999 or later; 0 when it is no valid date or time.
 TDateTime ToDateTime(const TCalendarTime& time);
 
+// The same count for a moment in UTC, from the system's file time (100 ns since 1601): it orders files
+// without the hour that clocks repeat in autumn. 0 for a file time that means no date.
+TDateTime UniversalDateTime(std::uint64_t fileTime);
+
 // The calendar time of a date-time.
 TCalendarTime ToCalendarTime(TDateTime time);

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <string_view>
 
 #include "support/file_access.h"
@@ -38,6 +39,10 @@ private:
     bool hasBegun_ = false;
     bool firstIsPending_ = false;
 };
+
+inline std::int64_t SizeOf(const WIN32_FIND_DATAW& entry) {
+    return static_cast<std::int64_t>(entry.nFileSizeHigh) << 32 | entry.nFileSizeLow;
+}
 
 inline bool IsFolder(const WIN32_FIND_DATAW& entry) {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

@@ -21,27 +21,10 @@ bool TLinkLoopCheck::LeadsBackToAncestor(const std::wstring& path) {
     return false;
 }
 
-std::optional<TLinkLoopCheck::TIdentity> TLinkLoopCheck::IdentityOf(const std::wstring& path) {
+std::optional<TFileIdentity> TLinkLoopCheck::IdentityOf(const std::wstring& path) {
     const auto [entry, isNew] = known_.try_emplace(path);
-    if (!isNew) {
-        return entry->second;
+    if (isNew) {
+        entry->second = FileIdentity(calls_, path);
     }
-    // Opened without access rights: only the identity is asked for. Folders need the backup flag.
-    const HANDLE folder = calls_.CreateFileW(ExtendedPath(path).c_str(), 0,
-                                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                             OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (folder == INVALID_HANDLE_VALUE) {
-        return std::nullopt;
-    }
-    BY_HANDLE_FILE_INFORMATION information{};
-    if (calls_.GetFileInformationByHandle(folder, &information)) {
-        const std::uint64_t index =
-            static_cast<std::uint64_t>(information.nFileIndexHigh) << 32 | information.nFileIndexLow;
-        if (index != 0) {
-            // A file system without such numbers answers 0 for every folder.
-            entry->second = TIdentity{information.dwVolumeSerialNumber, index};
-        }
-    }
-    calls_.CloseHandle(folder);
     return entry->second;
 }

@@ -1,14 +1,11 @@
 // Folder links that would lead a scan round in circles.
 #pragma once
 
-#include <windows.h>
-
-#include <compare>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
 
+#include "support/file_identity.h"
 #include "support/platform_calls.h"
 
 // Finds out whether a folder that is a reparse point (junction, mount point, directory link, cloud folder)
@@ -21,15 +18,8 @@ public:
     bool LeadsBackToAncestor(const std::wstring& path);
 
 private:
-    // Volume serial number and file index, which together name a folder whatever path leads to it.
-    struct TIdentity {
-        std::uint32_t volume = 0;
-        std::uint64_t index = 0;
-        friend bool operator==(const TIdentity&, const TIdentity&) = default;
-    };
-
-    std::optional<TIdentity> IdentityOf(const std::wstring& path);
+    std::optional<TFileIdentity> IdentityOf(const std::wstring& path);
 
     const TPlatformCalls& calls_;
-    std::unordered_map<std::wstring, std::optional<TIdentity>> known_;
+    std::unordered_map<std::wstring, std::optional<TFileIdentity>> known_;
 };

@@ -95,6 +95,13 @@ std::wstring NumberedName(std::wstring_view path, std::uint64_t number) {
     return result;
 }
 
+bool IsNumberedName(std::wstring_view name) {
+    constexpr std::size_t kFewestDigits = 3;
+    const std::wstring_view base = name.substr(0, name.size() - ExtensionPart(name).size());
+    const std::size_t digits = base.size() - (base.find_last_not_of(L"0123456789") + 1);
+    return digits >= kFewestDigits && base.substr(0, base.size() - digits).ends_with(L" #");
+}
+
 std::wstring ExtendedPath(std::wstring_view path) {
     if (path.starts_with(L"\\\\?\\") || path.starts_with(L"\\\\.\\")) {
         return std::wstring(path);

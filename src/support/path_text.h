@@ -24,6 +24,9 @@ std::wstring_view ExtensionPart(std::wstring_view path);
 // Numbers above 999 have more digits.
 std::wstring NumberedName(std::wstring_view path, std::uint64_t number);
 
+// Whether a file's name looks like one that NumberedName made.
+bool IsNumberedName(std::wstring_view name);
+
 // The form of an absolute path that file functions accept beyond 260 characters: "\\?\C:\..." or
 // "\\?\UNC\server\share\...". That form is taken literally by the system, so "/" is turned into "\",
 // doubled separators are joined and "." and ".." are resolved first; a bare drive "X:" means its root.

@@ -18,6 +18,7 @@ const TPlatformCalls& SystemPlatformCalls() {
         .SetFilePointerEx = &::SetFilePointerEx,
         .GetFileSizeEx = &::GetFileSizeEx,
         .GetFileInformationByHandle = &::GetFileInformationByHandle,
+        .GetFinalPathNameByHandleW = &::GetFinalPathNameByHandleW,
         .FlushFileBuffers = &::FlushFileBuffers,
         .SetFileTime = &::SetFileTime,
         .CloseHandle = &::CloseHandle,

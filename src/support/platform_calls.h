@@ -25,6 +25,7 @@ struct TPlatformCalls {
     decltype(&::SetFilePointerEx) SetFilePointerEx;
     decltype(&::GetFileSizeEx) GetFileSizeEx;
     decltype(&::GetFileInformationByHandle) GetFileInformationByHandle;
+    decltype(&::GetFinalPathNameByHandleW) GetFinalPathNameByHandleW;
     decltype(&::FlushFileBuffers) FlushFileBuffers;
     decltype(&::SetFileTime) SetFileTime;
     decltype(&::CloseHandle) CloseHandle;

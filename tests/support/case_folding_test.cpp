@@ -25,6 +25,14 @@ TEST(CaseFolding, FoldsTwiceToTheSameAndKeepsSurrogates) {
     }
 }
 
+TEST(CaseFolding, NameKeyDoesNotTellAccentsApart) {
+    EXPECT_EQ(NameKey(L"a\u0308rger.txt"), L"\u00C4RGER.TXT");
+    EXPECT_EQ(NameKey(L"\u00E4rger.txt"), L"\u00C4RGER.TXT");
+    EXPECT_EQ(NameKey(L"brief.doc"), L"BRIEF.DOC");
+    EXPECT_EQ(NameKey(L"half \xD83D"), L"HALF \xD83D");
+    EXPECT_EQ(NameKey(L""), L"");
+}
+
 TEST(CaseFolding, UsersLanguageKeepsTheLength) {
     EXPECT_EQ(LocaleUpperCase(L"\\\\nas\\B\u00E4ckup"), L"\\\\NAS\\B\u00C4CKUP");
     EXPECT_EQ(LocaleUpperCase(L"stra\u00DFe \U0001F600"), L"STRA\u00DFE \U0001F600");

@@ -47,6 +47,14 @@ TEST(DateTime, RefusesWhatIsNoDateOrTime) {
     }
 }
 
+TEST(DateTime, FileTimesCountTheSameInUniversalTime) {
+    EXPECT_EQ(UniversalDateTime(0), ToDateTime({1601, 1, 1}));
+    // The first second of 1970, as the system's documentation gives it.
+    EXPECT_EQ(UniversalDateTime(116'444'736'000'000'000), ToDateTime({1970, 1, 1}));
+    EXPECT_EQ(UniversalDateTime(116'444'736'000'019'999), ToDateTime({1970, 1, 1, 0, 0, 0, 1}));
+    EXPECT_EQ(UniversalDateTime(0x8000'0000'0000'0000), TDateTime{});
+}
+
 TEST(DateTime, EveryDayOfFourHundredYearsComesBack) {
     const std::int64_t first = ToDateTime({1700, 1, 1}).milliseconds / kMillisecondsPerDay;
     for (std::int64_t day = first; day < first + 146097; ++day) {

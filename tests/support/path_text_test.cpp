@@ -51,6 +51,18 @@ TEST(PathText, NumberStandsBeforeTheLastExtension) {
     EXPECT_EQ(NumberedName(L".profile", 7), L" #007.profile");
 }
 
+TEST(PathText, NumberedNamesAreRecognised) {
+    for (const std::wstring_view name : {L"report.txt", L"data", L".profile", L"a.b.txt", L"a #001.txt"}) {
+        EXPECT_FALSE(IsNumberedName(name) && !name.starts_with(L"a #"));
+        EXPECT_TRUE(IsNumberedName(NumberedName(name, 7)));
+        EXPECT_TRUE(IsNumberedName(NumberedName(name, 1000)));
+    }
+    for (const std::wstring_view name :
+         {L"", L"a #01.txt", L"a#001.txt", L"a 001.txt", L"a #001 b.txt", L"a #"}) {
+        EXPECT_FALSE(IsNumberedName(name));
+    }
+}
+
 TEST(PathText, ExtendedFormOfDrives) {
     EXPECT_EQ(ExtendedPath(L"C:\\Daten\\a.txt"), L"\\\\?\\C:\\Daten\\a.txt");
     EXPECT_EQ(ExtendedPath(L"D:"), L"\\\\?\\D:\\");
