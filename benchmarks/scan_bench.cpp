@@ -81,7 +81,8 @@ double SecondsOfScan(const TTrees& trees, const THashTable& table) {
     double seconds = 0;
     TOmniEventMonitor monitor([] {});
     monitor.OnTaskMessage = [](IOmniTask&, const TTaskMessage& message) {
-        if (message.identifier != static_cast<std::uint16_t>(TScanMessage::IgnoreText)) {
+        const auto what = static_cast<TScanMessage>(message.identifier);
+        if (what == TScanMessage::FilesToCopy || what == TScanMessage::Problem) {
             throw std::runtime_error("something had to be copied, or was not read");
         }
     };

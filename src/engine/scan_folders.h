@@ -2,21 +2,21 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "engine/extension_filter.h"
+#include "engine/source_roots.h"
+#include "engine/source_walk.h"
 #include "engine/task_runtime.h"
-#include "hashdb/destination_listing.h"
 #include "hashdb/hash_table.h"
 #include "store/source_folder_table.h"
-#include "support/file_access.h"
 #include "support/file_times.h"
-#include "support/link_loop.h"
 #include "support/platform_calls.h"
+
+class TFolderComparison;
 
 // The messages that a scan task sends to the window's thread.
 enum class TScanMessage : std::uint16_t {
@@ -25,8 +25,10 @@ enum class TScanMessage : std::uint16_t {
     IgnoreText = 3,    // text, shown as a grey row: the closing count
     Number = 4,        // integer, shown in the current-file field
     FilesToCopy = 10,  // list of full source paths; never empty
-    Problem = 11,      // problem, shown as an error row: something could not be read
+    Problem = 11,      // problem, shown as a row: something could not be read, or is left out
     Compared = 12,     // source folder of a row and its number of files, for the run log
+    Unchanged = 13,    // list of files whose copy is right and whose record is not; never empty
+    CloudFiles = 14,   // integer, for the run log: files not fetched from the cloud; never 0
 };
 
 // What the scan works on. Tables come as copies that nobody writes any more.
@@ -35,6 +37,10 @@ struct TScanParameters {
     std::shared_ptr<const THashSnapshot> nasData;
     std::wstring nas;
     std::wstring host;
+    // Files that are only in the cloud are copied too, which fetches them.
+    bool fetchCloudFiles = false;
+    // Shared with whoever copies; none: the scan has its own.
+    std::shared_ptr<TSourceRoots> sourceRoots = nullptr;
 };
 
 // Walks the active source folders, decides per file whether it must be copied, and sends the paths to copy
@@ -43,25 +49,25 @@ class TFolderScan {
 public:
     TFolderScan(IOmniTask& task, const TPlatformCalls& calls, TScanParameters parameters);
 
-    // The whole scan, with its closing message in every case. An exception ends it with an error row.
+    // The whole scan, with its closing messages in every case. An exception ends it with an error row.
     void Run();
 
 private:
-    void CollectAllFolders();
-    void ScanFolder(const std::wstring& folder);
-    void FindFilesToCopy(const std::wstring& folder, TStringList& filesToCopy);
-    bool MustCopy(const TDestinationListing& destination, const WIN32_FIND_DATAW& file,
-                  std::wstring_view path) const;
-    void TellIncomplete(const std::wstring& folder, TErrorCode error);
+    void ScanFolder(const TSourceFolder& folder);
+    void Compare(const TSourceFolder& folder, TFolderComparison& comparison);
+    void SendFindings(const TSourceFolder& folder, TFolderComparison& comparison);
+    void SendSummary();
+    bool IsNewAtTarget(const TSourceFolder& folder, const std::wstring& name);
 
     IOmniTask& task_;
     const TPlatformCalls& calls_;
     const TScanParameters parameters_;
     const TLocalTimeRule localTime_;
-    std::vector<std::wstring> folders_;
-    // The filter of the last active row whose folder exists: it rules the files of all folders.
-    TExtensionFilter filter_;
-    TLinkLoopCheck linkLoops_;
-    std::set<std::wstring> toldFolders_;
+    const std::shared_ptr<TSourceRoots> roots_;
+    TSourceWalk walk_;
+    // The names that folders with one destination have given it so far.
+    std::map<std::wstring, std::set<std::wstring>> namesAtTarget_;
+    std::map<std::size_t, std::int64_t> comparedFiles_;  // by root
     std::int64_t fileCount_ = 0;
+    std::int64_t cloudFileCount_ = 0;
 };

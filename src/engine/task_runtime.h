@@ -16,6 +16,8 @@
 #include <variant>
 #include <vector>
 
+#include "support/date_time.h"
+#include "support/path_digest.h"
 #include "support/problem.h"
 
 using TStringList = std::vector<std::wstring>;
@@ -26,9 +28,16 @@ struct TComparedFolder {
     std::int64_t files = 0;  // how many passed the filters, in it and below it
 };
 
+// A file whose copy is right and whose hash record gets another date.
+struct TUnchangedFile {
+    TPathDigest hash;
+    TDateTime date;
+};
+using TUnchangedList = std::vector<TUnchangedFile>;
+
 // What a message carries. An object is handed over whole: the receiver owns it.
 using TTaskValue = std::variant<std::monostate, std::wstring, std::int64_t, std::unique_ptr<TStringList>,
-                                TProblem, TComparedFolder>;
+                                std::unique_ptr<TUnchangedList>, TProblem, TComparedFolder>;
 
 struct TTaskMessage {
     std::uint16_t identifier = 0;

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "engine/file_size_text.h"
+#include "engine/reindex.h"
 #include "engine/scan_folders.h"
-#include "hashdb/reindex.h"
 #include "store/seen_tables.h"
 #include "store/settings.h"
 #include "store/source_folder_file.h"

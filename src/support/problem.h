@@ -39,7 +39,11 @@ enum class TProblemKind {
     DestinationUnreachable,  // code
     DestinationLost,         // path; number: files that are still to be copied
     FolderIncomplete,        // path, code: not listed to its end
-    SourceFolderMissing,     // path
+    SourceFolderMissing,     // path, as the row has it; empty when it names none
+    SourceFolderLost,        // path, code: it was there when the run began
+    SourceInBackup,          // path: lies in the backup's own tree, and is not copied
+    BackupInSource,          // path: the backup's own tree, met in a source folder and passed over
+    NamesCollide,            // path: a source file whose name another one has at the destination
     ScanBroken,              // detail: why
     CopyFailed,              // path: the source; code
 };

@@ -103,7 +103,17 @@ std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
             return L"Der Ordner konnte nicht vollständig gelesen werden: " + problem.path + L" (" + reason() +
                    L")";
         case TProblemKind::SourceFolderMissing:
-            return L"Der Quellordner ist nicht vorhanden: " + problem.path;
+            return problem.path.empty() ? std::wstring(L"Eine aktive Zeile nennt keinen Quellordner")
+                                        : L"Der Quellordner ist nicht vorhanden: " + problem.path;
+        case TProblemKind::SourceFolderLost:
+            return L"Der Quellordner ist während des Laufs verschwunden: " + problem.path + L" (" + reason() +
+                   L")";
+        case TProblemKind::SourceInBackup:
+            return L"Der Quellordner liegt in der Sicherung und wird nicht gesichert: " + problem.path;
+        case TProblemKind::BackupInSource:
+            return L"Die Sicherung liegt in einem Quellordner und wird dort übergangen: " + problem.path;
+        case TProblemKind::NamesCollide:
+            return L"Die Datei hat keine Kopie, weil im Ziel eine andere ihren Namen trägt: " + problem.path;
         case TProblemKind::ScanBroken:
             return L"Der Dateivergleich wurde abgebrochen: " + problem.detail;
     }

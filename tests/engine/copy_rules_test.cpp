@@ -1,10 +1,9 @@
-// The rules of a run that ask no file system: which files, where to, whether at all, and how sizes read.
+// The rules of a run that ask no file system: which files, where to, and how sizes read.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cwctype>
 
-#include "engine/copy_decision.h"
 #include "engine/extension_filter.h"
 #include "engine/file_size_text.h"
 #include "hashdb/destination_folder.h"
@@ -56,23 +55,6 @@ TEST(DestinationFolder, DrivesAndShares) {
     EXPECT_EQ(DestinationFolder(L"\\\\NAS\\BACKUP", L"PC1", L"\\\\srv\\pub\\a\\b.txt"),
               L"\\\\NAS\\BACKUP\\PC1\\drive_srv\\pub\\a\\");
     EXPECT_EQ(DestinationFolder(L"N:", L"PC1", L"folder\\b.txt"), L"N:\\PC1\\drive_folder\\");
-}
-
-TEST(CopyDecision, EveryCase) {
-    constexpr TDateTime kEarlier{1000};
-    constexpr TDateTime kLater{1001};
-    const auto copiedAt = [](TDateTime time) { return [time] { return time; }; };
-    const auto notAsked = []() -> TDateTime {
-        ADD_FAILURE() << "the copy's time does not matter here";
-        return {};
-    };
-    EXPECT_TRUE(MustCopyAgain(kLater, kEarlier, notAsked));
-    EXPECT_FALSE(MustCopyAgain(TDateTime{-5}, TDateTime{-9}, notAsked)) << "only a real date is later than 0";
-    EXPECT_FALSE(MustCopyAgain(kLater, kLater, copiedAt(kLater)));
-    EXPECT_TRUE(MustCopyAgain(kLater, kLater, copiedAt(kEarlier)));
-    EXPECT_FALSE(MustCopyAgain(kEarlier, std::nullopt, copiedAt(kLater)));
-    EXPECT_TRUE(MustCopyAgain(kLater, std::nullopt, copiedAt(kEarlier)));
-    EXPECT_TRUE(MustCopyAgain(kLater, std::nullopt, copiedAt({}))) << "a copy without a date is older";
 }
 
 TEST(FileSizeText, UnitsAndThresholds) {

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,14 +14,17 @@
 #include "support/case_folding.h"
 #include "support/platform_calls.h"
 
-// Files and folders with attributes and dates but without content. One at a time: the table's functions have
-// no room for a context of their own.
+// Files and folders with attributes, dates and sizes but without content. One at a time: the table's
+// functions have no room for a context of their own.
 class TMemoryFiles {
 public:
     struct TNode {
         std::wstring name;
         DWORD attributes = 0;
         FILETIME lastWrite{};
+        DWORD size = 0;
+        std::wstring path = {};
+        DWORD index = 0;
     };
 
     TMemoryFiles() { Current() = this; }
@@ -30,11 +34,30 @@ public:
 
     // Below these folders names that differ only in case are names of their own, as on some file servers.
     void MakeCaseSensitive(const std::wstring& folder) { caseSensitive_.push_back(folder); }
+    // Below the folder names are compared as if letters and their accents were always apart.
+    void IgnoreAccents(const std::wstring& folder) { withoutAccents_.push_back(folder); }
+    // What is asked of a path, or of one below it, is answered for the target: a link, if something was added
+    // under that path before, or a substituted drive.
+    void Alias(const std::wstring& path, const std::wstring& target) { aliases_[FoldedCase(path)] = target; }
+    // The file or folder and all below it are gone.
+    void Remove(const std::wstring& path) {
+        const std::wstring key = Key(path);
+        const auto isInside = [&](const std::wstring& other) {
+            return other == key || other.starts_with(key + L"\\");
+        };
+        std::erase_if(nodes_, [&](const auto& node) { return isInside(node.first); });
+        std::erase_if(children_, [&](const auto& folder) { return isInside(folder.first); });
+        for (auto& [folder, children] : children_) {
+            std::erase_if(children, isInside);
+        }
+    }
+    // Called before a folder is listed.
+    std::function<void(std::wstring_view folder)> beforeListing;
     // The listing of the folder breaks off after that many entries.
     void BreakListing(const std::wstring& folder, std::size_t entries) { broken_[Key(folder)] = entries; }
 
     // Adds a file or folder, its parents first; an existing one stays as it is.
-    void Add(const std::wstring& path, DWORD attributes, FILETIME lastWrite = {}) {
+    void Add(const std::wstring& path, DWORD attributes, FILETIME lastWrite = {}, DWORD size = 0) {
         const std::size_t slash = path.rfind(L'\\');
         const std::wstring parent = slash == std::wstring::npos ? L"" : path.substr(0, slash);
         if (nodes_.contains(Key(path))) {
@@ -43,7 +66,7 @@ public:
         if (!parent.empty()) {
             Add(parent, FILE_ATTRIBUTE_DIRECTORY);
         }
-        nodes_[Key(path)] = {path.substr(slash + 1), attributes, lastWrite};
+        nodes_[Key(path)] = {path.substr(slash + 1), attributes, lastWrite, size, path, ++lastIndex_};
         children_[Key(parent)].push_back(Key(path));
     }
 
@@ -69,6 +92,10 @@ public:
             calls.FindNextFileW = &FindNext;
             calls.FindClose = &Close;
             calls.GetFileAttributesExW = &Attributes;
+            calls.CreateFileW = &Open;
+            calls.GetFileInformationByHandle = &Information;
+            calls.GetFinalPathNameByHandleW = &FinalPathName;
+            calls.CloseHandle = [](HANDLE) -> BOOL { return TRUE; };
             return calls;
         }();
         return table;
@@ -86,21 +113,38 @@ private:
         return current;
     }
 
+    static bool IsIn(std::wstring_view path, const std::vector<std::wstring>& folders) {
+        return std::ranges::any_of(
+            folders, [&](const std::wstring& folder) { return path.starts_with(folder + L"\\"); });
+    }
+
     std::wstring Key(std::wstring_view path) const {
-        const bool isSensitive = std::ranges::any_of(
-            caseSensitive_, [&](const std::wstring& folder) { return path.starts_with(folder + L"\\"); });
-        return isSensitive ? std::wstring(path) : FoldedCase(path);
+        for (const auto& [alias, target] : aliases_) {
+            if (FoldedCase(path) == alias || FoldedCase(path).starts_with(alias + L"\\")) {
+                return Key(target + std::wstring(path.substr(alias.size())));
+            }
+        }
+        if (IsIn(path, withoutAccents_)) {
+            return NameKey(path);
+        }
+        return IsIn(path, caseSensitive_) ? std::wstring(path) : FoldedCase(path);
     }
 
     static std::wstring_view Plain(std::wstring_view path) {
-        return path.starts_with(L"\\\\?\\") ? path.substr(4) : path;
+        if (path.starts_with(L"\\\\?\\")) {
+            path.remove_prefix(4);
+        }
+        return path.ends_with(L'\\') ? path.substr(0, path.size() - 1) : path;
     }
 
     static HANDLE WINAPI FindFirst(LPCWSTR pattern, FINDEX_INFO_LEVELS, LPVOID data, FINDEX_SEARCH_OPS,
                                    LPVOID, DWORD) {
         std::wstring_view folder = Plain(pattern);
-        folder.remove_suffix(2);
+        folder.remove_suffix(2);  // "\\*"
         const TMemoryFiles& files = *Current();
+        if (files.beforeListing) {
+            files.beforeListing(folder);
+        }
         const TNode* node = files.Find(folder);
         if (node == nullptr || (node->attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
             SetLastError(node == nullptr ? ERROR_PATH_NOT_FOUND : ERROR_DIRECTORY);
@@ -127,6 +171,9 @@ private:
         *data = {};
         data->dwFileAttributes = node.attributes;
         data->ftLastWriteTime = node.lastWrite;
+        data->nFileSizeLow = node.size;
+        data->dwReserved0 =
+            (node.attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ? IO_REPARSE_TAG_SYMLINK : 0;
         node.name.copy(data->cFileName, MAX_PATH - 1);
         return TRUE;
     }
@@ -146,10 +193,40 @@ private:
         *data = {};
         data->dwFileAttributes = node->attributes;
         data->ftLastWriteTime = node->lastWrite;
+        data->nFileSizeLow = node->size;
         return TRUE;
     }
 
+    static HANDLE WINAPI Open(LPCWSTR path, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
+        const TNode* node = Current()->Find(Plain(path));
+        SetLastError(node == nullptr ? ERROR_PATH_NOT_FOUND : ERROR_SUCCESS);
+        return node == nullptr ? INVALID_HANDLE_VALUE : const_cast<TNode*>(node);
+    }
+
+    static BOOL WINAPI Information(HANDLE handle, LPBY_HANDLE_FILE_INFORMATION information) {
+        const auto* node = static_cast<const TNode*>(handle);
+        *information = {};
+        information->dwFileAttributes = node->attributes;
+        information->ftLastWriteTime = node->lastWrite;
+        information->nFileSizeLow = node->size;
+        information->nFileIndexLow = node->index;
+        return TRUE;
+    }
+
+    static DWORD WINAPI FinalPathName(HANDLE handle, LPWSTR text, DWORD size, DWORD) {
+        const std::wstring path = L"\\\\?\\" + static_cast<const TNode*>(handle)->path;
+        if (path.size() < size) {
+            path.copy(text, path.size());
+            text[path.size()] = L'\0';
+            return static_cast<DWORD>(path.size());
+        }
+        return static_cast<DWORD>(path.size() + 1);
+    }
+
     std::vector<std::wstring> caseSensitive_;
+    std::vector<std::wstring> withoutAccents_;
+    std::map<std::wstring, std::wstring> aliases_;  // targets by what leads there, in upper case
+    DWORD lastIndex_ = 0;
     std::map<std::wstring, TNode> nodes_;
     std::map<std::wstring, std::vector<std::wstring>> children_;
     std::map<std::wstring, std::size_t> broken_;

@@ -15,7 +15,7 @@ protected:
         source_.Write(L"sub\\known.txt", "has a copy", TestTime(9));
         source_.Write(L"sub\\unknown.txt", "has none", TestTime(9));
         source_.Write(L"sub\\deeper\\known.txt", "has a copy", TestTime(9));
-        destination_.Write(CopyOf(L"direct.txt"), "copy", TestTime(0));
+        destination_.Write(CopyOf(L"direct.txt"), "lies in the source folder itself", TestTime(0));
         destination_.Write(CopyOf(L"sub\\known.txt"), "copy", TestTime(5));
         destination_.Write(CopyOf(L"sub\\deeper\\known.txt"), "copy", TestTime(6));
         AddSource(source_.Path());
