@@ -24,6 +24,10 @@ bool TBackupTree::Holds(const std::wstring& folder) {
     if (IsInside(ExtendedPath(folder), ExtendedPath(nas_ + L"\\" + host_)) || LeadsInside(folder)) {
         return true;
     }
+    if (!identity_) {
+        // There is no tree yet, or it does not answer: further questions would wait out the network.
+        return false;
+    }
     const auto identity = FileIdentity(calls_, folder);
     if (identity && identity == FileIdentity(calls_, DestinationOfFilesIn(nas_, host_, folder))) {
         return true;
@@ -33,7 +37,7 @@ bool TBackupTree::Holds(const std::wstring& folder) {
     std::wstring_view above = folder;
     for (const std::size_t rootLength = DrivePart(folder).size(); above.size() > rootLength;) {
         above = RemoveTrailingSeparator(FolderPart(above));
-        if (identity_ && FileIdentity(calls_, above) == identity_) {
+        if (FileIdentity(calls_, above) == identity_) {
             return true;
         }
     }

@@ -62,14 +62,14 @@ void TFolderScan::ScanFolder(const TSourceFolder& folder) {
     if (roots_->IsLost(folder.root)) {
         return;
     }
-    TFolderComparison comparison(calls_, folder.path,
-                                 DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path),
+    const std::wstring target = DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path);
+    TFolderComparison comparison(calls_, folder.path, target,
                                  {.records = *parameters_.nasData,
                                   .localTime = localTime_,
                                   .fetchCloudFiles = parameters_.fetchCloudFiles});
     std::exception_ptr failure;
     try {
-        Compare(folder, comparison);
+        Compare(folder, target, comparison);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -80,27 +80,38 @@ void TFolderScan::ScanFolder(const TSourceFolder& folder) {
     }
 }
 
-void TFolderScan::Compare(const TSourceFolder& folder, TFolderComparison& comparison) {
+void TFolderScan::Compare(const TSourceFolder& folder, const std::wstring& target,
+                          TFolderComparison& comparison) {
+    TNames* const names = folder.sharesTarget ? &NamesAt(target) : nullptr;
     walk_.ListFiles(folder, [&](const WIN32_FIND_DATAW& file) {
-        if (!folder.sharesTarget || IsNewAtTarget(folder, file.cFileName)) {
+        if (names == nullptr || names->insert(FoldedCase(file.cFileName)).second) {
             comparison.Add(file);
+        } else {
+            TellCollision(folder, file.cFileName);
         }
     });
     comparison.Finish();
 }
 
-// Two folders whose destinations differ only in case may be one folder there: the file that came first keeps
-// its place.
-bool TFolderScan::IsNewAtTarget(const TSourceFolder& folder, const std::wstring& name) {
-    const std::wstring target = DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path);
-    if (namesAtTarget_[FoldedCase(target)].insert(FoldedCase(name)).second) {
-        return true;
+// Two folders whose destinations differ only in case are one folder there, unless they are known to be two.
+// The file that came first keeps its place.
+TFolderScan::TNames& TFolderScan::NamesAt(const std::wstring& target) {
+    const auto identity = FileIdentity(calls_, target);
+    const std::wstring key = FoldedCase(target);
+    const auto [first, last] = sharedTargets_.equal_range(key);
+    for (auto known = first; known != last; ++known) {
+        if (!known->second.identity || known->second.identity == identity) {
+            return known->second.names;
+        }
     }
+    return sharedTargets_.emplace(key, TSharedTarget{identity, {}})->second.names;
+}
+
+void TFolderScan::TellCollision(const TSourceFolder& folder, const std::wstring& name) {
     ++fileCount_;
     ++comparedFiles_[folder.root];
     Send(task_, TScanMessage::Problem,
          TProblem{.what = TProblemKind::NamesCollide, .path = folder.path + L"\\" + name});
-    return false;
 }
 
 void TFolderScan::SendFindings(const TSourceFolder& folder, TFolderComparison& comparison) {

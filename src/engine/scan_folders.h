@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "engine/task_runtime.h"
 #include "hashdb/hash_table.h"
 #include "store/source_folder_table.h"
+#include "support/file_identity.h"
 #include "support/file_times.h"
 #include "support/platform_calls.h"
 
@@ -53,11 +55,19 @@ public:
     void Run();
 
 private:
+    using TNames = std::set<std::wstring>;
+    // A destination folder that several source folders may share.
+    struct TSharedTarget {
+        std::optional<TFileIdentity> identity;  // none while it does not exist
+        TNames names;                           // given to it so far, in upper case
+    };
+
     void ScanFolder(const TSourceFolder& folder);
-    void Compare(const TSourceFolder& folder, TFolderComparison& comparison);
+    void Compare(const TSourceFolder& folder, const std::wstring& target, TFolderComparison& comparison);
     void SendFindings(const TSourceFolder& folder, TFolderComparison& comparison);
     void SendSummary();
-    bool IsNewAtTarget(const TSourceFolder& folder, const std::wstring& name);
+    TNames& NamesAt(const std::wstring& target);
+    void TellCollision(const TSourceFolder& folder, const std::wstring& name);
 
     IOmniTask& task_;
     const TPlatformCalls& calls_;
@@ -65,9 +75,8 @@ private:
     const TLocalTimeRule localTime_;
     const std::shared_ptr<TSourceRoots> roots_;
     TSourceWalk walk_;
-    // The names that folders with one destination have given it so far.
-    std::map<std::wstring, std::set<std::wstring>> namesAtTarget_;
-    std::map<std::size_t, std::int64_t> comparedFiles_;  // by root
+    std::multimap<std::wstring, TSharedTarget> sharedTargets_;  // by path in upper case
+    std::map<std::size_t, std::int64_t> comparedFiles_;         // by root
     std::int64_t fileCount_ = 0;
     std::int64_t cloudFileCount_ = 0;
 };

@@ -188,8 +188,11 @@ TEST_F(SourceWalk, TwoNamesAreTwoFilesWhereTheDestinationSaysSo) {
     files_.Add(L"C:\\Daten\\Brief.doc", kFile, At(9));
     files_.Add(L"C:\\Daten\\brief.doc", kFile, At(9));
     files_.Add(L"N:\\PC\\drive_C\\Daten\\brief.doc", kFile, At(9));
+    files_.Add(L"C:\\Daten\\Sub\\x.txt", kFile, At(9));
+    files_.Add(L"C:\\Daten\\sub\\x.txt", kFile, At(9));
+    files_.Add(L"N:\\PC\\drive_C\\Daten\\Sub\\x.txt", kFile, At(9));
     Scan({Row(L"C:\\Daten")});
-    EXPECT_EQ(toCopy_, TPaths{L"C:\\Daten\\Brief.doc"});
+    EXPECT_EQ(toCopy_, (TPaths{L"C:\\Daten\\Brief.doc", L"C:\\Daten\\sub\\x.txt"}));
     EXPECT_TRUE(problems_.empty());
 }
 

@@ -33,6 +33,8 @@ TEST(ProblemText, NamesWhatThePartiesNeedToAct) {
               L"erhalten, bis hier etwas Neues eingegeben wird.");
     EXPECT_EQ(Text({.what = TProblemKind::DestinationLost, .path = L"N:\\PC", .number = 3}),
               L"Das Ziel ist nicht mehr erreichbar: N:\\PC (noch 3 Dateien zu kopieren)");
+    EXPECT_EQ(Text({.what = TProblemKind::SourceFolderLost, .path = L"E:\\Fotos", .code = 3}),
+              L"Der Quellordner ist während des Laufs verschwunden: E:\\Fotos (Systemtext 3)");
     EXPECT_EQ(Text({.what = TProblemKind::DestinationMissing, .path = L"N:"}),
               L"Error: Destination Directory does not exist, N:");
 }

@@ -5,7 +5,7 @@ import time
 import backup_tree
 from fixture import (ALL_COPIED, NOT_STARTED, PREFIX, SOME_FAILED, WholeRun, local_ns, read, sparse_file,
                      write)
-from write_config import SourceFolder, config_folder, table_header, write_config
+from write_config import SourceFolder, config_folder, map_drive, table_header, write_config
 
 
 class CopyCases(WholeRun):
@@ -228,11 +228,31 @@ class CopyCases(WholeRun):
         log = read(os.path.join(self.host, "Error.log")).decode()
         self.assertEqual(log.count(" Copy Error\r\n"), 2)
 
-    def test_a_link_to_a_folder_above_is_not_walked_in_circles(self):
+    def test_links_lead_neither_in_circles_nor_into_the_backup(self):
         self.make("Daten/tief/x.txt")
         os.symlink("..", os.path.join(self.source, "Daten/tief/zurück"))
-        os.makedirs(os.path.join(self.source, "anderswo"))
         self.make("anderswo/y.txt")
         os.symlink("../../anderswo", os.path.join(self.source, "Daten/tief/hinüber"))
+        os.symlink(self.nas, os.path.join(self.source, "Daten/tief/NAS"))
+        self.run_program()
         self.run_program()
         self.assertEqual(self.copies(), ["tief/hinüber/y.txt", "tief/x.txt"])
+        # The backup as a source, by its own name and by another one.
+        map_drive(PREFIX, "r", self.host)
+        self.configure(SourceFolder("R:\\drive_Q\\Daten"), SourceFolder("N:\\"))
+        self.assertEqual(self.run_program(SOME_FAILED), [])
+
+    def test_rows_are_read_as_meant_and_each_target_is_copied_once(self):
+        self.make("Daten/sub/x.txt")
+        rows = [' "Q:/Daten/" ', "\\\\?\\q:\\Daten\\sub", "q:\\DATEN", "Daten", "Q:\\fehlt"]
+        self.configure(*(SourceFolder(row, History=True) for row in rows))
+        self.run_program(None)
+        self.assertEqual(self.copies(), ["sub/x.txt"])
+
+    def test_names_that_are_one_at_the_destination_are_told(self):
+        self.make("Daten/Brief.txt", b"one")
+        self.make("Daten/brief.txt", b"the other")
+        (first,) = self.run_program(SOME_FAILED)
+        self.assert_backed_up([first])
+        self.assertEqual(self.run_program(SOME_FAILED), [])
+        self.assert_backed_up([first])
