@@ -3,6 +3,7 @@
 
 #include "engine/copy_progress.h"
 #include "engine/copy_run.h"
+#include "engine/destination_wait.h"
 #include "engine/error_log.h"
 #include "engine/file_size_text.h"
 #include "engine/safe_copy.h"
@@ -20,7 +21,6 @@ namespace {
 // Smaller files are copied without telling their progress.
 constexpr std::int64_t kProgressThreshold = 64 * 1024 * 1024;  // bytes
 constexpr unsigned kInterruptionsOfOneFile = 3;
-constexpr unsigned kDropOut = 60;  // seconds for which a destination may be away in mid-run
 
 }  // namespace
 
@@ -29,6 +29,7 @@ void TCopyRun::CopyFiles() {
     if (CopyFileList.empty() && !FScanTask && !triedAgain_ && !stopped_ && !isLost_) {
         TakeFailedFilesAgain();
         CopyWaitingFiles();
+        TellLostFolders();
     }
     if (FScanTask && !stopped_ && !waitTask_) {
         Report(kSearchingText, TMessagePos::Status);
@@ -38,6 +39,13 @@ void TCopyRun::CopyFiles() {
 void TCopyRun::CopyWaitingFiles() {
     while (!CopyFileList.empty() && !stopped_ && !waitTask_) {
         CopyNextFile();
+    }
+}
+
+// Whether they are still there was not asked for every file that was missing.
+void TCopyRun::TellLostFolders() {
+    for (const TProblem& problem : sourceRoots_->AskOwed()) {
+        ReportFailure(problem);
     }
 }
 
@@ -55,7 +63,10 @@ void TCopyRun::CopyNextFile() {
     // The only question about the source: existence, size and times together.
     const TAttributes attributes = QueryAttributes(with_.calls, source);
     if (attributes.IsFolder() || IsMissing(attributes.error)) {
-        // Gone since the scan saw it.
+        // Gone since the scan saw it, alone or with all that is around it.
+        if (const auto problem = sourceRoots_->Missed(source)) {
+            ReportFailure(*problem);
+        }
         return;
     }
     Report(source, TMessagePos::Status);
@@ -166,10 +177,11 @@ bool TCopyRun::DestinationIsGone(const std::wstring& source) {
     }
     Report(WaitingForDestinationText(destination_.nas), TMessagePos::Status);
     cameBack_ = std::make_shared<bool>(false);
-    waitTask_ =
-        StartTask([cameBack = cameBack_, folder = destination_.HostFolder(), &calls = with_.calls](
-                      IOmniTask& task) { *cameBack = AwaitFolder(calls, folder, kDropOut, task).IsFolder(); },
-                  L"AwaitDestination", TTaskPriority::Normal);
+    waitTask_ = StartTask(
+        [cameBack = cameBack_, folder = destination_.HostFolder(), &calls = with_.calls](IOmniTask& task) {
+            *cameBack = AwaitFolder(calls, folder, kLongestDropOut, task).IsFolder();
+        },
+        L"AwaitDestination", TTaskPriority::Normal);
     waitTask_->Run();
     return true;
 }

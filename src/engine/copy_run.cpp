@@ -43,18 +43,19 @@ std::unique_ptr<IOmniTaskControl> TCopyRun::StartTask(TTaskMethod method, std::w
     return task;
 }
 
-void TCopyRun::Prepare(std::wstring nas, bool useConnect, TSecret user, TSecret password) {
-    destination_ = {.nas = std::move(nas), .host = with_.hostName};
+void TCopyRun::Prepare(TRunSettings settings) {
+    destination_ = {.nas = std::move(settings.nas), .host = with_.hostName};
+    fetchCloudFiles_ = settings.fetchCloudFiles;
     log_.Destination(destination_.HostFolder());
     preparation_ = std::make_shared<TPreparation>();
     const auto order = std::make_shared<TPreparationOrder>();
     order->destination = destination_;
     order->configurationFolder = with_.configurationFolder;
     order->unattended = with_.unattended;
-    if (useConnect) {
+    if (settings.useConnect) {
         order->logon = &with_.shareLogon;
-        order->user = std::move(user);
-        order->password = std::move(password);
+        order->user = std::move(settings.user);
+        order->password = std::move(settings.password);
     }
     preparationTask_ = StartTask(
         [order, result = preparation_, &calls = with_.calls](IOmniTask& task) {
@@ -88,12 +89,14 @@ TCopyRun::TBeginning TCopyRun::BeginScan() {
     with_.nasDataFile.Loaded(destination_.TableFile(), prepared->table.get());
 
     // The tables come as copies: no thread ever reads what another one writes.
+    sourceRoots_ = std::make_shared<TSourceRoots>(with_.calls);
     FScanTask = StartTask(
-        [&calls = with_.calls](IOmniTask& task) {
+        [&calls = with_.calls, fetchCloudFiles = fetchCloudFiles_, roots = sourceRoots_](IOmniTask& task) {
             TFolderScan(task, calls,
                         {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
                          task.Parameter<std::shared_ptr<const THashSnapshot>>(L"NasData"),
-                         task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST")})
+                         task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST"),
+                         fetchCloudFiles, roots})
                 .Run();
         },
         L"ScanFolders", TTaskPriority::Highest);
@@ -117,18 +120,33 @@ void TCopyRun::TaskSent(TTaskMessage& message) {
         return;
     }
     if (const auto* problem = std::get_if<TProblem>(&message.value)) {
-        if (problem->what == TProblemKind::SourceFolderMissing) {
-            // The window stays silent about it: a disk that is not plugged in today is nothing to wonder at.
-            ++missingFolders_;
-            log_.Problem(*problem);
-        } else {
-            ReportFailure(*problem);
-        }
+        TellProblem(*problem);
     } else if (const auto* compared = std::get_if<TComparedFolder>(&message.value)) {
         log_.SourceFolder(compared->path, static_cast<std::uint64_t>(compared->files));
+    } else if (const auto* unchanged = std::get_if<std::unique_ptr<TUnchangedList>>(&message.value)) {
+        for (const TUnchangedFile& file : **unchanged) {
+            with_.nasData.RecordCopiedFile(file.hash, file.date);
+        }
+    } else if (const auto* count = std::get_if<std::int64_t>(&message.value)) {
+        log_.Note(CloudFilesText(*count));
     } else if (auto* files = std::get_if<std::unique_ptr<TStringList>>(&message.value)) {
         CopyFileList.insert(CopyFileList.end(), std::make_move_iterator((*files)->begin()),
                             std::make_move_iterator((*files)->end()));
+    }
+}
+
+void TCopyRun::TellProblem(const TProblem& problem) {
+    switch (problem.what) {
+        case TProblemKind::SourceFolderMissing:
+            // The window stays silent about it: a disk that is not plugged in today is nothing to wonder at.
+            ++missingFolders_;
+            return log_.Problem(problem);
+        case TProblemKind::BackupInSource:
+            // Left out on purpose, and nothing is missing in the backup.
+            log_.Problem(problem);
+            return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Ignore);
+        default:
+            return ReportFailure(problem);
     }
 }
 

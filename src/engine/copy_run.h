@@ -13,6 +13,7 @@
 #include "engine/message_kind.h"
 #include "engine/run_log.h"
 #include "engine/run_preparation.h"
+#include "engine/source_roots.h"
 #include "engine/task_runtime.h"
 #include "hashdb/stored_hash_table.h"
 #include "store/settings.h"
@@ -41,6 +42,15 @@ struct TRunSurroundings {
     bool unattended;
 };
 
+// What a run takes from the settings.
+struct TRunSettings {
+    std::wstring nas;
+    bool useConnect = false;
+    TSecret user;
+    TSecret password;
+    bool fetchCloudFiles = false;
+};
+
 // The run from TDM.StartCopy to its end: its destination, its tasks, the list of files that wait, what was
 // copied and what failed. A new run is a new object; one that was stopped does nothing more but finish the
 // file at hand. Belongs to the window's thread.
@@ -54,8 +64,8 @@ public:
     TCopyRun& operator=(const TCopyRun&) = delete;
     ~TCopyRun();
 
-    // Looks for the destination and loads its table, on a task. The credentials are taken.
-    void Prepare(std::wstring nas, bool useConnect, TSecret user, TSecret password);
+    // Looks for the destination and loads its table, on a task.
+    void Prepare(TRunSettings settings);
     // What came of it; the problems are reported.
     enum class TBeginning { Begun, NotReached, Broken };
     TBeginning BeginScan();
@@ -89,6 +99,8 @@ private:
     std::unique_ptr<IOmniTaskControl> StartTask(TTaskMethod method, std::wstring name,
                                                 TTaskPriority priority);
 
+    void TellProblem(const TProblem& problem);
+    void TellLostFolders();
     void CopyWaitingFiles();
     void TakeFailedFilesAgain();
     void CopyNextFile();
@@ -109,6 +121,9 @@ private:
     std::unique_ptr<IOmniTaskControl> preparationTask_;
     std::shared_ptr<TPreparation> preparation_;
     std::unique_ptr<IOmniTaskControl> FScanTask;
+    // Shared with the scan.
+    std::shared_ptr<TSourceRoots> sourceRoots_;
+    bool fetchCloudFiles_ = false;
     // Set while the destination is waited for, with whether it came back.
     std::unique_ptr<IOmniTaskControl> waitTask_;
     std::shared_ptr<bool> cameBack_;

@@ -1,5 +1,6 @@
 #include "engine/run_preparation.h"
 
+#include "engine/destination_wait.h"
 #include "engine/scan_folders.h"
 #include "hashdb/hash_table_file.h"
 #include "store/seen_tables.h"
@@ -12,7 +13,6 @@
 
 namespace {
 
-constexpr DWORD kAskAgainAfter = 1000;        // milliseconds
 constexpr ULONGLONG kWaitForStart = 120'000;  // milliseconds: a NAS that spins up, a Wi-Fi that connects
 
 void Tell(IOmniTask& task, std::wstring text) {
@@ -154,22 +154,4 @@ TPreparation PrepareRun(const TPlatformCalls& calls, TPreparationOrder& order, I
         LoadTable(calls, order.destination, order.configurationFolder, preparation);
     }
     return preparation;
-}
-
-void Pause(const TPlatformCalls& calls, DWORD milliseconds, const IOmniTask& task) {
-    constexpr DWORD kStep = 50;  // a stop is answered within this time
-    for (DWORD waited = 0; waited < milliseconds && !task.Terminated(); waited += kStep) {
-        calls.Sleep(kStep);
-    }
-}
-
-TAttributes AwaitFolder(const TPlatformCalls& calls, const std::wstring& folder, unsigned limit,
-                        const IOmniTask& task) {
-    const ULONGLONG begun = calls.GetTickCount64();
-    TAttributes answer = QueryAttributes(calls, folder);
-    while (!answer.IsFolder() && !task.Terminated() && calls.GetTickCount64() - begun < limit * 1000ULL) {
-        Pause(calls, kAskAgainAfter, task);
-        answer = QueryAttributes(calls, folder);
-    }
-    return answer;
 }

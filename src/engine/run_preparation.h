@@ -67,11 +67,3 @@ struct TPreparation {
 // task's thread, because a NAS that sleeps holds up each of these calls; ends early when the task is asked to
 // stop.
 TPreparation PrepareRun(const TPlatformCalls& calls, TPreparationOrder& order, IOmniTask& task);
-
-// Waits for `milliseconds`, or until the task is asked to stop.
-void Pause(const TPlatformCalls& calls, DWORD milliseconds, const IOmniTask& task);
-
-// Asks for a folder once a second until it answers, for at most `limit` seconds or until the task is asked to
-// stop; the answer is that of the last time.
-TAttributes AwaitFolder(const TPlatformCalls& calls, const std::wstring& folder, unsigned limit,
-                        const IOmniTask& task);

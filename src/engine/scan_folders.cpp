@@ -3,13 +3,17 @@
 #include <exception>
 #include <utility>
 
+#include "engine/destination_wait.h"
 #include "engine/folder_comparison.h"
 #include "hashdb/destination_folder.h"
 #include "support/case_folding.h"
 #include "support/system_error.h"
 #include "texts/problem_text.h"
+#include "texts/run_texts.h"
 
 namespace {
+
+constexpr unsigned kAttempts = 3;  // for one folder
 
 void Send(IOmniTask& task, TScanMessage message, TTaskValue value) {
     task.Send(static_cast<std::uint16_t>(message), std::move(value));
@@ -58,39 +62,58 @@ void TFolderScan::Run() {
     SendSummary();
 }
 
+// A destination that is away for some seconds is waited for, and the folder is compared once more.
 void TFolderScan::ScanFolder(const TSourceFolder& folder) {
     if (roots_->IsLost(folder.root)) {
         return;
     }
     const std::wstring target = DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path);
+    for (unsigned attempt = 1;; ++attempt) {
+        try {
+            return CompareAndSend(folder, target);
+        } catch (const EProblem& problem) {
+            if (problem.Problem().what != TProblemKind::DestinationUnreachable || attempt == kAttempts ||
+                !DestinationComesBack()) {
+                throw;
+            }
+        }
+    }
+}
+
+bool TFolderScan::DestinationComesBack() const {
+    return AwaitFolder(calls_, parameters_.nas + L"\\" + parameters_.host, kLongestDropOut, task_).IsFolder();
+}
+
+void TFolderScan::CompareAndSend(const TSourceFolder& folder, const std::wstring& target) {
     TFolderComparison comparison(calls_, folder.path, target,
                                  {.records = *parameters_.nasData,
                                   .localTime = localTime_,
                                   .fetchCloudFiles = parameters_.fetchCloudFiles});
-    std::exception_ptr failure;
-    try {
-        Compare(folder, target, comparison);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    // What was found before a failure is copied all the same.
+    Compare(folder, target, comparison);
     SendFindings(folder, comparison);
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
 }
 
 void TFolderScan::Compare(const TSourceFolder& folder, const std::wstring& target,
                           TFolderComparison& comparison) {
     TNames* const names = folder.sharesTarget ? &NamesAt(target) : nullptr;
+    TNames given;
+    std::vector<std::wstring> collisions;
     walk_.ListFiles(folder, [&](const WIN32_FIND_DATAW& file) {
-        if (names == nullptr || names->insert(FoldedCase(file.cFileName)).second) {
+        const std::wstring name = names != nullptr ? FoldedCase(file.cFileName) : std::wstring();
+        if (names == nullptr || (!names->contains(name) && given.insert(name).second)) {
             comparison.Add(file);
         } else {
-            TellCollision(folder, file.cFileName);
+            collisions.emplace_back(file.cFileName);
         }
     });
     comparison.Finish();
+    // Only now: a comparison that broke off begins anew.
+    if (names != nullptr) {
+        names->merge(given);
+    }
+    for (const std::wstring& name : collisions) {
+        TellCollision(folder, name);
+    }
 }
 
 // Two folders whose destinations differ only in case are one folder there, unless they are known to be two.
@@ -132,6 +155,5 @@ void TFolderScan::SendSummary() {
     if (cloudFileCount_ > 0) {
         Send(task_, TScanMessage::CloudFiles, cloudFileCount_);
     }
-    Send(task_, TScanMessage::IgnoreText,
-         L"Dateivergleich mit " + std::to_wstring(fileCount_) + L" Dateien abgeschlossen");
+    Send(task_, TScanMessage::IgnoreText, ComparedText(fileCount_));
 }

@@ -63,6 +63,8 @@ private:
     };
 
     void ScanFolder(const TSourceFolder& folder);
+    bool DestinationComesBack() const;
+    void CompareAndSend(const TSourceFolder& folder, const std::wstring& target);
     void Compare(const TSourceFolder& folder, const std::wstring& target, TFolderComparison& comparison);
     void SendFindings(const TSourceFolder& folder, TFolderComparison& comparison);
     void SendSummary();

@@ -98,6 +98,7 @@ void TDM::LoadRunSettings() {
     TSettings settings = LoadSettings(calls_, IniFile());
     NAS = settings.DestinationRoot();
     UseConnect = settings.CONNECT.value;
+    fetchCloudFiles_ = settings.CLOUD;
     AUser = std::move(settings.USER.value);
     APass = std::move(settings.PASS.value);
 }
@@ -124,7 +125,11 @@ void TDM::StartCopy() {
                          .unattended = unattended_});
     try {
         LoadRunSettings();
-        run_->Prepare(NAS, UseConnect, std::move(AUser), std::move(APass));
+        run_->Prepare({.nas = NAS,
+                       .useConnect = UseConnect,
+                       .user = std::move(AUser),
+                       .password = std::move(APass),
+                       .fetchCloudFiles = fetchCloudFiles_});
     } catch (const std::exception& error) {
         // Nothing is scanned: the next tick finds the run ended.
         run_->ReportFailure(ProblemOf(error));

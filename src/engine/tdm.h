@@ -121,6 +121,7 @@ private:
     bool unattended_ = false;
 
     TShareLogon shareLogon_;
+    bool fetchCloudFiles_ = false;
     TSecret AUser;
     TSecret APass;
     DWORD Res = 0;

@@ -86,6 +86,7 @@ std::vector<TProblem> Read(const TPlatformCalls& calls, const std::wstring& iniP
     const TIniFile ini(bytes, TSystemCodePage());
     std::vector<TProblem> problems;
     ForEachSetting(settings, TReader{ini, settings, credentials, iniPath, problems});
+    settings.CLOUD = ini.Boolean(kSection, L"CLOUD", false);
     return problems;
 }
 

@@ -41,6 +41,9 @@ struct TSettings {
     TSetting<TSecret> USER;         // protected in the file
     TSetting<TSecret> PASS;
 
+    // Without a control, so never written: files that are only in the cloud are fetched and copied, too.
+    bool CLOUD = false;
+
     // The destination root as a run needs it: one trailing "\" removed, upper case in the user's language.
     std::wstring DestinationRoot() const;
 };

@@ -13,6 +13,10 @@ std::wstring ComparedText(std::int64_t files) {
     return L"Dateivergleich mit " + std::to_wstring(files) + L" Dateien abgeschlossen";
 }
 
+std::wstring CloudFilesText(std::int64_t files) {
+    return std::to_wstring(files) + L" Dateien liegen nur in der Cloud und wurden nicht geholt";
+}
+
 std::wstring WaitingForDestinationText(std::wstring_view destination) {
     return L"Warte auf das Ziel: " + std::wstring(destination);
 }

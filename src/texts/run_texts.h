@@ -11,6 +11,9 @@ std::wstring TimeTakenText(double minutes, std::wstring_view decimalSeparator);
 // "Dateivergleich mit 12 Dateien abgeschlossen".
 std::wstring ComparedText(std::int64_t files);
 
+// For the run's log.
+std::wstring CloudFilesText(std::int64_t files);
+
 inline constexpr wchar_t kSearchingText[] = L"Suche nach veränderten Daten..";
 
 // Shown as the current path while a run waits.
