@@ -2,57 +2,17 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 #include <utility>
 
+#include "support/open_file.h"
 #include "support/path_text.h"
 #include "support/problem.h"
+#include "support/retries.h"
 
 namespace {
 
 constexpr DWORD kLargestTransfer = 16 * 1024 * 1024;
-
-// A file opened through the table of platform calls, closed through it too.
-class TOpenFile {
-public:
-    TOpenFile(const TPlatformCalls& calls, std::wstring_view path, DWORD access, DWORD sharing,
-              DWORD disposition)
-        : calls_(calls),
-          handle_(calls.CreateFileW(ExtendedPath(path).c_str(), access, sharing, nullptr, disposition,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr)),
-          openError_(handle_ == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS) {}
-    TOpenFile(const TOpenFile&) = delete;
-    TOpenFile& operator=(const TOpenFile&) = delete;
-    ~TOpenFile() {
-        if (handle_ != INVALID_HANDLE_VALUE) {
-            calls_.CloseHandle(handle_);
-        }
-    }
-
-    TErrorCode OpenError() const { return openError_; }
-    HANDLE Get() const { return handle_; }
-
-    TErrorCode Write(std::string_view bytes) const {
-        while (!bytes.empty()) {
-            const auto size = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), kLargestTransfer));
-            DWORD written = 0;
-            if (!calls_.WriteFile(handle_, bytes.data(), size, &written, nullptr)) {
-                return GetLastError();
-            }
-            if (written == 0) {
-                return ERROR_WRITE_FAULT;
-            }
-            bytes.remove_prefix(written);
-        }
-        return ERROR_SUCCESS;
-    }
-
-    TErrorCode Flush() const { return calls_.FlushFileBuffers(handle_) ? ERROR_SUCCESS : GetLastError(); }
-
-private:
-    const TPlatformCalls& calls_;
-    HANDLE handle_;
-    TErrorCode openError_;
-};
 
 // A file written beside the one it is to replace; deleted again unless it has taken that one's place.
 class TFileBeside {
@@ -62,35 +22,44 @@ public:
     TFileBeside& operator=(const TFileBeside&) = delete;
     ~TFileBeside() {
         if (exists_) {
-            RemoveFile(calls_, path_);
+            static_cast<void>(retries_([this] { return RemoveFile(calls_, path_); }));
         }
     }
 
     TErrorCode Write(const std::function<TErrorCode(const TByteSink&)>& write) {
-        const TOpenFile file(calls_, path_, GENERIC_WRITE, 0, CREATE_ALWAYS);
-        if (file.OpenError() != ERROR_SUCCESS) {
-            return file.OpenError();
+        std::optional<TOpenFile> file;
+        const TErrorCode openError = retries_([&] {
+            return file.emplace(calls_, path_, GENERIC_WRITE, DWORD{0}, DWORD{CREATE_ALWAYS}).OpenError();
+        });
+        if (openError != ERROR_SUCCESS) {
+            return openError;
         }
         exists_ = true;
-        if (const TErrorCode error = write([&file](std::string_view bytes) { return file.Write(bytes); })) {
+        if (const TErrorCode error = write([&file](std::string_view bytes) { return file->Write(bytes); })) {
             return error;
         }
-        return file.Flush();
+        const TErrorCode flushError = file->Flush();
+        const TErrorCode closeError = file->Close();
+        return flushError != ERROR_SUCCESS ? flushError : closeError;
     }
 
     TErrorCode RenameOver(const std::wstring& target) {
-        if (!calls_.MoveFileExW(path_.c_str(), target.c_str(),
-                                MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-            return GetLastError();
-        }
-        exists_ = false;
-        return ERROR_SUCCESS;
+        const TErrorCode error = retries_([&]() -> TErrorCode {
+            return calls_.MoveFileExW(path_.c_str(), target.c_str(),
+                                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)
+                       ? ERROR_SUCCESS
+                       : LastFailure();
+        });
+        exists_ = error != ERROR_SUCCESS;
+        return error;
     }
 
 private:
     const TPlatformCalls& calls_;
     std::wstring path_;
     bool exists_ = false;
+    TPatience patience_;
+    TRetries retries_{calls_, patience_};
 };
 
 // What no folder can be made of: the drive or share at the front of a path in the extended form.
@@ -109,8 +78,7 @@ TAttributes QueryAttributes(const TPlatformCalls& calls, std::wstring_view path)
     const std::wstring extended = ExtendedPath(path);
     TAttributes answer;
     if (!calls.GetFileAttributesExW(extended.c_str(), GetFileExInfoStandard, &answer.data)) {
-        const TErrorCode error = GetLastError();
-        answer.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+        answer.error = LastFailure();
         answer.data = {};
     }
     return answer;
@@ -169,12 +137,12 @@ TErrorCode ReadWholeFile(const TPlatformCalls& calls, std::wstring_view path, st
     if (file.OpenError() != ERROR_SUCCESS) {
         return file.OpenError();
     }
-    LARGE_INTEGER size{};
-    if (!calls.GetFileSizeEx(file.Get(), &size)) {
-        return GetLastError();
+    std::int64_t size = 0;
+    if (const TErrorCode error = file.Size(size)) {
+        return error;
     }
     try {
-        bytes.resize(static_cast<std::size_t>(size.QuadPart));
+        bytes.resize(static_cast<std::size_t>(size));
     } catch (const std::exception&) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
@@ -235,27 +203,35 @@ TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
     return error;
 }
 
-void RemoveFile(const TPlatformCalls& calls, std::wstring_view path) {
+TErrorCode RemoveFile(const TPlatformCalls& calls, std::wstring_view path) {
     const std::wstring extended = ExtendedPath(path);
-    if (!calls.DeleteFileW(extended.c_str()) && GetLastError() == ERROR_ACCESS_DENIED) {
-        calls.SetFileAttributesW(extended.c_str(), FILE_ATTRIBUTE_NORMAL);
-        calls.DeleteFileW(extended.c_str());
+    if (calls.DeleteFileW(extended.c_str())) {
+        return ERROR_SUCCESS;
     }
+    const TErrorCode error = LastFailure();
+    // A read-only file is not deleted.
+    return error == ERROR_ACCESS_DENIED &&
+                   calls.SetFileAttributesW(extended.c_str(), FILE_ATTRIBUTE_NORMAL) &&
+                   calls.DeleteFileW(extended.c_str())
+               ? ERROR_SUCCESS
+               : error;
 }
 
 TErrorCode AppendToFile(const TPlatformCalls& calls, std::wstring_view path, std::string_view bytes) {
-    // Who holds the file for a moment, as a virus scanner does, gets a second chance to let go of it.
-    for (const bool isLast : {false, true}) {
-        const TOpenFile file(calls, path, GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS);
-        if (file.OpenError() == ERROR_SUCCESS) {
-            if (!calls.SetFilePointerEx(file.Get(), LARGE_INTEGER{}, nullptr, FILE_END)) {
-                return GetLastError();
-            }
-            return file.Write(bytes);
-        }
-        if (isLast) {
-            return file.OpenError();
-        }
+    TPatience patience;
+    TRetries retries(calls, patience);
+    std::optional<TOpenFile> file;
+    const TErrorCode openError = retries([&] {
+        return file.emplace(calls, path, DWORD{GENERIC_WRITE}, DWORD{FILE_SHARE_READ}, DWORD{OPEN_ALWAYS})
+            .OpenError();
+    });
+    if (openError != ERROR_SUCCESS) {
+        return openError;
     }
-    return ERROR_SUCCESS;
+    if (!calls.SetFilePointerEx(file->Get(), LARGE_INTEGER{}, nullptr, FILE_END)) {
+        return LastFailure();
+    }
+    const TErrorCode writeError = file->Write(bytes);
+    const TErrorCode closeError = file->Close();
+    return writeError != ERROR_SUCCESS ? writeError : closeError;
 }

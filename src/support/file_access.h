@@ -61,12 +61,13 @@ using TByteSink = std::function<TErrorCode(std::string_view)>;
 
 // Replaces a file whole: what `write` gives to its sink goes to a file beside it, which is flushed and then
 // renamed over the old one. When anything fails the old file is untouched and nothing is left beside it.
+// Waits up to a second for whoever holds one of the two for a moment.
 [[nodiscard]] TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
                                           const std::function<TErrorCode(const TByteSink&)>& write);
 
 // Deletes a file, a read-only one too.
-void RemoveFile(const TPlatformCalls& calls, std::wstring_view path);
+TErrorCode RemoveFile(const TPlatformCalls& calls, std::wstring_view path);
 
-// Appends the bytes to a file, creating it when it is missing.
+// Appends the bytes to a file, creating it when it is missing. Waits up to a second for whoever holds it.
 [[nodiscard]] TErrorCode AppendToFile(const TPlatformCalls& calls, std::wstring_view path,
                                       std::string_view bytes);

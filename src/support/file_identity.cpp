@@ -1,47 +1,28 @@
 #include "support/file_identity.h"
 
-#include "support/path_text.h"
+#include "support/open_file.h"
 
 namespace {
 
-// A file or folder opened without access rights: only what it is is asked for.
-class TOpenedPath {
-public:
-    TOpenedPath(const TPlatformCalls& calls, std::wstring_view path)
-        : calls_(calls),
-          // Folders need the backup flag.
-          handle_(calls.CreateFileW(ExtendedPath(path).c_str(), 0,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr)),
-          openError_(IsOpen() ? ERROR_SUCCESS : GetLastError()) {}
-    TOpenedPath(const TOpenedPath&) = delete;
-    TOpenedPath& operator=(const TOpenedPath&) = delete;
-    ~TOpenedPath() {
-        if (IsOpen()) {
-            calls_.CloseHandle(handle_);
-        }
-    }
+// Opened without access rights: only what it is is asked for. Folders need the backup flag.
+TOpenFile OpenToAsk(const TPlatformCalls& calls, std::wstring_view path) {
+    return {calls, path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING,
+            FILE_FLAG_BACKUP_SEMANTICS};
+}
 
-    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return handle_; }
-    TErrorCode Ask(BY_HANDLE_FILE_INFORMATION& information) const {
-        if (!IsOpen()) {
-            return openError_ != ERROR_SUCCESS ? openError_ : ERROR_GEN_FAILURE;
-        }
-        return calls_.GetFileInformationByHandle(handle_, &information) ? ERROR_SUCCESS : GetLastError();
+TErrorCode Ask(const TPlatformCalls& calls, std::wstring_view path, BY_HANDLE_FILE_INFORMATION& information) {
+    const TOpenFile opened = OpenToAsk(calls, path);
+    if (opened.OpenError() != ERROR_SUCCESS) {
+        return opened.OpenError();
     }
-
-private:
-    const TPlatformCalls& calls_;
-    HANDLE handle_;
-    TErrorCode openError_;
-};
+    return calls.GetFileInformationByHandle(opened.Get(), &information) ? ERROR_SUCCESS : LastFailure();
+}
 
 }  // namespace
 
 std::optional<TFileIdentity> FileIdentity(const TPlatformCalls& calls, std::wstring_view path) {
     BY_HANDLE_FILE_INFORMATION information{};
-    if (TOpenedPath(calls, path).Ask(information) != ERROR_SUCCESS) {
+    if (Ask(calls, path, information) != ERROR_SUCCESS) {
         return std::nullopt;
     }
     const std::uint64_t index =
@@ -53,18 +34,23 @@ std::optional<TFileIdentity> FileIdentity(const TPlatformCalls& calls, std::wstr
     return TFileIdentity{information.dwVolumeSerialNumber, index};
 }
 
+bool IsSameFile(const TPlatformCalls& calls, std::wstring_view one, std::wstring_view other) {
+    const auto identity = FileIdentity(calls, one);
+    return identity && identity == FileIdentity(calls, other);
+}
+
 TAttributes QueryAttributesBehindLink(const TPlatformCalls& calls, std::wstring_view path) {
     BY_HANDLE_FILE_INFORMATION information{};
     TAttributes answer;
-    answer.error = TOpenedPath(calls, path).Ask(information);
+    answer.error = Ask(calls, path, information);
     answer.data = {information.dwFileAttributes, information.ftCreationTime, information.ftLastAccessTime,
                    information.ftLastWriteTime,  information.nFileSizeHigh,  information.nFileSizeLow};
     return answer;
 }
 
 std::wstring FinalPath(const TPlatformCalls& calls, std::wstring_view path) {
-    const TOpenedPath opened(calls, path);
-    if (!opened.IsOpen()) {
+    const TOpenFile opened = OpenToAsk(calls, path);
+    if (opened.OpenError() != ERROR_SUCCESS) {
         return {};
     }
     std::wstring final(MAX_PATH, L'\0');

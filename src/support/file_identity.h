@@ -19,8 +19,11 @@ struct TFileIdentity {
     friend bool operator==(const TFileIdentity&, const TFileIdentity&) = default;
 };
 
-// Links are followed. Nothing when the path cannot be opened, or when its file system has no such numbers.
+// Three calls. Links are followed. Nothing when the path cannot be opened, or when its file system has no such numbers.
 std::optional<TFileIdentity> FileIdentity(const TPlatformCalls& calls, std::wstring_view path);
+
+// Whether both paths lead to one file or folder. False when that cannot be told.
+bool IsSameFile(const TPlatformCalls& calls, std::wstring_view one, std::wstring_view other);
 
 // QueryAttributes tells of a symbolic link itself; this tells of what it leads to, by opening it.
 TAttributes QueryAttributesBehindLink(const TPlatformCalls& calls, std::wstring_view path);

@@ -1,7 +1,7 @@
 #include "support/file_times.h"
 
 #include "support/file_access.h"
-#include "support/path_text.h"
+#include "support/open_file.h"
 
 std::optional<TFileTimes> ReadFileTimes(const TPlatformCalls& calls, std::wstring_view path) {
     const TAttributes attributes = QueryAttributes(calls, path);
@@ -9,21 +9,10 @@ std::optional<TFileTimes> ReadFileTimes(const TPlatformCalls& calls, std::wstrin
 }
 
 bool WriteFileTimes(const TPlatformCalls& calls, std::wstring_view path, const TFileTimes& times) {
-    const auto open = [&](DWORD access) {
-        return calls.CreateFileW(ExtendedPath(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                 nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    };
-    HANDLE file = open(GENERIC_READ | GENERIC_WRITE);
-    if (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_ACCESS_DENIED) {
-        // A read-only file, as the copy of one is.
-        file = open(FILE_WRITE_ATTRIBUTES);
-    }
-    if (file == INVALID_HANDLE_VALUE) {
-        return false;
-    }
-    const bool written = calls.SetFileTime(file, &times.creation, &times.lastAccess, &times.lastWrite) != 0;
-    calls.CloseHandle(file);
-    return written;
+    const TOpenFile file(calls, path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                         OPEN_EXISTING);
+    return file.OpenError() == ERROR_SUCCESS &&
+           calls.SetFileTime(file.Get(), &times.creation, &times.lastAccess, &times.lastWrite);
 }
 
 TLocalTimeRule::TLocalTimeRule() {

@@ -3,7 +3,7 @@
 #include "support/path_text.h"
 
 bool TLinkLoopCheck::LeadsBackToAncestor(const std::wstring& path) {
-    const auto target = IdentityOf(path);
+    const auto target = KnownIdentityOf(path);
     if (!target) {
         return false;
     }
@@ -14,14 +14,14 @@ bool TLinkLoopCheck::LeadsBackToAncestor(const std::wstring& path) {
         if (ancestor.size() < rootLength || ancestor.empty()) {
             return false;
         }
-        if (IdentityOf(std::wstring(ancestor)) == target) {
+        if (KnownIdentityOf(std::wstring(ancestor)) == target) {
             return true;
         }
     } while (ancestor.size() > rootLength);
     return false;
 }
 
-std::optional<TFileIdentity> TLinkLoopCheck::IdentityOf(const std::wstring& path) {
+std::optional<TFileIdentity> TLinkLoopCheck::KnownIdentityOf(const std::wstring& path) {
     const auto [entry, isNew] = known_.try_emplace(path);
     if (isNew) {
         entry->second = FileIdentity(calls_, path);

@@ -18,7 +18,7 @@ public:
     bool LeadsBackToAncestor(const std::wstring& path);
 
 private:
-    std::optional<TFileIdentity> IdentityOf(const std::wstring& path);
+    std::optional<TFileIdentity> KnownIdentityOf(const std::wstring& path);
 
     const TPlatformCalls& calls_;
     std::unordered_map<std::wstring, std::optional<TFileIdentity>> known_;

@@ -27,8 +27,13 @@ struct TPlatformCalls {
     decltype(&::GetFileInformationByHandle) GetFileInformationByHandle;
     decltype(&::GetFinalPathNameByHandleW) GetFinalPathNameByHandleW;
     decltype(&::FlushFileBuffers) FlushFileBuffers;
+    decltype(&::GetFileTime) GetFileTime;
     decltype(&::SetFileTime) SetFileTime;
+    decltype(&::SetFileInformationByHandle) SetFileInformationByHandle;
     decltype(&::CloseHandle) CloseHandle;
+
+    // Waiting for a file that somebody else holds for a moment.
+    decltype(&::Sleep) Sleep;
 
     // Network connections.
     decltype(&::WNetAddConnection2W) WNetAddConnection2W;

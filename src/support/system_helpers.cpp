@@ -125,10 +125,15 @@ std::wstring TemporaryFolder() {
 }
 
 bool MoveAsideWithNumber(const TPlatformCalls& calls, std::wstring_view path) {
-    const std::wstring original = ExtendedPath(path);
-    const TAttributes attributes = QueryAttributes(calls, original);
+    TPatience patience;
+    TRetries retries(calls, patience);
+    return MoveAsideWithNumber(calls, path, retries).error == ERROR_SUCCESS;
+}
+
+TMovedAside MoveAsideWithNumber(const TPlatformCalls& calls, std::wstring_view path, TRetries& retries) {
+    const TAttributes attributes = QueryAttributes(calls, path);
     if (!attributes.IsFile()) {
-        return attributes.IsFolder() || IsMissing(attributes.error);
+        return {IsMissing(attributes.error) ? TErrorCode{ERROR_SUCCESS} : attributes.error};
     }
     std::uint64_t number = 1;
     while (FileExists(calls, NumberedName(path, number))) {
@@ -137,5 +142,10 @@ bool MoveAsideWithNumber(const TPlatformCalls& calls, std::wstring_view path) {
             number = FirstUnlistedNumber(calls, path, number);
         }
     }
-    return calls.MoveFileW(original.c_str(), ExtendedPath(NumberedName(path, number)).c_str()) != 0;
+    std::wstring numbered = NumberedName(path, number);
+    const TErrorCode error = retries([&]() -> TErrorCode {
+        return calls.MoveFileW(ExtendedPath(path).c_str(), ExtendedPath(numbered).c_str()) ? ERROR_SUCCESS
+                                                                                           : LastFailure();
+    });
+    return error == ERROR_SUCCESS ? TMovedAside{ERROR_SUCCESS, std::move(numbered)} : TMovedAside{error};
 }

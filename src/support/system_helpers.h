@@ -7,7 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "support/error_code.h"
 #include "support/platform_calls.h"
+#include "support/retries.h"
 
 // The machine's name as the registry has it, else as the system answers: the name of this machine's folder
 // below the destination root.
@@ -28,3 +30,12 @@ std::wstring TemporaryFolder();
 // Renames a file to the first free one of its numbered names (see NumberedName). True when that is done, or
 // when there is no file at the path; false too when it cannot be told whether there is one.
 [[nodiscard]] bool MoveAsideWithNumber(const TPlatformCalls& calls, std::wstring_view path);
+
+struct TMovedAside {
+    TErrorCode error = 0;    // why the file is still at its path, or whether there is one cannot be told
+    std::wstring path = {};  // where the file lies now; empty also when there was none
+};
+
+// The same, as one step of many with one file.
+[[nodiscard]] TMovedAside MoveAsideWithNumber(const TPlatformCalls& calls, std::wstring_view path,
+                                              TRetries& retries);

@@ -131,6 +131,7 @@ TEST(MoveAside, FailsWhenTheFileStaysWhereItIs) {
         SetLastError(ERROR_SHARING_VIOLATION);
         return FALSE;
     };
+    calls.Sleep = [](DWORD) {};
     EXPECT_FALSE(MoveAsideWithNumber(calls, path));
     // A share that does not answer is not an absent file: the copy that follows would overwrite it.
     calls = SystemPlatformCalls();
