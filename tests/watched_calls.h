@@ -41,7 +41,12 @@ public:
             Watch<&TPlatformCalls::GetFileSizeEx>(calls, "GetFileSizeEx");
             Watch<&TPlatformCalls::GetFileInformationByHandle>(calls, "GetFileInformationByHandle");
             Watch<&TPlatformCalls::FlushFileBuffers>(calls, "FlushFileBuffers");
+            Watch<&TPlatformCalls::GetFileTime>(calls, "GetFileTime");
             Watch<&TPlatformCalls::SetFileTime>(calls, "SetFileTime");
+            Watch<&TPlatformCalls::SetFileInformationByHandle>(calls, "SetFileInformationByHandle");
+            Watch<&TPlatformCalls::CloseHandle>(calls, "CloseHandle");
+            // Whoever refuses something for a moment has changed his mind when the call comes again.
+            calls.Sleep = [](DWORD) {};
             return calls;
         }();
         return table;
@@ -72,6 +77,10 @@ private:
         static Result WINAPI Call(Arguments... arguments) {
             const DWORD error = Before() ? Before()(name, FirstPath(arguments...)) : ERROR_SUCCESS;
             if (error != ERROR_SUCCESS) {
+                if (name == std::string_view("CloseHandle")) {
+                    // One that fails has closed the handle all the same.
+                    static_cast<void>((SystemPlatformCalls().*Member)(arguments...));
+                }
                 SetLastError(error);
                 if constexpr (std::is_same_v<Result, HANDLE>) {
                     return INVALID_HANDLE_VALUE;

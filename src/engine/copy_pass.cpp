@@ -9,10 +9,10 @@
 #include "engine/safe_copy.h"
 #include "engine/tdm.h"
 #include "hashdb/destination_folder.h"
+#include "support/file_identity.h"
 #include "support/path_hash.h"
 #include "support/path_text.h"
 #include "support/system_error.h"
-#include "support/system_helpers.h"
 #include "texts/problem_text.h"
 #include "texts/run_texts.h"
 
@@ -61,7 +61,11 @@ void TCopyRun::CopyNextFile() {
     const std::wstring source = std::move(CopyFileList.front());
     CopyFileList.pop_front();
     // The only question about the source: existence, size and times together.
-    const TAttributes attributes = QueryAttributes(with_.calls, source);
+    TAttributes attributes = QueryAttributes(with_.calls, source);
+    if (attributes.Exists() && (attributes.data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        // What is copied is the file that a link leads to.
+        attributes = QueryAttributesBehindLink(with_.calls, source);
+    }
     if (attributes.IsFolder() || IsMissing(attributes.error)) {
         // Gone since the scan saw it, alone or with all that is around it.
         if (const auto problem = sourceRoots_->Missed(source)) {
@@ -109,28 +113,26 @@ bool TCopyRun::MakeFolder(const std::wstring& source, const std::wstring& folder
 void TCopyRun::CopyOneFile(const std::wstring& source, const std::wstring& folder,
                            const TAttributes& attributes) {
     const std::wstring target = folder + L"\\" + std::wstring(FileNamePart(source));
-    // The current row's switch counts, whichever row the file comes from. A copy that cannot be moved aside
-    // is not written over either.
-    if (with_.memData.Current().History.value_or(false) && !MoveAsideWithNumber(with_.calls, target)) {
-        FileFailed(source, ERROR_ALREADY_EXISTS);
-        return;
-    }
     const TFileTimes times = attributes.Times();
     const bool isLarge = attributes.Size() >= kProgressThreshold;
-    const TErrorCode error =
-        CopyFileSafely(with_.calls, {.source = source,
-                                     .target = target,
-                                     .times = &times,
-                                     .progressRoutine = isLarge ? &CopyProgressRoutine : nullptr,
-                                     .progressData = isLarge ? with_.progressWindow : nullptr});
-    if (error != ERROR_SUCCESS) {
+    const TCopyResult copied =
+        CopyFileSafely(with_.calls, destinationTraits_,
+                       {.source = source,
+                        .target = target,
+                        .size = attributes.Size(),
+                        .times = &times,
+                        // The current row's switch counts, whichever row the file comes from.
+                        .moveAside = with_.memData.Current().History.value_or(false),
+                        .progressRoutine = isLarge ? &CopyProgressRoutine : nullptr,
+                        .progressData = isLarge ? with_.progressWindow : nullptr});
+    if (copied.error != ERROR_SUCCESS) {
         // The folder may be gone: the next file asks again.
         knownFolder_.clear();
-        FileFailed(source, error);
+        FileFailed(source, copied.error);
         return;
     }
     ++copiedFiles_;
-    CopiedBytes += attributes.Size();
+    CopiedBytes += copied.bytes;
     Report(TDM::FormatFileSize(static_cast<double>(CopiedBytes)), TMessagePos::Bytes);
     Report(source, TMessagePos::Memo);
     with_.nasData.RecordCopiedFile(PathDigest(source), localTime_.ToLocal(times.lastWrite));

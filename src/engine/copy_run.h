@@ -13,6 +13,7 @@
 #include "engine/message_kind.h"
 #include "engine/run_log.h"
 #include "engine/run_preparation.h"
+#include "engine/safe_copy.h"
 #include "engine/source_roots.h"
 #include "engine/task_runtime.h"
 #include "hashdb/stored_hash_table.h"
@@ -129,6 +130,7 @@ private:
     std::shared_ptr<bool> cameBack_;
     std::unique_ptr<TDestinationClaim> claim_;
 
+    TDestinationTraits destinationTraits_;
     std::deque<std::wstring> CopyFileList;
     std::int64_t CopiedBytes = 0;
     std::uint64_t copiedFiles_ = 0;

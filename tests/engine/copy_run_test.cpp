@@ -167,35 +167,6 @@ TEST_F(CopyRun, OneByteBelowTheThresholdIsCopiedWithoutProgress) {
     EXPECT_EQ(Texts(TMessagePos::Memo).size(), 1U);
 }
 
-TEST_F(CopyRun, ReadOnlySourcesAndTargetsAreNoObstacle) {
-    const std::wstring path = source_.Write(L"a.txt", "new", TestTime(5));
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
-    const std::wstring copy = destination_.Write(CopyOf(L"a.txt"), "old", TestTime(0));
-    SetFileAttributesW(copy.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
-    // As Windows does: no writing to a read-only source, no replacing of a read-only target.
-    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
-                            DWORD flags) -> BOOL {
-        if (flags == COPY_FILE_OPEN_SOURCE_FOR_WRITE) {
-            SetLastError(ERROR_ACCESS_DENIED);
-            return FALSE;
-        }
-        return ::CopyFileExW(from, to, routine, data, cancel, flags);
-    };
-    calls_.MoveFileExW = [](LPCWSTR from, LPCWSTR to, DWORD flags) -> BOOL {
-        const DWORD attributes = GetFileAttributesW(to);
-        if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
-            SetLastError(ERROR_ACCESS_DENIED);
-            return FALSE;
-        }
-        return ::MoveFileExW(from, to, flags);
-    };
-    AddSource(source_.Path());
-    Run();
-    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "new");
-    EXPECT_TRUE(Texts(TMessagePos::Error).empty());
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-}
-
 TEST_F(CopyRun, WhatPreventsARunIsToldAndTouchesNothing) {
     AddSource(source_.Path());
     source_.Write(L"a.txt", "x");
@@ -392,12 +363,14 @@ TEST_F(CopyRun, StopAndStartFromWithinAReportAreSafe) {
 
 TEST_F(CopyRun, LeftOversOfInterruptedRunsDisappear) {
     source_.Write(L"a.txt", "x", TestTime(0));
-    destination_.Write(CopyOf(L"~vardeko-12-34-56.tmp"), "half");
-    destination_.Write(CopyOf(L"~vardeko-notes.tmp"), "somebody's own file");
+    destination_.Write(CopyOf(L"vardeko-12-34-56-7.vardeko"), "half");
+    destination_.Write(CopyOf(L"~vardeko-12-34-56.tmp"), "half, by an earlier version");
+    destination_.Write(CopyOf(L"vardeko-notes.vardeko"), "somebody's own file");
     AddSource(source_.Path());
     Run();
+    EXPECT_FALSE(destination_.Read(CopyOf(L"vardeko-12-34-56-7.vardeko")));
     EXPECT_FALSE(destination_.Read(CopyOf(L"~vardeko-12-34-56.tmp")));
-    EXPECT_TRUE(destination_.Read(CopyOf(L"~vardeko-notes.tmp")));
+    EXPECT_TRUE(destination_.Read(CopyOf(L"vardeko-notes.vardeko")));
 }
 
 TEST_F(CopyRun, AListingThatBreaksOffIsNoEmptyFolder) {

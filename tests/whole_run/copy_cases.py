@@ -89,14 +89,14 @@ class CopyCases(WholeRun):
         for path in plain:
             self.make(path, path.encode())
         # A name like that of a copy that is being made is no reason to leave a file away.
-        self.make("Daten/~vardeko-1-2-3.tmp", b"somebody's")
+        self.make("Daten/vardeko-1-2-3-4.vardeko", b"somebody's")
         for path in ("Daten/Punkt.", "Daten/Blank ", "Daten/Ordner./x.txt", "Daten/Frage?.txt"):
             self.make(path, b"foreign")
         self.configure(SourceFolder("Q:\\Daten", History=True))
         for _ in range(2):
             # Its copy passes for a left-over, and so is made by every run.
-            self.assertIn("Daten/~vardeko-1-2-3.tmp", self.run_program(None))
-            self.assert_backed_up([*plain, "Daten/~vardeko-1-2-3.tmp"])
+            self.assertIn("Daten/vardeko-1-2-3-4.vardeko", self.run_program(None))
+            self.assert_backed_up([*plain, "Daten/vardeko-1-2-3-4.vardeko"])
 
     def test_what_has_changed_is_copied_and_what_is_gone_is_kept(self):
         now = time.time_ns()

@@ -144,4 +144,4 @@ class WholeRun(unittest.TestCase):
     def left_beside(self):
         """Files that a run makes for itself and must not leave."""
         return [name for _, _, names in os.walk(self.nas) for name in names
-                if name.startswith("~vardeko-") or name.endswith(".new")]
+                if name.endswith(".vardeko") or name.endswith(".new")]
