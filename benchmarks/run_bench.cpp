@@ -4,10 +4,14 @@
 //   run_bench calls SOURCE NAS          calls to the destination, per file copied and per file unchanged, and
 //                                       what they would take where each lasts a millisecond
 //   run_bench large FILE NAS ROUNDS     one large file
+//   run_bench flush SOURCE NAS ROUNDS [MILLISECONDS]
+//                                       what waiting for the disk costs, one and eight files at a time; each
+//                                       call lasts that much longer
 #include <cstdlib>
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "app/main_window.h"
@@ -86,6 +90,7 @@ private:
 struct TBareCopy {
     std::wstring source;
     std::wstring target;
+    std::int64_t size;
     FILETIME created, accessed, written;
 };
 
@@ -99,8 +104,8 @@ void Collect(const std::wstring& folder, const std::wstring& target, std::vector
         if (IsFolder(entry)) {
             Collect(folder + name, target + name, copies);
         } else {
-            copies.push_back({folder + name, target + name, entry.ftCreationTime, entry.ftLastAccessTime,
-                              entry.ftLastWriteTime});
+            copies.push_back({folder + name, target + name, entry.nFileSizeLow, entry.ftCreationTime,
+                              entry.ftLastAccessTime, entry.ftLastWriteTime});
         }
     }
 }
@@ -110,11 +115,19 @@ void CopyBarely(const TBareCopy& copy) {
     const std::wstring temporary = copy.target + L"~";
     CopyFileExW(copy.source.c_str(), temporary.c_str(), nullptr, nullptr, nullptr,
                 COPY_FILE_OPEN_SOURCE_FOR_WRITE);
-    const HANDLE file = CreateFileW(temporary.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE file = CreateFileW(temporary.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES | DELETE,
+                                    FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr);
+    LARGE_INTEGER size{};
+    GetFileSizeEx(file, &size);
     SetFileTime(file, &copy.created, &copy.accessed, &copy.written);
+    FlushFileBuffers(file);
+    std::vector<std::byte> request(sizeof(FILE_RENAME_INFO) + copy.target.size() * sizeof(wchar_t));
+    auto* rename = reinterpret_cast<FILE_RENAME_INFO*>(request.data());
+    rename->ReplaceIfExists = TRUE;
+    rename->FileNameLength = static_cast<DWORD>(copy.target.size() * sizeof(wchar_t));
+    copy.target.copy(static_cast<wchar_t*>(rename->FileName), copy.target.size());
+    SetFileInformationByHandle(file, FileRenameInfo, rename, static_cast<DWORD>(request.size()));
     CloseHandle(file);
-    MoveFileExW(temporary.c_str(), copy.target.c_str(), MOVEFILE_REPLACE_EXISTING);
 }
 
 void MeasureCopies(const std::wstring& source, const std::wstring& nas, int rounds) {
@@ -135,13 +148,16 @@ void MeasureCopies(const std::wstring& source, const std::wstring& nas, int roun
 
 void MeasureLargeCopy(const std::wstring& file, const std::wstring& nas, int rounds) {
     const std::wstring target = nas + L"\\LARGE";
-    const auto times = ReadFileTimes(SystemPlatformCalls(), file);
+    const TAttributes attributes = QueryAttributes(SystemPlatformCalls(), file);
+    const TFileTimes times = attributes.Times();
     const auto copyBarely = [&] {
-        CopyFileExW(file.c_str(), target.c_str(), nullptr, nullptr, nullptr, COPY_FILE_OPEN_SOURCE_FOR_WRITE);
+        CopyBarely({file, target, attributes.Size(), times.creation, times.lastAccess, times.lastWrite});
     };
+    TDestinationTraits traits;
     const auto copySafely = [&] {
         static_cast<void>(
-            CopyFileSafely(SystemPlatformCalls(), {.source = file, .target = target, .times = &*times}));
+            CopyFileSafely(SystemPlatformCalls(), traits,
+                           {.source = file, .target = target, .size = attributes.Size(), .times = &times}));
     };
     // Who comes first in a round gets the memory that was free for longer: they take turns.
     for (int turn = 0; turn < 2 * rounds; ++turn) {
@@ -153,6 +169,51 @@ void MeasureLargeCopy(const std::wstring& file, const std::wstring& nas, int rou
         }
     }
     DeleteFileW(target.c_str());
+}
+
+// All files copied safely by so many threads; the seconds it took.
+double CopySafely(const TPlatformCalls& calls, const std::vector<TBareCopy>& copies, std::size_t threads) {
+    TDestinationTraits traits;
+    return SecondsOf([&] {
+        std::vector<std::jthread> running;
+        for (std::size_t thread = 0; thread < threads; ++thread) {
+            running.emplace_back([&, thread] {
+                for (std::size_t index = thread; index < copies.size(); index += threads) {
+                    const TBareCopy& copy = copies[index];
+                    const TFileTimes times{copy.created, copy.accessed, copy.written};
+                    static_cast<void>(CopyFileSafely(
+                        calls, traits,
+                        {.source = copy.source, .target = copy.target, .size = copy.size, .times = &times}));
+                }
+            });
+        }
+    });
+}
+
+void MeasureFlush(const std::wstring& source, const std::wstring& nas, int rounds, DWORD milliseconds) {
+    const TWatchedCalls slow([milliseconds](const char*, std::wstring_view) -> DWORD {
+        if (milliseconds != 0) {
+            Sleep(milliseconds);
+        }
+        return ERROR_SUCCESS;
+    });
+    const TPlatformCalls& flushing = TWatchedCalls::Table();
+    TPlatformCalls careless = flushing;
+    careless.FlushFileBuffers = [](HANDLE) { return TRUE; };
+    for (int round = 0; round < rounds; ++round) {
+        for (const std::size_t threads : {std::size_t{1}, std::size_t{8}}) {
+            const std::string row = "flush_" + std::to_string(threads);
+            const std::wstring place =
+                nas + L"\\FLUSH" + std::to_wstring(round) + L"-" + std::to_wstring(threads);
+            for (const bool flushes : {round % 2 == 0, round % 2 != 0}) {
+                std::vector<TBareCopy> copies;
+                Collect(source, place + (flushes ? L"\\OURS" : L"\\BARE"), copies);
+                const double seconds = CopySafely(flushes ? flushing : careless, copies, threads);
+                Tell(row.c_str(), flushes ? "ours" : "floor",
+                     seconds * 1e6 / static_cast<double>(copies.size()));
+            }
+        }
+    }
 }
 
 // Counts the calls that go to the destination.
@@ -235,8 +296,11 @@ extern "C" int wmain(int count, wchar_t** arguments) {
         MeasureLargeCopy(arguments[2], arguments[3], rounds);
     } else if (mode == L"calls") {
         MeasureCalls(arguments[2], arguments[3]);
+    } else if (mode == L"flush") {
+        MeasureFlush(arguments[2], arguments[3], rounds,
+                     count > 5 ? static_cast<DWORD>(_wtoi(arguments[5])) : 0);
     } else {
-        std::fputs("usage: run_bench copy|large|calls SOURCE NAS [ROUNDS]\n", stderr);
+        std::fputs("usage: run_bench copy|large|calls|flush SOURCE NAS [ROUNDS] [MILLISECONDS]\n", stderr);
         return 64;
     }
     return 0;
