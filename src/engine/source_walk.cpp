@@ -39,7 +39,7 @@ std::wstring WithVariables(const std::wstring& text) {
 // "%" may be part of a name: variables are only taken for such where there is no folder of that very name.
 std::wstring FolderOf(const TPlatformCalls& calls, const SourceFolderRow& row) {
     const std::wstring typed = row.Directory.value_or(std::wstring());
-    const std::wstring folder = FolderAsMeant(typed);
+    std::wstring folder = FolderAsMeant(typed);
     if (typed.find(L'%') == std::wstring::npos || (!folder.empty() && FolderExists(calls, folder))) {
         return folder;
     }

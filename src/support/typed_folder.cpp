@@ -26,7 +26,7 @@ bool StartsWithPrefix(std::wstring_view path, std::wstring_view prefix) {
 }
 
 // The path in the form that everybody types.
-std::wstring Plain(std::wstring path) {
+std::wstring Plain(const std::wstring& path) {
     if (StartsWithPrefix(path, kExtendedShare)) {
         return L"\\\\" + path.substr(kExtendedShare.size());
     }
@@ -39,7 +39,7 @@ std::wstring FolderAsMeant(std::wstring_view typed) {
     std::wstring path(WithoutQuotes(typed));
     std::ranges::replace(path, L'/', L'\\');
     // The extended form has its separators joined and its dots resolved, and tells what is absolute.
-    const std::wstring extended = ExtendedPath(Plain(std::move(path)));
+    const std::wstring extended = ExtendedPath(Plain(path));
     if (!extended.starts_with(kExtended)) {
         return {};
     }
