@@ -2,7 +2,6 @@
 #include <windows.h>
 
 #include <commctrl.h>
-#include <objbase.h>
 #include <shellapi.h>
 
 #include <cstdlib>
@@ -13,6 +12,7 @@
 #include "app/main_window.h"
 #include "config/config_window.h"
 #include "engine/error_log.h"
+#include "support/com_use.h"
 #include "support/system_code_page.h"
 #include "support/system_error.h"
 #include "support/text.h"
@@ -22,14 +22,6 @@
 namespace {
 
 constexpr int kCouldNotStart = 2;
-
-class TComLibrary {
-public:
-    TComLibrary() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE); }
-    TComLibrary(const TComLibrary&) = delete;
-    TComLibrary& operator=(const TComLibrary&) = delete;
-    ~TComLibrary() { CoUninitialize(); }
-};
 
 std::vector<std::wstring> ProgramArguments() {
     int count = 0;
@@ -127,7 +119,7 @@ int RunProgram(const TCommandLine& commandLine, int nShowCmd) {
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int nShowCmd) {
     const TCommandLine commandLine = ParseCommandLine(ProgramArguments());
     LeaveOutSystemErrorBoxes(commandLine.copy);
-    const TComLibrary com;
+    const TComUse com;
     const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
     return RunProgram(commandLine, nShowCmd);

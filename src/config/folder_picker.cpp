@@ -6,6 +6,8 @@
 #include <memory>
 #include <system_error>
 
+#include "support/com_use.h"
+
 namespace {
 
 struct TRelease {
@@ -13,22 +15,6 @@ struct TRelease {
 };
 template <typename Interface>
 using TComPointer = std::unique_ptr<Interface, TRelease>;
-
-// COM for the thread, also when the program has started it already.
-class TComUse {
-public:
-    TComUse() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
-    TComUse(const TComUse&) = delete;
-    TComUse& operator=(const TComUse&) = delete;
-    ~TComUse() {
-        if (SUCCEEDED(result_)) {
-            CoUninitialize();
-        }
-    }
-
-private:
-    HRESULT result_;
-};
 
 void Check(HRESULT result) {
     if (FAILED(result)) {

@@ -4,13 +4,14 @@
 #include <charconv>
 #include <cstdint>
 
+#include "support/utf16.h"
+
 namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16LittleEndianMark = "\xFF\xFE";
 constexpr std::string_view kUtf16BigEndianMark = "\xFE\xFF";
 constexpr std::wstring_view kDefaultLineEnd = L"\r\n";
-constexpr bool kUnitsAreUtf16 = sizeof(wchar_t) == 2;
 
 // A last odd byte is dropped.
 std::wstring FromUtf16(std::string_view bytes, bool bigEndian) {
@@ -20,11 +21,9 @@ std::wstring FromUtf16(std::string_view bytes, bool bigEndian) {
         const auto first = static_cast<std::uint8_t>(bytes[index]);
         const auto second = static_cast<std::uint8_t>(bytes[index + 1]);
         const unsigned unit = bigEndian ? first << 8 | second : second << 8 | first;
-        const bool pairs = !kUnitsAreUtf16 && (unit & 0xFC00) == 0xDC00 && !text.empty() &&
-                           (static_cast<std::uint32_t>(text.back()) & 0xFFFFFC00) == 0xD800;
-        if (pairs) {
-            const std::uint32_t high = static_cast<std::uint32_t>(text.back()) & 0x3FF;
-            text.back() = static_cast<wchar_t>(0x10000 + (high << 10) + (unit & 0x3FF));
+        if (!kUnitsAreUtf16 && IsLowSurrogate(unit) && !text.empty() &&
+            IsHighSurrogate(static_cast<char32_t>(text.back()))) {
+            text.back() = static_cast<wchar_t>(JoinSurrogates(static_cast<char32_t>(text.back()), unit));
         } else {
             text += static_cast<wchar_t>(unit);
         }
@@ -44,8 +43,8 @@ std::string ToUtf16(std::wstring_view text, bool bigEndian) {
     for (const wchar_t letter : text) {
         const auto value = static_cast<std::uint32_t>(letter);
         if (!kUnitsAreUtf16 && value > 0xFFFF) {
-            appendUnit(0xD800 + ((value - 0x10000) >> 10));
-            appendUnit(0xDC00 + ((value - 0x10000) & 0x3FF));
+            appendUnit(HighSurrogateOf(value));
+            appendUnit(LowSurrogateOf(value));
         } else {
             appendUnit(value);
         }

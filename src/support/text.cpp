@@ -2,22 +2,16 @@
 
 #include <cstdint>
 
+#include "support/utf16.h"
+
 namespace {
 
 constexpr wchar_t kReplacementCharacter = 0xFFFD;
-constexpr bool kUnitsAreUtf16 = sizeof(wchar_t) == 2;
-
-bool IsHighSurrogate(char32_t value) {
-    return value >= 0xD800 && value < 0xDC00;
-}
-bool IsLowSurrogate(char32_t value) {
-    return value >= 0xDC00 && value < 0xE000;
-}
 
 void AppendCodePoint(std::wstring& text, char32_t value) {
     if (kUnitsAreUtf16 && value > 0xFFFF) {
-        text += static_cast<wchar_t>(0xD800 + ((value - 0x10000) >> 10));
-        text += static_cast<wchar_t>(0xDC00 + ((value - 0x10000) & 0x3FF));
+        text += static_cast<wchar_t>(HighSurrogateOf(value));
+        text += static_cast<wchar_t>(LowSurrogateOf(value));
     } else {
         text += static_cast<wchar_t>(value);
     }
@@ -85,7 +79,7 @@ std::string ToUtf8(std::wstring_view text) {
         auto value = static_cast<char32_t>(text[index]);
         if (IsHighSurrogate(value) && index + 1 < text.size() &&
             IsLowSurrogate(static_cast<char32_t>(text[index + 1]))) {
-            value = 0x10000 + ((value - 0xD800) << 10) + (static_cast<char32_t>(text[++index]) - 0xDC00);
+            value = JoinSurrogates(value, static_cast<char32_t>(text[++index]));
         }
         AppendUtf8(bytes, value);
     }

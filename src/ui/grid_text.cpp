@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "support/utf16.h"
+
 namespace {
 
 constexpr wchar_t kEllipsis = L'…';
@@ -56,11 +58,7 @@ std::wstring CutWithEllipsis(std::wstring_view text, int width, const TMeasureTe
             tooLong = middle;
         }
     }
-    // A surrogate pair is kept or dropped whole.
-    if (fits > 0 && text[fits - 1] >= 0xD800 && text[fits - 1] <= 0xDBFF) {
-        --fits;
-    }
-    return std::wstring(text.substr(0, fits)) + kEllipsis;
+    return std::wstring(BeginningOf(text, fits)) + kEllipsis;
 }
 
 std::vector<std::wstring> BreakCellText(std::wstring_view text, int width, std::size_t maxLines,

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "support/path_text.h"
+#include "support/utf16.h"
 
 namespace {
 
@@ -12,7 +13,7 @@ constexpr wchar_t kEllipsis = 0x2026;
 // when not even the shortest does.
 std::wstring LongestThatFits(std::wstring_view text, std::size_t least, const std::wstring& rest,
                              const TFits& fits) {
-    const auto joined = [&](std::size_t length) { return std::wstring(text.substr(0, length)) + rest; };
+    const auto joined = [&](std::size_t length) { return std::wstring(BeginningOf(text, length)) + rest; };
     if (!fits(joined(least))) {
         return {};
     }
@@ -21,10 +22,6 @@ std::wstring LongestThatFits(std::wstring_view text, std::size_t least, const st
     while (tooLong - fitting > 1) {
         const std::size_t middle = fitting + (tooLong - fitting) / 2;
         (fits(joined(middle)) ? fitting : tooLong) = middle;
-    }
-    // The first half of a surrogate pair alone would be shown as a box.
-    if (fitting > least && text[fitting - 1] >= 0xD800 && text[fitting - 1] < 0xDC00) {
-        --fitting;
     }
     return joined(fitting);
 }
