@@ -1,14 +1,16 @@
-"""Checks that docs/anleitung.md is that of this version and explains every text that the program shows; prints the
-ones it leaves out.
+"""Checks that docs/anleitung.md is that of this version and explains every text that the program shows, and that
+the texts stand in src/texts; prints the ones left out and the ones that stand elsewhere.
 
-Shown is what sounds like language: a string in src/ with a blank between words or a letter beyond ASCII, and
-every caption and hint. A text that the program puts together is looked for piece by piece.
+Shown is every word in src/texts, and elsewhere in src/ what sounds like language: a string with a blank between
+words or a letter beyond ASCII, and every caption and hint. A text that the program puts together is looked for
+piece by piece.
 """
 import os
 import re
 import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+SOURCES = os.path.join(ROOT, "src")
 GUIDE = os.path.join(ROOT, "docs", "anleitung.md")
 # What sounds like language and is never shown.
 NOT_SHOWN = {
@@ -28,9 +30,17 @@ NOT_SHOWN = {
     "The GenerateKey can only be executed when the CSP is active!",
     "The HashBuffer can only be executed when the CSP is active!",
 }
+# Files outside src/texts that word texts of their own.
+WORDED_ELSEWHERE = {
+    "app/main_window.cpp", "app/main_window_controls.cpp", "app/run_texts.cpp", "app/run_texts.h",
+    "engine/scan_folders.cpp", "engine/tdm.cpp", "engine/tdm_copy.cpp", "hashdb/hash_store.cpp",
+    "store/config_settings.cpp", "store/settings.cpp", "store/source_folder_table.cpp", "store/table_file.cpp",
+    "support/rw_crypt_exception.cpp", "support/rw_csp.cpp",  # the encryption's, English for ever
+}
 # Comments, character constants, and strings in a row, which are one.
 TOKEN = re.compile(r"//[^\n]*|/\*.*?\*/|'(?:\\.|[^'\\\n])+'|((?:L?\"(?:\\.|[^\"\\\n])*\"\s*)+)", re.S)
 CAPTION = re.compile(r"\.(?:caption|hint)\s*=\s*L\"([^\"]+)\"")
+WORD = re.compile(r"[A-Za-zÄÖÜäöüß]{2}")
 LANGUAGE = re.compile(r"[a-zäöüß,.!?:] +[(„]?[A-Za-zÄÖÜäöü]|[^\x00-\x7f]", re.S)
 ESCAPES = {"n": "\n", "r": "\n", "t": "\n"}
 
@@ -47,26 +57,29 @@ def strings(source):
             yield re.sub(r"\\(.)", lambda code: ESCAPES.get(code[1], code[1]), "".join(pieces))
 
 
-def shown_texts(source):
+def shown_texts(source, mark):
     source = re.sub(r"^\s*#[^\n]*", "", source, flags=re.M)
-    texts = [line for text in strings(source) if LANGUAGE.search(text) for line in text.split("\n")]
-    return {plain(text) for text in texts + CAPTION.findall(source)} - {""}
+    texts = [line for text in strings(source) if mark.search(text) for line in text.split("\n")]
+    return {plain(text) for text in texts + CAPTION.findall(source)} - {""} - NOT_SHOWN
 
 
 def main():
     with open(GUIDE, encoding="utf-8") as file:
         guide = plain(file.read().replace("` `", " "))
-    left_out = []
+    left_out, elsewhere = [], []
     count = 0
-    for folder, _, names in os.walk(os.path.join(ROOT, "src")):
+    for folder, _, names in os.walk(SOURCES):
         for name in sorted(names):
             if not name.endswith((".h", ".cpp")):
                 continue
-            path = os.path.join(folder, name)
-            with open(path, encoding="utf-8") as file:
-                texts = shown_texts(file.read()) - NOT_SHOWN
+            path = os.path.relpath(os.path.join(folder, name), SOURCES)
+            is_texts = path.startswith("texts/")
+            with open(os.path.join(folder, name), encoding="utf-8") as file:
+                texts = sorted(shown_texts(file.read(), WORD if is_texts else LANGUAGE))
             count += len(texts)
-            left_out += [f"{os.path.relpath(path, ROOT)}: {text}" for text in sorted(texts) if text not in guide]
+            left_out += [f"src/{path}: {text}" for text in texts if text not in guide]
+            if not is_texts and path not in WORDED_ELSEWHERE:
+                elsewhere += [f"src/{path}: {text}" for text in texts]
     with open(os.path.join(ROOT, "CMakeLists.txt"), encoding="utf-8") as file:
         version = re.search(r"project\(Vardeko VERSION (\d+\.\d+)", file.read())[1]
     if not guide.startswith(f"# Vardeko {version}: "):
@@ -75,7 +88,9 @@ def main():
         left_out.append("No text was found in src/ at all.")
     if left_out:
         print("docs/anleitung.md does not explain these texts:\n" + "\n".join(left_out))
-    return 1 if left_out else 0
+    if elsewhere:
+        print("These texts belong into src/texts:\n" + "\n".join(elsewhere))
+    return 1 if left_out or elsewhere else 0
 
 
 if __name__ == "__main__":

@@ -6,22 +6,14 @@
 #include "config/grid_store.h"
 #include "support/file_access.h"
 #include "support/system_error.h"
+#include "texts/config_texts.h"
 #include "texts/problem_text.h"
 #include "ui/window_scale.h"
 
 namespace {
 
 constexpr wchar_t kGridViewName[] = L"ConfigGrid";
-constexpr wchar_t kPickerTitle[] = L"Select Directory to copy...";
 constexpr wchar_t kDefaultExtensions[] = L".pdf,.docx,.xlsx,.jpg";
-
-TAction::TProperties ActionOf(const wchar_t* caption, TImageIndex image, std::function<void()> execute) {
-    TAction::TProperties properties;
-    properties.caption = properties.hint = caption;
-    properties.image = image;
-    properties.execute = std::move(execute);
-    return properties;
-}
 
 // Keeps the windows behind a dialog from being used: the dialog itself locks its own owner only.
 class TLockedWindow {
@@ -49,20 +41,28 @@ private:
 TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
                      std::wstring configurationFolder)
     : ShellBrowserDialog(&PickFolder),
-      acClose(ActionOf(L"Schließen", TImageIndex::Close, [this] { acCloseExecute(); })),
-      acGetDirectory(ActionOf(L"Ordner einfügen", TImageIndex::Folder, [this] { acGetDirectoryExecute(); })),
+      acClose({.caption = ConfigTexts::Close,
+               .hint = ConfigTexts::Close,
+               .image = TImageIndex::Close,
+               .execute = [this] { acCloseExecute(); }}),
+      acGetDirectory({.caption = ConfigTexts::InsertFolder,
+                      .hint = ConfigTexts::InsertFolder,
+                      .image = TImageIndex::Folder,
+                      .execute = [this] { acGetDirectoryExecute(); }}),
       dsMemData(memData),
       calls_(calls),
       memData_(memData),
       configurationFolder_(std::move(configurationFolder)),
       keyFilter_([this](MSG& message) { return open_ && IsDialogMessageW(Handle(), &message); }) {
     AskUser = [this](const std::wstring& question) {
-        return MessageBoxW(Handle(), question.c_str(), L"Config COPY",
+        return MessageBoxW(Handle(), question.c_str(), ConfigTexts::Window,
                            MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
     };
-    dsMemData.onButtonClick = [this] { cxGridDBTvDirectoryPropertiesButtonClick(); };
-    dsMemData.onDeleting = [this](const std::wstring& folder) { return ConfirmDelete(folder); };
-    dsMemData.onProblem = [this](const TProblem& problem) {
+    dsMemData.OnButtonClick = [this] { cxGridDBTvDirectoryPropertiesButtonClick(); };
+    dsMemData.OnDeleting = [this](const std::wstring& folder) {
+        return Ask(ConfigTexts::DeleteQuestion(folder));
+    };
+    dsMemData.OnProblem = [this](const TProblem& problem) {
         ShowNotice(ProblemText(problem, &SystemErrorText));
     };
 }
@@ -136,9 +136,7 @@ bool TfmConfig::Close() {
         return true;
     }
     const std::optional<TProblem> problem = FormClose();
-    if (problem && !Ask(ProblemText(*problem, &SystemErrorText) +
-                        L"\n\nDas Fenster trotzdem schließen? Die Änderungen an Backup-Ordner und "
-                        L"Anmeldung gehen dann verloren.")) {
+    if (problem && !Ask(ConfigTexts::CloseQuestion(ProblemText(*problem, &SystemErrorText)))) {
         return !open_;
     }
     if (!open_) {  // closed while the user was asked
@@ -217,7 +215,8 @@ void TfmConfig::EdBackupPathPropertiesButtonClick() {
 
 std::optional<std::wstring> TfmConfig::AskForFolder(const std::wstring& startFolder) {
     const TLockedWindow owner(GetWindow(Handle(), GW_OWNER));
-    const std::optional<std::wstring> folder = ShellBrowserDialog(Handle(), kPickerTitle, startFolder);
+    const std::optional<std::wstring> folder =
+        ShellBrowserDialog(Handle(), ConfigTexts::FolderPicker, startFolder);
     return open_ ? folder : std::nullopt;
 }
 
@@ -228,18 +227,11 @@ std::optional<std::wstring> TfmConfig::PickExistingFolder(const std::wstring& st
     }
     // The picker lets names through that were typed.
     if (!FolderExists(calls_, *folder)) {
-        ShowNotice(L"Der Ordner „" + *folder + L"“ ist nicht vorhanden.");
+        ShowNotice(ConfigTexts::FolderMissing(*folder));
         return std::nullopt;
     }
     ShowNotice(settingsNotice_);
     return folder;
-}
-
-bool TfmConfig::ConfirmDelete(const std::wstring& folder) {
-    return Ask(
-        L"Den Ordner „" + folder +
-        L"“ aus der Liste entfernen?\n\nEr wird dann nicht mehr gesichert. Was schon gesichert ist, bleibt "
-        L"erhalten.");
 }
 
 bool TfmConfig::Ask(const std::wstring& question) {

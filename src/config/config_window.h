@@ -84,7 +84,6 @@ private:
     void InsertFolder(const std::wstring& folder);
     std::optional<std::wstring> AskForFolder(const std::wstring& startFolder);
     std::optional<std::wstring> PickExistingFolder(const std::wstring& startFolder);
-    bool ConfirmDelete(const std::wstring& folder);
     bool Ask(const std::wstring& question);
     void Activated(bool active);
     void PressFocusedButton();

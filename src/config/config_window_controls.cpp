@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "config/config_window.h"
+#include "texts/config_texts.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/window_scale.h"
@@ -29,7 +30,7 @@ constexpr DWORD kExtendedStyle = WS_EX_TOPMOST | WS_EX_CONTROLPARENT;
 void TfmConfig::FormCreate(HWND owner) {
     TCreateOptions options;
     options.className = L"VardekoConfig";
-    options.caption = L"Config COPY";
+    options.caption = ConfigTexts::Window;
     options.style = kStyle;
     options.extendedStyle = kExtendedStyle;
     options.parent = owner;
@@ -50,32 +51,24 @@ void TfmConfig::CreateControls() {
     scale_ = ScaleOfWindow(Handle());
     font_ = MakeMessageFont(scale_);
     const HFONT font = font_.Get();
-    TTextField::TProperties backupPath;
-    backupPath.label = L"Backup  ->";
-    backupPath.buttonName = L"Backup-Ordner wählen";
-    backupPath.changed = [this] { settings_.NASDIR.known = true; };
-    backupPath.buttonClick = [this] { EdBackupPathPropertiesButtonClick(); };
-    TTextField::TProperties user;
-    user.label = L"Anmeldename";
-    user.changed = [this] { settings_.USER.known = true; };
-    TTextField::TProperties password;
-    password.label = L"Passwort";
-    password.masked = true;
-    password.changed = [this] { settings_.PASS.known = true; };
+    TTextField::TProperties backupPath{.label = ConfigTexts::BackupFolder,
+                                       .buttonName = ConfigTexts::ChooseBackupFolder,
+                                       .changed = [this] { settings_.NASDIR.known = true; },
+                                       .buttonPressed = [this] { EdBackupPathPropertiesButtonClick(); }};
+    TTextField::TProperties user{.label = ConfigTexts::User,
+                                 .changed = [this] { settings_.USER.known = true; }};
+    TTextField::TProperties password{
+        .label = ConfigTexts::Password, .masked = true, .changed = [this] { settings_.PASS.known = true; }};
     // In the order of the Tab key.
     const bool created =
         dxBarManager1Bar1.CreateIn(Handle(), {{&acClose, true}, {}, {&acGetDirectory, true}}, scale_, font) &&
         EdBackupPath.CreateIn(Handle(), std::move(backupPath), kBackupPathWidth, scale_, font) &&
-        cxCheckBox1.CreateIn(Handle(), L"Unter anderem User anmelden", scale_, font) &&
+        cxCheckBox1.CreateIn(Handle(), ConfigTexts::OtherUser, scale_, font) &&
         cxTextEdit1.CreateIn(Handle(), std::move(user), kCredentialWidth, scale_, font) &&
         cxTextEdit2.CreateIn(Handle(), std::move(password), kCredentialWidth, scale_, font) &&
-        cxGrid.CreateIn(
-            Handle(),
-            {L"Zu sichernde Ordner", L"Noch keine Ordner. „Ordner einfügen“ fügt den ersten hinzu.",
-             L"Ordner aus der Liste entfernen …"},
-            scale_, font);
-    noticeLine_ = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | SS_NOPREFIX, 0, 0, 0, 0, Handle(), nullptr,
-                                  GetModuleHandleW(nullptr), nullptr);
+        cxGrid.CreateIn(Handle(), {ConfigTexts::Folders, ConfigTexts::NoFolders, ConfigTexts::DeleteFolder},
+                        scale_, font);
+    noticeLine_ = CreateChild(Handle(), L"STATIC", L"", SS_NOPREFIX);
     if (!created || noticeLine_ == nullptr) {
         const DWORD error = GetLastError();
         Destroy();
@@ -104,14 +97,11 @@ void TfmConfig::Layout() {
     const int left = scale_(kMargin);
     const int gap = scale_(kRowGap);
     const int width = std::max<int>(0, client.right - 2 * left);
-    const auto place = [](HWND control, int x, int y, int w, int h) {
-        SetWindowPos(control, nullptr, x, y, w, h, SWP_NOZORDER | SWP_NOACTIVATE);
-    };
     int top = scale_(TToolBar::kHeight);
-    place(dxBarManager1Bar1.Handle(), 0, 0, client.right, top);
+    PlaceWindow(dxBarManager1Bar1.Handle(), {0, 0, client.right, top});
     top += gap;
     const auto placeRow = [&](HWND control, int w, int h) {
-        place(control, left, top, w, h);
+        PlaceWindow(control, {left, top, left + w, top + h});
         top += h + gap;
     };
     const SIZE box = cxCheckBox1.PreferredSize();
@@ -127,7 +117,7 @@ void TfmConfig::Layout() {
         placeRow(noticeLine_, width, area.bottom);
     }
     top += scale_(kMargin) - gap;
-    place(cxGrid.Handle(), left, top, width, std::max<int>(0, client.bottom - top - left));
+    PlaceWindow(cxGrid.Handle(), {left, top, left + width, std::max<LONG>(top, client.bottom - left)});
 }
 
 void TfmConfig::ShowNotice(std::wstring notice) {
@@ -207,9 +197,7 @@ void TfmConfig::PressFocusedButton() {
 
 void TfmConfig::ScaleChanged(TScale scale, const RECT& suggestedArea) {
     UseScale(scale);
-    SetWindowPos(Handle(), nullptr, suggestedArea.left, suggestedArea.top,
-                 suggestedArea.right - suggestedArea.left, suggestedArea.bottom - suggestedArea.top,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+    PlaceWindow(Handle(), suggestedArea);
 }
 
 std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {

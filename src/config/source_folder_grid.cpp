@@ -1,5 +1,7 @@
 #include "config/source_folder_grid.h"
 
+#include "texts/config_texts.h"
+
 namespace {
 
 constexpr std::size_t Number(TSourceFolderColumn column) {
@@ -42,18 +44,25 @@ TFlag FlagField(std::size_t column) {
 
 std::vector<TGridColumn> SourceFolderColumns() {
     return {
-        {L"cxGridDBTvAktive", L"Aktiv", TGridEditor::CheckBox, 47, 0, {}},
-        {L"cxGridDBTvHistory", L"History", TGridEditor::CheckBox, 59, 0, {}},
-        {L"cxGridDBTvDirectory", L"Ordner", TGridEditor::ButtonText, 243, kDirectoryLength, {}},
-        {L"cxGridDBTvRekursiv", L"Unterordner", TGridEditor::CheckBox, 95, 0, {}},
-        {L"cxGridDBTvHidden", L"Unsichtbare", TGridEditor::CheckBox, 94, 0, {}},
-        {L"cxGridDBTvExtensions", L"Dateityp", TGridEditor::MultiLineText, 76, kExtensionsLength, {}},
+        {L"cxGridDBTvAktive", ConfigTexts::Active, TGridEditor::CheckBox, 47, 0, {}},
+        {L"cxGridDBTvHistory", ConfigTexts::History, TGridEditor::CheckBox, 59, 0, {}},
+        {L"cxGridDBTvDirectory", ConfigTexts::Folder, TGridEditor::ButtonText, 243, kDirectoryLength, {}},
+        {L"cxGridDBTvRekursiv", ConfigTexts::Subfolders, TGridEditor::CheckBox, 95, 0, {}},
+        {L"cxGridDBTvHidden", ConfigTexts::Hidden, TGridEditor::CheckBox, 94, 0, {}},
+        {L"cxGridDBTvExtensions",
+         ConfigTexts::FileTypes,
+         TGridEditor::MultiLineText,
+         76,
+         kExtensionsLength,
+         {}},
         {L"cxGridDBTvExtensionMode",
-         L"Modus",
+         ConfigTexts::Mode,
          TGridEditor::RadioGroup,
          72,
          kExtensionModeLength,
-         {{L"Aus", L"NO"}, {L"Einschließen", L"IN"}, {L"Ausschließen", L"EX"}}},
+         {{ConfigTexts::ModeOff, L"NO"},
+          {ConfigTexts::ModeInclude, L"IN"},
+          {ConfigTexts::ModeExclude, L"EX"}}},
     };
 }
 
@@ -126,27 +135,27 @@ bool TSourceFolderGrid::PostEdit() {
         return true;
     } catch (const EProblem& error) {
         table_.Cancel();
-        if (onProblem) {
-            onProblem(error.Problem());
+        if (OnProblem) {
+            OnProblem(error.Problem());
         }
         return false;
     }
 }
 
 void TSourceFolderGrid::PressButton(std::size_t column) {
-    if (column == Number(TSourceFolderColumn::Directory) && onButtonClick) {
-        onButtonClick();
+    if (column == Number(TSourceFolderColumn::Directory) && OnButtonClick) {
+        OnButtonClick();
     }
 }
 
 void TSourceFolderGrid::AskDeleteRow() {
     const std::optional<std::size_t> row = CurrentRow();
-    if (!row || !onDeleting) {
+    if (!row || !OnDeleting) {
         return;
     }
     const std::uint64_t key = RowKey(*row);
     // Messages are handled while the user is asked.
-    if (onDeleting(Shown(*row).Directory.value_or(L"")) && CurrentRow() == row && RowKey(*row) == key) {
+    if (OnDeleting(Shown(*row).Directory.value_or(L"")) && CurrentRow() == row && RowKey(*row) == key) {
         table_.Delete();
     }
 }

@@ -31,9 +31,9 @@ public:
     explicit TSourceFolderGrid(TSourceFolderTable& table) : table_(table) {}
 
     // What the window does for the grid.
-    std::function<void()> onButtonClick;                         // ellipsis of the current row's folder
-    std::function<bool(const std::wstring& folder)> onDeleting;  // true: the row may go
-    std::function<void(const TProblem& problem)> onProblem;      // to be told
+    std::function<void()> OnButtonClick;                         // ellipsis of the current row's folder
+    std::function<bool(const std::wstring& folder)> OnDeleting;  // true: the row may go
+    std::function<void(const TProblem& problem)> OnProblem;      // to be told
 
     std::size_t RowCount() const override;
     std::optional<std::size_t> CurrentRow() const override;

@@ -21,9 +21,7 @@ bool TCheckBox::CreateIn(HWND parent, const std::wstring& caption, TScale scale,
     caption_ = caption;
     scale_ = scale;
     font_ = font;
-    handle_ =
-        CreateWindowExW(0, L"BUTTON", caption.c_str(), WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_AUTOCHECKBOX,
-                        0, 0, 0, 0, parent, nullptr, GetModuleHandleW(nullptr), nullptr);
+    handle_ = CreateChild(parent, L"BUTTON", caption, WS_VISIBLE | WS_TABSTOP | BS_AUTOCHECKBOX);
     return handle_ != nullptr &&
            SetWindowSubclass(handle_, &TCheckBox::Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
 }

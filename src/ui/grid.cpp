@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "texts/ui_texts.h"
 #include "ui/device_context.h"
 
 TGrid::TGrid(TGridColumns& columns, TGridSource& source)
@@ -215,7 +216,7 @@ TGridCellDescription TGrid::DescribeCell(std::size_t cell) const {
     TGridCellDescription description;
     description.name = columns_[column].caption;
     description.value = CellCaption(row, column);
-    description.row = L"Zeile " + std::to_wstring(row + 1) + L" von " + std::to_wstring(source_.RowCount());
+    description.row = UiTexts::RowOf(row + 1, source_.RowCount());
     description.isCheckBox = columns_[column].editor == TGridEditor::CheckBox;
     description.isChecked = description.isCheckBox && source_.Checked(row, column);
     description.isVisible = row >= layout_.FirstVisibleRow() && row < layout_.EndOfVisibleRows();

@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "texts/ui_texts.h"
+
 namespace {
 
 VARIANT NumberVariant(long number) {
@@ -157,9 +159,9 @@ STDMETHODIMP TGridAccessible::get_accDefaultAction(VARIANT child, BSTR* action) 
             return L"";
         }
         const TGridCellDescription description = grid_->DescribeCell(*cell);
-        return !description.isCheckBox ? L"Bearbeiten"
-               : description.isChecked ? L"Ausschalten"
-                                       : L"Einschalten";
+        return !description.isCheckBox ? UiTexts::EditCell
+               : description.isChecked ? UiTexts::SwitchOff
+                                       : UiTexts::SwitchOn;
     });
 }
 

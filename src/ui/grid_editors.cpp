@@ -193,8 +193,7 @@ bool TGridEditors::CreateIn(HWND grid, TGridEditorEvents events) {
     grid_ = grid;
     events_ = std::move(events);
     const auto createEdit = [&](DWORD style) {
-        const HWND edit = CreateWindowExW(0, L"EDIT", L"", WS_CHILD | style, 0, 0, 0, 0, grid, nullptr,
-                                          GetModuleHandleW(nullptr), nullptr);
+        const HWND edit = CreateChild(grid, L"EDIT", L"", style);
         SetWindowSubclass(edit, &TGridEditors::EditProcedure, 1, reinterpret_cast<DWORD_PTR>(this));
         return edit;
     };
@@ -293,8 +292,8 @@ std::wstring TGridEditors::Text() const {
     if (open_ == panel_.Handle()) {
         return panel_.Value();
     }
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(open_)) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(GetWindowTextW(open_, text.data(), static_cast<int>(text.size()))));
+    std::wstring text;
+    ReadWindowText(open_, text);
     return text;
 }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "texts/ui_texts.h"
 #include "ui/grid.h"
 #include "ui/popup_menu.h"
 
@@ -150,7 +151,7 @@ void TGrid::ShowMenu(POINT screenPoint) {
     } else if (hit.part == TGridPart::Cell || hit.part == TGridPart::Indicator) {
         source_.MoveTo(hit.row);
         const TPopupMenu menu;
-        AppendMenuW(menu.Get(), MF_STRING, 1, (texts_.deleteRow + L"\tEntf").c_str());
+        AppendMenuW(menu.Get(), MF_STRING, 1, (texts_.deleteRow + L"\t" + UiTexts::DeleteKey).c_str());
         if (menu.Track(Handle(), screenPoint) == 1) {
             source_.AskDeleteRow();
         }

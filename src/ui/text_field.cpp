@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ui/device_context.h"
+#include "ui/push_button.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -13,11 +14,6 @@ constexpr int kButtonWidth = 26;
 constexpr int kLabelGap = 8;
 constexpr int kLabelWidth = 220;
 
-HWND CreateChild(HWND parent, const wchar_t* className, const std::wstring& text, DWORD style) {
-    return CreateWindowExW(0, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, parent,
-                           nullptr, GetModuleHandleW(nullptr), nullptr);
-}
-
 }  // namespace
 
 bool TTextField::CreateIn(HWND parent, TProperties properties, int width, TScale scale, HFONT font) {
@@ -27,11 +23,11 @@ bool TTextField::CreateIn(HWND parent, TProperties properties, int width, TScale
         return false;
     }
     // Before the field: a screen reader takes the text before a field for its name.
-    label_ = CreateChild(Handle(), L"STATIC", properties_.label, SS_NOPREFIX | SS_CENTERIMAGE);
+    label_ = CreateChild(Handle(), L"STATIC", properties_.label, WS_VISIBLE | SS_NOPREFIX | SS_CENTERIMAGE);
     edit_ = CreateChild(Handle(), L"EDIT", L"",
-                        WS_TABSTOP | ES_AUTOHSCROLL | (properties_.masked ? ES_PASSWORD : 0));
+                        WS_VISIBLE | WS_TABSTOP | ES_AUTOHSCROLL | (properties_.masked ? ES_PASSWORD : 0));
     if (!properties_.buttonName.empty()) {
-        button_ = CreateChild(Handle(), L"BUTTON", properties_.buttonName, WS_TABSTOP | BS_OWNERDRAW);
+        button_ = CreatePushButton(Handle(), 0, properties_.buttonName);
     }
     SetScale(scale, font);
     return label_ != nullptr && edit_ != nullptr;
@@ -53,23 +49,15 @@ void TTextField::Place() {
     const int padding = scale_(kPadding);
     const int line = std::min(TextHeight(font_), height - 2);
     const int button = button_ != nullptr ? scale_(kButtonWidth) : 0;
-    const auto move = [](HWND control, int left, int top, int right, int bottom) {
-        SetWindowPos(control, nullptr, left, top, right - left, bottom - top, SWP_NOZORDER | SWP_NOACTIVATE);
-    };
     SetWindowPos(Handle(), nullptr, 0, 0, width + scale_(kLabelGap + kLabelWidth), height,
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     const int top = (height - line) / 2;
-    move(edit_, padding, top, width - padding - button, top + line);
-    move(label_, width + scale_(kLabelGap), 0, width + scale_(kLabelGap + kLabelWidth), height);
+    PlaceWindow(edit_, {padding, top, width - padding - button, top + line});
+    PlaceWindow(label_, {width + scale_(kLabelGap), 0, width + scale_(kLabelGap + kLabelWidth), height});
     if (button_ != nullptr) {
-        move(button_, width - button, 0, width, height);
+        PlaceWindow(button_, {width - button, 0, width, height});
     }
     InvalidateRect(Handle(), nullptr, TRUE);
-}
-
-void TTextField::ReadText(std::wstring& text) const {
-    text.resize(static_cast<std::size_t>(GetWindowTextLengthW(edit_)) + 1);
-    text.resize(static_cast<std::size_t>(GetWindowTextW(edit_, text.data(), static_cast<int>(text.size()))));
 }
 
 std::wstring TTextField::Text() const {
@@ -95,11 +83,7 @@ void TTextField::Paint() {
 }
 
 void TTextField::DrawButton(const DRAWITEMSTRUCT& draw) const {
-    const bool focused = (draw.itemState & ODS_FOCUS) != 0;
-    const int line = std::max(1, scale_(1));
-    FillArea(draw.hDC, draw.rcItem,
-             (draw.itemState & ODS_SELECTED) != 0 ? Theme::Pressed : Theme::HeaderGround);
-    FrameArea(draw.hDC, draw.rcItem, focused ? Theme::Accent : Theme::Border, focused ? 2 * line : line);
+    DrawButtonFace(draw, scale_);
     const int dot = std::max(1, scale_(2));
     const LONG left = (draw.rcItem.right - dot) / 2;
     const LONG top = (draw.rcItem.bottom - dot) / 2;
@@ -110,8 +94,8 @@ void TTextField::DrawButton(const DRAWITEMSTRUCT& draw) const {
 
 void TTextField::Command(HWND control, UINT notification) {
     if (control == button_ && notification == BN_CLICKED) {
-        if (properties_.buttonClick) {
-            properties_.buttonClick();
+        if (properties_.buttonPressed) {
+            properties_.buttonPressed();
         }
     } else if (control == edit_ && notification == EN_CHANGE) {
         if (!settingText_ && properties_.changed) {

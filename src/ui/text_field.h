@@ -16,11 +16,11 @@ public:
     static constexpr int kHeight = 26;
 
     struct TProperties {
-        std::wstring label;
+        std::wstring label = {};
         bool masked = false;
-        std::wstring buttonName;  // what a screen reader calls the ellipsis button; no button when empty
-        std::function<void()> changed;  // by the user
-        std::function<void()> buttonClick;
+        std::wstring buttonName = {};  // what a screen reader calls the ellipsis button; no button when empty
+        std::function<void()> changed = {};  // by the user
+        std::function<void()> buttonPressed = {};
     };
 
     // `width`: of the frame, at 100 %; the label stands behind it.
@@ -28,7 +28,7 @@ public:
     void SetScale(TScale scale, HFONT font);
 
     // Puts the text of the field into `text`, which may be wiped afterwards.
-    void ReadText(std::wstring& text) const;
+    void ReadText(std::wstring& text) const { ReadWindowText(edit_, text); }
     std::wstring Text() const;
     // Does not count as a change by the user.
     void SetText(const std::wstring& text);

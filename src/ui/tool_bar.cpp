@@ -1,8 +1,7 @@
 #include "ui/tool_bar.h"
 
-#include <commctrl.h>
-
 #include "ui/device_context.h"
+#include "ui/push_button.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -47,10 +46,7 @@ void TToolBar::CreateButton(TButton& button, int id) {
     TAction& action = *button.item.action;
     const std::wstring& name = button.item.showCaption ? action.Caption() : action.Hint();
     const DWORD group = id == 1 ? WS_GROUP : 0;
-    button.handle = CreateWindowExW(
-        0, L"BUTTON", name.c_str(), WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW | group, 0, 0, 0, 0,
-        Handle(), reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
-    SetWindowSubclass(button.handle, &TToolBar::ButtonProcedure, 1, reinterpret_cast<DWORD_PTR>(this));
+    button.handle = CreatePushButton(Handle(), id, name, group);
     toolTips_.SetHint(Handle(), button.handle, HintWithShortcut(action));
     EnableWindow(button.handle, action.Enabled());
     action.SetChangeHandler([this, &button] { ActionChanged(button); });
@@ -84,8 +80,8 @@ void TToolBar::PlaceButtons() {
     for (const TButton& button : buttons_) {
         const int width = ButtonWidth(button.item);
         if (button.handle != nullptr) {
-            SetWindowPos(button.handle, nullptr, left, scale_(kMargin), width, scale_(kHeight - 2 * kMargin),
-                         SWP_NOZORDER | SWP_NOACTIVATE);
+            PlaceWindow(button.handle, {left, scale_(kMargin), left + width,
+                                        scale_(kMargin) + scale_(kHeight - 2 * kMargin)});
         }
         left += width;
     }
@@ -127,29 +123,27 @@ void TToolBar::DrawButton(const DRAWITEMSTRUCT& draw) {
         return;
     }
     const TAction& action = *button->item.action;
-    const bool enabled = (draw.itemState & ODS_DISABLED) == 0;
-    const bool pressed = (draw.itemState & ODS_SELECTED) != 0;
-    const bool hovered = enabled && hovered_ == draw.hwndItem;
-    const TColour ground = pressed            ? Theme::Pressed
+    const TButtonState state = StateOfButton(draw);
+    const TColour ground = state.pressed      ? Theme::Pressed
                            : action.Checked() ? Theme::Checked
-                           : hovered          ? Theme::Hover
+                           : state.hovered    ? Theme::Hover
                                               : Theme::WindowGround;
     FillArea(draw.hDC, draw.rcItem, ground);
     if (action.Checked()) {
-        FrameArea(draw.hDC, draw.rcItem, hovered ? Theme::Accent : Theme::Border, scale_(1));
+        FrameArea(draw.hDC, draw.rcItem, state.hovered ? Theme::Accent : Theme::Border, scale_(1));
     }
-    if ((draw.itemState & ODS_FOCUS) != 0 && ShowsFocus(draw.hwndItem)) {
+    if (state.focused && ShowsFocus(draw.hwndItem)) {
         FrameArea(draw.hDC, draw.rcItem, Theme::Accent, scale_(2));
     }
     const int height = draw.rcItem.bottom - draw.rcItem.top;
     images_.Draw(draw.hDC, {scale_(kImageMargin), (height - images_.Size()) / 2}, action.Image(),
-                 enabled ? TImageState::Normal : TImageState::Disabled);
+                 state.enabled ? TImageState::Normal : TImageState::Disabled);
     if (button->item.showCaption) {
         RECT area = draw.rcItem;
         area.left += scale_(2 * kImageMargin) + images_.Size();
         const TSelection selection(draw.hDC, font_);
         SetBkMode(draw.hDC, TRANSPARENT);
-        SetTextColor(draw.hDC, ColorRefOf(enabled ? Theme::Text : Theme::DisabledText));
+        SetTextColor(draw.hDC, ColorRefOf(state.enabled ? Theme::Text : Theme::DisabledText));
         DrawTextW(draw.hDC, action.Caption().c_str(), -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
     }
 }
@@ -183,34 +177,4 @@ std::optional<LRESULT> TToolBar::HandleMessage(UINT message, WPARAM wordParamete
         default:
             return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }
-}
-
-// Knows where the pointer is, which an owner-drawn button is not told.
-LRESULT CALLBACK TToolBar::ButtonProcedure(HWND handle, UINT message, WPARAM wordParameter,
-                                           LPARAM longParameter, UINT_PTR id, DWORD_PTR data) {
-    auto* bar = reinterpret_cast<TToolBar*>(data);
-    switch (message) {
-        case WM_MOUSEMOVE:
-            if (bar->hovered_ != handle) {
-                bar->hovered_ = handle;
-                TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, handle, 0};
-                TrackMouseEvent(&track);
-                InvalidateRect(handle, nullptr, FALSE);
-            }
-            break;
-        case WM_MOUSELEAVE:
-            if (bar->hovered_ == handle) {
-                bar->hovered_ = nullptr;
-                InvalidateRect(handle, nullptr, FALSE);
-            }
-            break;
-        case WM_ERASEBKGND:
-            return TRUE;
-        case WM_NCDESTROY:
-            RemoveWindowSubclass(handle, &TToolBar::ButtonProcedure, id);
-            break;
-        default:
-            break;
-    }
-    return DefSubclassProc(handle, message, wordParameter, longParameter);
 }

@@ -50,13 +50,10 @@ private:
     void DrawButton(const DRAWITEMSTRUCT& draw);
     void Paint() override;
     const TButton* FindButton(HWND handle) const;
-    static LRESULT CALLBACK ButtonProcedure(HWND handle, UINT message, WPARAM wordParameter,
-                                            LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
 
     std::vector<TButton> buttons_;
     TImages images_;
     TToolTips toolTips_;
     TScale scale_;
     HFONT font_ = nullptr;
-    HWND hovered_ = nullptr;
 };

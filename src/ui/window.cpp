@@ -6,6 +6,7 @@
 
 #include "support/system_error.h"
 #include "texts/problem_text.h"
+#include "texts/ui_texts.h"
 
 namespace {
 
@@ -35,13 +36,29 @@ bool RunGuarded(const std::function<void()>& work) {
     } catch (const std::exception& error) {
         TellUnexpectedError(ProblemText(ProblemOf(error), &SystemErrorText));
     } catch (...) {
-        TellUnexpectedError(L"Unbekannter Fehler");
+        TellUnexpectedError(UiTexts::UnknownError);
     }
     return false;
 }
 
 void SetUnexpectedErrorHandler(std::function<void(const std::wstring& text)> handler) {
     UnexpectedErrorHandler() = std::move(handler);
+}
+
+HWND CreateChild(HWND parent, const wchar_t* className, const std::wstring& text, DWORD style,
+                 DWORD extendedStyle) {
+    return CreateWindowExW(extendedStyle, className, text.c_str(), WS_CHILD | style, 0, 0, 0, 0, parent,
+                           nullptr, ProgramInstance(), nullptr);
+}
+
+void PlaceWindow(HWND window, const RECT& area) {
+    SetWindowPos(window, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void ReadWindowText(HWND window, std::wstring& text) {
+    text.resize(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1);
+    text.resize(static_cast<std::size_t>(GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
 }
 
 bool ShowsFocus(HWND control) {

@@ -76,6 +76,17 @@ private:
     Handler handler_;
 };
 
+// Creates a control of the system (WS_CHILD is added to the style), still without a size. Null when the
+// system refuses.
+HWND CreateChild(HWND parent, const wchar_t* className, const std::wstring& text, DWORD style,
+                 DWORD extendedStyle = 0);
+
+// Gives a window its place: in its parent, or on the screen when it has none.
+void PlaceWindow(HWND window, const RECT& area);
+
+// Puts the text of a window or field into `text`, which may be wiped afterwards.
+void ReadWindowText(HWND window, std::wstring& text);
+
 // Whether a control shall mark that it has the keyboard: not before the keyboard was used.
 bool ShowsFocus(HWND control);
 

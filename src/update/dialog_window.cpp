@@ -1,12 +1,11 @@
 #include "update/dialog_window.h"
 
-#include <commctrl.h>
-
 #include <algorithm>
 #include <utility>
 
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
+#include "ui/push_button.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -95,25 +94,12 @@ void TDialogWindow::CloseNow() {
     Destroy();
 }
 
-HWND TDialogWindow::AddControl(const wchar_t* className, const std::wstring& text, DWORD style,
-                               DWORD extendedStyle) {
-    const HWND control =
-        CreateWindowExW(extendedStyle, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0,
-                        Handle(), nullptr, GetModuleHandleW(nullptr), nullptr);
-    controls_.push_back(control);
-    return control;
+HWND TDialogWindow::AddControl(const wchar_t* className, const std::wstring& text, DWORD style) {
+    return controls_.emplace_back(CreateChild(Handle(), className, text, WS_VISIBLE | style));
 }
 
 HWND TDialogWindow::AddButton(int id, const std::wstring& text) {
-    const HWND button = AddControl(L"BUTTON", text, WS_TABSTOP | BS_OWNERDRAW);
-    SetWindowLongPtrW(button, GWLP_ID, id);
-    SetWindowSubclass(button, &TDialogWindow::ButtonProcedure, 0, reinterpret_cast<DWORD_PTR>(this));
-    return button;
-}
-
-void TDialogWindow::Place(HWND control, const RECT& area) {
-    SetWindowPos(control, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+    return controls_.emplace_back(CreatePushButton(Handle(), id, text));
 }
 
 void TDialogWindow::SetFontOfControls() {
@@ -126,7 +112,7 @@ void TDialogWindow::ScaleChanged(UINT dpi, const RECT& area) {
     scale_ = TScale(dpi);
     TFont font = MakeMessageFont(scale_);
     std::swap(font, font_);  // the old one is released when no control uses it any more
-    Place(Handle(), area);
+    PlaceWindow(Handle(), area);
     SetFontOfControls();
     Arrange();
     InvalidateRect(Handle(), nullptr, TRUE);
@@ -224,43 +210,14 @@ std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordPar
 }
 
 void TDialogWindow::DrawButton(const DRAWITEMSTRUCT& draw) const {
-    const bool isEnabled = (draw.itemState & ODS_DISABLED) == 0;
-    const bool hasFocus = (draw.itemState & ODS_FOCUS) != 0;
-    TColour ground = Theme::HeaderGround;
-    if (isEnabled && (draw.itemState & ODS_SELECTED) != 0) {
-        ground = Theme::Pressed;
-    } else if (isEnabled && draw.hwndItem == hovered_) {
-        ground = Theme::Hover;
-    }
-    FillArea(draw.hDC, draw.rcItem, ground);
-    FrameArea(draw.hDC, draw.rcItem, hasFocus ? Theme::Accent : Theme::Border, scale_(hasFocus ? 2 : 1));
+    DrawButtonFace(draw, scale_);
     wchar_t text[64]{};
     GetWindowTextW(draw.hwndItem, text, 64);
     const TSelection font(draw.hDC, font_.Get());
     SetBkMode(draw.hDC, TRANSPARENT);
-    SetTextColor(draw.hDC, ColorRefOf(isEnabled ? Theme::Text : Theme::DisabledText));
+    SetTextColor(draw.hDC, ColorRefOf(StateOfButton(draw).enabled ? Theme::Text : Theme::DisabledText));
     RECT area = draw.rcItem;
     DrawTextW(draw.hDC, text, -1, &area, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
-}
-
-LRESULT CALLBACK TDialogWindow::ButtonProcedure(HWND button, UINT message, WPARAM wordParameter,
-                                                LPARAM longParameter, UINT_PTR id, DWORD_PTR data) {
-    auto* dialog = reinterpret_cast<TDialogWindow*>(data);
-    if (message == WM_MOUSEMOVE && dialog->hovered_ != button) {
-        dialog->hovered_ = button;
-        TRACKMOUSEEVENT track{};
-        track.cbSize = sizeof(track);
-        track.dwFlags = TME_LEAVE;
-        track.hwndTrack = button;
-        TrackMouseEvent(&track);
-        InvalidateRect(button, nullptr, FALSE);
-    } else if (message == WM_MOUSELEAVE) {
-        dialog->hovered_ = nullptr;
-        InvalidateRect(button, nullptr, FALSE);
-    } else if (message == WM_NCDESTROY) {
-        RemoveWindowSubclass(button, &TDialogWindow::ButtonProcedure, id);
-    }
-    return DefSubclassProc(button, message, wordParameter, longParameter);
 }
 
 void TDialogWindow::FadeOut(std::function<void()> closed) {

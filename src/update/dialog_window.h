@@ -36,12 +36,11 @@ protected:
     [[nodiscard]] bool Open(HWND owner, const std::wstring& caption, SIZE size);
 
     // For AddControls: creates a child. Its place is given in Arrange.
-    HWND AddControl(const wchar_t* className, const std::wstring& text, DWORD style, DWORD extendedStyle = 0);
+    HWND AddControl(const wchar_t* className, const std::wstring& text, DWORD style);
     HWND AddButton(int id, const std::wstring& text);
 
     const TScale& Scale() const { return scale_; }
     HFONT Font() const { return font_.Get(); }
-    static void Place(HWND control, const RECT& area);
 
     virtual void AddControls() = 0;
     // Gives the controls their places; called again when the scale changes.
@@ -62,14 +61,11 @@ private:
     void ScaleChanged(UINT dpi, const RECT& area);
     void DrawButton(const DRAWITEMSTRUCT& draw) const;
     void FadeStep();
-    static LRESULT CALLBACK ButtonProcedure(HWND button, UINT message, WPARAM wordParameter,
-                                            LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
 
     TScale scale_;
     TFont font_;
     std::vector<HWND> controls_;
     std::vector<HWND> disabled_;
-    HWND hovered_ = nullptr;
     HWND focusBefore_ = nullptr;
     std::optional<TMessageFilter> keys_;
     TTimer fadeTimer_;

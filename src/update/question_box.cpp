@@ -58,7 +58,7 @@ void TQuestionBox::Arrange() {
     LONG right = client.right - scale(kMargin);
     const LONG bottom = client.bottom - scale(kMargin);
     for (auto button = buttons_.rbegin(); button != buttons_.rend(); ++button) {
-        Place(*button, {right - scale(kButtonWidth), bottom - scale(kButtonHeight), right, bottom});
+        PlaceWindow(*button, {right - scale(kButtonWidth), bottom - scale(kButtonHeight), right, bottom});
         right -= scale(kButtonWidth) + scale(kGap);
     }
 }

@@ -2,11 +2,12 @@
 
 #include <shlobj.h>
 
-#include <array>
 #include <utility>
 
 #include "support/path_text.h"
 #include "support/system_error.h"
+#include "support/user_locale.h"
+#include "texts/update_texts.h"
 
 namespace {
 
@@ -15,15 +16,6 @@ constexpr const wchar_t* kInformationPath = L"/info/vardeko.info";
 constexpr DWORD kElevationRequired = 740;
 constexpr std::size_t kLargestInformation = 65'536;  // bytes
 constexpr std::size_t kYes = 0;                      // the first button of the question
-
-TAction::TProperties ActionProperties(const wchar_t* caption, std::function<bool()> enabledWhen,
-                                      std::function<void()> execute) {
-    TAction::TProperties properties;
-    properties.caption = caption;
-    properties.enabledWhen = std::move(enabledWhen);
-    properties.execute = std::move(execute);
-    return properties;
-}
 
 std::wstring ErrorLine(int code, const std::wstring& description) {
     return std::to_wstring(code) + L" " + HarmlessText(description, kLargestShownText);
@@ -43,13 +35,6 @@ std::wstring LocalDataFolder() {
     return folder;
 }
 
-std::wstring LocaleText(LCTYPE kind) {
-    std::array<wchar_t, 8> text{};
-    const int length =
-        GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, kind, text.data(), static_cast<int>(text.size()));
-    return length > 0 ? std::wstring(text.data()) : std::wstring();
-}
-
 }  // namespace
 
 TfmUpdateCheck::TOptions TfmUpdateCheck::ProgramOptions() {
@@ -63,12 +48,12 @@ TfmUpdateCheck::TOptions TfmUpdateCheck::ProgramOptions() {
 
 TfmUpdateCheck::TfmUpdateCheck(const TPlatformCalls& calls, const TCodePage& codePage, TOptions options,
                                std::function<HWND()> owner, std::function<void()> endProgram)
-    : acSearchForUpdates(ActionProperties(
-          L"Nach Updates Suchen", [this] { return !http_.IsBusy() && !isLoading_; },
-          [this] { acSearchForUpdatesExecute(); })),
-      acDownload(ActionProperties(
-          L"Update", [this] { return newUpdateExist_ && !http_.IsBusy() && !isLoading_; },
-          [this] { acDownloadExecute(); })),
+    : acSearchForUpdates({.caption = UpdateTexts::Search,
+                          .enabledWhen = [this] { return !http_.IsBusy() && !isLoading_; },
+                          .execute = [this] { acSearchForUpdatesExecute(); }}),
+      acDownload({.caption = UpdateTexts::Update,
+                  .enabledWhen = [this] { return newUpdateExist_ && !http_.IsBusy() && !isLoading_; },
+                  .execute = [this] { acDownloadExecute(); }}),
       calls_(calls),
       codePage_(codePage),
       options_(std::move(options)),
@@ -79,8 +64,8 @@ TfmUpdateCheck::TfmUpdateCheck(const TPlatformCalls& calls, const TCodePage& cod
             [this](const THttpReply& reply) { HttpFinished(reply); }),
       downLoader_(calls,
                   {[this](const TDownLoadProgress& progress) {
-                       SetLabel(TransferText(progress.bytesDone, progress.bytesPerSecond,
-                                             LocaleText(LOCALE_SDECIMAL), LocaleText(LOCALE_STHOUSAND)));
+                       SetLabel(UpdateTexts::Transfer(progress.bytesDone, progress.bytesPerSecond,
+                                                      DecimalSeparator(), ThousandSeparator()));
                    },
                    [this](const TDownLoadResult& result) { DownLoadFinished(result); }},
                   options_.downLoadPatience) {
@@ -127,7 +112,7 @@ void TfmUpdateCheck::CloseNow() {
 
 void TfmUpdateCheck::acSearchForUpdatesExecute() {
     SetLog({});
-    SetLabel(L"Prüfe auf Updates..");
+    SetLabel(UpdateTexts::Searching);
     information_ = {};
     newUpdateExist_ = false;
     // What an earlier search may have left must not pass for this one's answer.
@@ -181,17 +166,17 @@ void TfmUpdateCheck::ReadInformation() {
 }
 
 void TfmUpdateCheck::TellNoUpdate() {
-    AddLog(L"Im Moment ist kein Update verfügbar");
+    AddLog(UpdateTexts::NoUpdate);
     if (!information_.newsUrl.empty() && information_.exDelay == 0) {
         OpenPage(information_.newsUrl);
     }
 }
 
 void TfmUpdateCheck::TellNewVersion() {
-    AddLog(L"Neuere Version: " + information_.version);
+    AddLog(UpdateTexts::NewerVersion + information_.version);
     AddLog(information_.updateMessage);
     AddLog({});
-    AddLog(L"Klicken Sie auf Update, um eine neuere Version von Vardeko zu erhalten");
+    AddLog(UpdateTexts::HowToUpdate);
 }
 
 // Update.
@@ -205,7 +190,7 @@ void TfmUpdateCheck::acDownloadExecute() {
         return;
     }
     if (!MayFetchSetup(information_.downLoadUrl) || !IsSafeSetupFileName(information_.setupFileName)) {
-        Tell(L"Error", L"Die Angaben des Servers zum Update sind ungültig", nullptr);
+        Tell(UpdateTexts::Error, UpdateTexts::BadInformation, nullptr);
         return;
     }
     localFile_ = options_.dataFolder + L"\\" + information_.setupFileName;
@@ -227,12 +212,12 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
             } else if (result.state == TDownLoadState::Finished) {
                 AskForSetup();
             } else {
-                Tell(L"Message", L"Process completed with some warnings", [this] { AskForSetup(); });
+                Tell(UpdateTexts::Message, UpdateTexts::FinishedWithWarnings, [this] { AskForSetup(); });
             }
             break;
         case TDownLoadState::Stopped:
             SetLabel({});
-            Tell(L"Message", L"Process stopped", [this] {
+            Tell(UpdateTexts::Message, UpdateTexts::Stopped, [this] {
                 if (isClosing_) {
                     window_.FadeOut([this] { Close(); });
                 }
@@ -240,7 +225,7 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
             break;
         case TDownLoadState::Failed:
             SetLabel({});
-            Tell(L"Error", result.errorText, [this] {
+            Tell(UpdateTexts::Error, result.errorText, [this] {
                 if (isClosing_) {
                     window_.FadeOut([this] { Close(); });
                 }
@@ -250,8 +235,8 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
 }
 
 void TfmUpdateCheck::AskForSetup() {
-    question_.Ask(window_.Handle(), L"Bestätigung", L"Möchten Sie Vardeko aktualisieren?", {L"Ja", L"Nein"},
-                  [this](std::size_t button) {
+    question_.Ask(window_.Handle(), UpdateTexts::Confirmation, UpdateTexts::UpdateQuestion,
+                  {UpdateTexts::Yes, UpdateTexts::No}, [this](std::size_t button) {
                       bool isStarted = false;
                       if (button == kYes) {
                           information_.exDelay = 0;
@@ -287,7 +272,7 @@ bool TfmUpdateCheck::StartSetup() {
 
 void TfmUpdateCheck::OpenPage(const std::wstring& address) {
     if (!MayOpenPage(address)) {
-        AddLog(L"Die Adresse der Seite ist ungültig");
+        AddLog(UpdateTexts::BadPage);
         return;
     }
     calls_.ShellExecuteW(window_.Handle(), L"open", address.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
@@ -316,7 +301,7 @@ void TfmUpdateCheck::Close() {
 }
 
 void TfmUpdateCheck::Tell(const std::wstring& title, const std::wstring& text, std::function<void()> then) {
-    question_.Ask(window_.Handle(), title, text, {L"OK"}, [then = std::move(then)](std::size_t) {
+    question_.Ask(window_.Handle(), title, text, {UpdateTexts::Ok}, [then = std::move(then)](std::size_t) {
         if (then) {
             then();
         }

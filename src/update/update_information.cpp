@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 
 #include "store/ini_file.h"
+#include "support/utf16.h"
 
 namespace {
 
@@ -75,18 +75,6 @@ bool IsSafeAddress(std::wstring_view address, std::wstring_view scheme) {
            std::all_of(rest.begin(), rest.end(), standsForItself);
 }
 
-std::wstring NumberText(double value, std::wstring_view decimalSeparator,
-                        std::wstring_view thousandSeparator) {
-    const auto hundredths = static_cast<std::uint64_t>(std::llround(std::clamp(value, 0.0, 1e15) * 100));
-    std::wstring whole = std::to_wstring(hundredths / 100);
-    for (std::size_t position = whole.size(); position > 3;) {
-        position -= 3;
-        whole.insert(position, thousandSeparator);
-    }
-    const std::wstring fraction = std::to_wstring(100 + hundredths % 100).substr(1);
-    return whole + std::wstring(decimalSeparator) + fraction;
-}
-
 }  // namespace
 
 TUpdateInformation ReadUpdateInformation(std::string_view bytes, const TCodePage& codePage) {
@@ -115,15 +103,11 @@ TUpdateInformation ReadUpdateInformation(std::string_view bytes, const TCodePage
 
 std::wstring HarmlessText(std::wstring_view text, std::size_t limit) {
     const bool isCut = text.size() > limit;
-    std::wstring result(text.substr(0, isCut ? limit - 1 : limit));
+    std::wstring result(isCut ? BeginningOf(text, limit - 1) : text);
     std::replace_if(
         result.begin(), result.end(),
         [](wchar_t letter) { return IsControl(letter) || IsInvisibleMark(letter); }, L' ');
     if (isCut) {
-        // Not between the halves of a character.
-        if (!result.empty() && (static_cast<char32_t>(result.back()) & 0xFFFFFC00) == 0xD800) {
-            result.pop_back();
-        }
         result += L'\x2026';
     }
     return result;
@@ -149,12 +133,4 @@ bool MayOpenPage(std::wstring_view address) {
 
 bool MayFetchSetup(std::wstring_view address) {
     return IsSafeAddress(address, L"https://");
-}
-
-std::wstring TransferText(std::uint64_t bytesDone, double bytesPerSecond, std::wstring_view decimalSeparator,
-                          std::wstring_view thousandSeparator) {
-    const auto text = [&](double bytes) {
-        return NumberText(bytes / 1024, decimalSeparator, thousandSeparator);
-    };
-    return text(static_cast<double>(bytesDone)) + L" Kb, speed " + text(bytesPerSecond) + L" Kb/sec";
 }

@@ -48,7 +48,3 @@ bool MayOpenPage(std::wstring_view address);
 
 // Whether a setup may be fetched from the address: the same, https:// only.
 bool MayFetchSetup(std::wstring_view address);
-
-// The progress of a download: "%.2n Kb, speed %.2n Kb/sec" with the separators of the user's locale.
-std::wstring TransferText(std::uint64_t bytesDone, double bytesPerSecond, std::wstring_view decimalSeparator,
-                          std::wstring_view thousandSeparator);

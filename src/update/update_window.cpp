@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "texts/update_texts.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/window_scale.h"
@@ -19,7 +20,6 @@ constexpr int kSearchWidth = 170;
 constexpr int kButtonWidth = 110;
 constexpr int kGap = 8;
 constexpr int kLogPadding = 6;
-constexpr const wchar_t* kGroupCaption = L"Status";
 
 RECT Shrunk(RECT area, int by) {
     InflateRect(&area, -by, -by);
@@ -35,7 +35,7 @@ TUpdateWindow::TUpdateWindow(TAction& acSearchForUpdates, TAction& acDownload, s
 }
 
 bool TUpdateWindow::ShowOver(HWND owner) {
-    if (!Open(owner, L"Vardeko Update", kSize)) {
+    if (!Open(owner, UpdateTexts::Window, kSize)) {
         return false;
     }
     if (acDownload_.Enabled()) {
@@ -59,7 +59,7 @@ void TUpdateWindow::SetLabel(const std::wstring& text) {
 void TUpdateWindow::AddControls() {
     searchButton_ = AddButton(kSearch, acSearchForUpdates_.Caption());
     downloadButton_ = AddButton(kDownload, acDownload_.Caption());
-    btnCancel_ = AddButton(kCancel, L"Abbrechen");
+    btnCancel_ = AddButton(kCancel, UpdateTexts::Cancel);
     connectLogBox_ =
         AddControl(L"EDIT", L"", WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL);
     UseDarkScrollBars(connectLogBox_);
@@ -74,14 +74,15 @@ void TUpdateWindow::Arrange() {
     const RECT inner = Shrunk(client, scale(2 * kMargin));
     const LONG buttonTop = inner.bottom - scale(kButtonHeight);
     const LONG labelTop = buttonTop - scale(kGap) - scale(kLabelHeight);
-    Place(searchButton_, {inner.left, buttonTop, inner.left + scale(kSearchWidth), inner.bottom});
-    Place(btnCancel_, {inner.right - scale(kButtonWidth), buttonTop, inner.right, inner.bottom});
+    PlaceWindow(searchButton_, {inner.left, buttonTop, inner.left + scale(kSearchWidth), inner.bottom});
+    PlaceWindow(btnCancel_, {inner.right - scale(kButtonWidth), buttonTop, inner.right, inner.bottom});
     const LONG downloadRight = inner.right - scale(kButtonWidth) - scale(kGap);
-    Place(downloadButton_, {downloadRight - scale(kButtonWidth), buttonTop, downloadRight, inner.bottom});
-    Place(cxLabel1_, {inner.left, labelTop, inner.right, labelTop + scale(kLabelHeight)});
+    PlaceWindow(downloadButton_,
+                {downloadRight - scale(kButtonWidth), buttonTop, downloadRight, inner.bottom});
+    PlaceWindow(cxLabel1_, {inner.left, labelTop, inner.right, labelTop + scale(kLabelHeight)});
     // Inside of the frame that Paint draws around it.
-    Place(connectLogBox_, {inner.left + scale(1), inner.top + scale(kGap) + scale(1), inner.right - scale(1),
-                           labelTop - scale(kGap)});
+    PlaceWindow(connectLogBox_, {inner.left + scale(1), inner.top + scale(kGap) + scale(1),
+                                 inner.right - scale(1), labelTop - scale(kGap)});
     FitLog();
 }
 
@@ -104,12 +105,12 @@ void TUpdateWindow::Paint(HDC context, const RECT& client) {
     group.top += titleHeight / 2 - scale(4);
     FrameArea(context, group, Theme::Border, scale(1));
     RECT title{group.left + scale(kMargin), group.top - titleHeight / 2, 0, 0};
-    DrawTextW(context, kGroupCaption, -1, &title, DT_SINGLELINE | DT_CALCRECT);
+    DrawTextW(context, UpdateTexts::Status, -1, &title, DT_SINGLELINE | DT_CALCRECT);
     FillArea(context, {title.left - scale(4), title.top, title.right + scale(4), title.bottom},
              Theme::WindowGround);
     SetBkMode(context, TRANSPARENT);
     SetTextColor(context, ColorRefOf(Theme::DimText));
-    DrawTextW(context, kGroupCaption, -1, &title, DT_SINGLELINE);
+    DrawTextW(context, UpdateTexts::Status, -1, &title, DT_SINGLELINE);
 
     RECT log{};
     GetWindowRect(connectLogBox_, &log);

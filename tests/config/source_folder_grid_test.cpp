@@ -49,7 +49,7 @@ TEST_F(SourceFolderGrid, AChangeIsPostedAtOnceAndOnlyARealOneCounts) {
 
 TEST_F(SourceFolderGrid, WhatTheTableRefusesIsToldAndDropped) {
     TProblem problem;
-    grid.onProblem = [&](const TProblem& told) { problem = told; };
+    grid.OnProblem = [&](const TProblem& told) { problem = told; };
     grid.SetText(kDirectory, std::wstring(256, L'x'));
     EXPECT_EQ(problem.what, TProblemKind::TextTooLong);
     EXPECT_EQ(grid.Text(0, kDirectory), L"a");
@@ -57,13 +57,13 @@ TEST_F(SourceFolderGrid, WhatTheTableRefusesIsToldAndDropped) {
 }
 
 TEST_F(SourceFolderGrid, ARowIsDeletedOnlyIfItIsStillTheOneAskedFor) {
-    grid.onDeleting = [&](const std::wstring&) {
+    grid.OnDeleting = [&](const std::wstring&) {
         table.MoveTo(2);
         return true;
     };
     grid.AskDeleteRow();
     EXPECT_EQ(table.RecordCount(), 3u);
-    grid.onDeleting = [](const std::wstring& folder) { return folder == L"c"; };
+    grid.OnDeleting = [](const std::wstring& folder) { return folder == L"c"; };
     grid.AskDeleteRow();
     EXPECT_EQ(table.RecordCount(), 2u);
 }

@@ -1,0 +1,26 @@
+// The push buttons of every window, tool bars included.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+#include "ui/dpi.h"
+
+// Creates a button of the system, so that the Tab key, the space bar and screen readers know it. Its parent
+// draws it (WM_DRAWITEM) and is told of clicks (WM_COMMAND) with the identifier. Null when the system
+// refuses.
+HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style = 0);
+
+// What a button looks like at the moment.
+struct TButtonState {
+    bool enabled = true;
+    bool pressed = false;
+    bool hovered = false;  // never while it is disabled
+    bool focused = false;
+};
+
+TButtonState StateOfButton(const DRAWITEMSTRUCT& draw);
+
+// Draws ground and frame of a button that stands in a window by itself.
+void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale);
