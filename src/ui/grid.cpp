@@ -26,7 +26,8 @@ bool TGrid::CreateIn(HWND parent, TGridTexts texts, TScale scale, HFONT font) {
     events.key = [this](TGridKey key) { return UseKey(key); };
     events.lostFocus = [this] { navigator_.TakeOver(); };
     events.chosen = [this] { navigator_.TakeOver(); };
-    if (!editors_.CreateIn(Handle(), std::move(events))) {
+    if (!editors_.CreateIn(Handle(), std::move(events)) ||
+        !scrollBar_.CreateIn(Handle(), [this](int position) { ScrollTo(position); })) {
         Destroy();
         return false;
     }
@@ -89,6 +90,13 @@ void TGrid::Arrange() {
     if (navigator_.Editing()) {
         editors_.Place(FocusedCellArea(), layout_.Body());
     }
+    ShowRows();
+}
+
+// To be called when the layout has changed or was scrolled.
+void TGrid::ShowRows() {
+    const TGridArea bar = layout_.ScrollBar();
+    scrollBar_.Show(layout_.ScrollRange(), {bar.left, bar.top, bar.right, bar.bottom});
     Repaint();
 }
 
@@ -112,14 +120,13 @@ TGridView TGrid::View() const {
             editors_.IsOpen() ? std::optional(editors_.Area()) : std::nullopt,
             drag_ == TDrag::Header ? dropPosition_ : std::nullopt,
             dragPosition_,
-            thumbHovered_ || drag_ == TDrag::Thumb,
             texts_.empty};
 }
 
 void TGrid::OpenEditor(std::size_t column, const std::wstring& text, bool selectAll) {
     layout_.ScrollIntoView(*source_.CurrentRow());
     editors_.Open(columns_[column], text, selectAll, FocusedCellArea(), layout_.Body());
-    Repaint();
+    ShowRows();
 }
 
 void TGrid::CloseEditor() {
@@ -134,7 +141,7 @@ void TGrid::FocusedCellChanged() {
             editors_.Place(FocusedCellArea(), layout_.Body());
         }
     }
-    Repaint();
+    ShowRows();
     if (GetFocus() == Handle()) {
         TellScreenReader(EVENT_OBJECT_FOCUS);
     }
@@ -271,11 +278,6 @@ std::optional<LRESULT> TGrid::HandleMessage(UINT message, WPARAM wordParameter, 
         case WM_CAPTURECHANGED:
             drag_ = TDrag::None;
             Repaint();
-            return 0;
-        case WM_MOUSELEAVE:
-            if (std::exchange(thumbHovered_, false)) {
-                Repaint();
-            }
             return 0;
         case WM_CONTEXTMENU:
             ShowMenu({GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});

@@ -18,6 +18,7 @@
 #include "ui/grid_navigator.h"
 #include "ui/grid_painter.h"
 #include "ui/grid_source.h"
+#include "ui/scroll_bar.h"
 
 struct TGridTexts {
     std::wstring name;       // what a screen reader calls the grid
@@ -53,7 +54,7 @@ protected:
 
 private:
     // What the mouse does while its button is down.
-    enum class TDrag { None, ColumnWidth, Header, Thumb };
+    enum class TDrag { None, ColumnWidth, Header };
 
     // TGridEditorHost
     void OpenEditor(std::size_t column, const std::wstring& text, bool selectAll) override;
@@ -88,7 +89,8 @@ private:
     TGridNavigator::TSpot SpotAt(const TGridHit& hit, POINT point) const;
     void MouseMoved(POINT point);
     void ButtonUp();
-    void Scroll(int distance);
+    void ScrollTo(int position);
+    void ShowRows();
     void Wheel(int delta);
     void ShowMenu(POINT screenPoint);
     void ShowColumnMenu(POINT screenPoint);
@@ -100,6 +102,7 @@ private:
     TGridNavigator navigator_;
     TGridEditors editors_;
     TGridPainter painter_;
+    TScrollBar scrollBar_;
     TGridAccessible* accessible_ = nullptr;  // counted; made when somebody asks
     TGridTexts texts_;
     std::optional<std::uint64_t> shownRow_;  // the key of the current row when it was last scrolled to
@@ -108,6 +111,5 @@ private:
     std::size_t dragPosition_ = 0;
     int dragOffset_ = 0;                       // from the pointer to what is dragged
     std::optional<std::size_t> dropPosition_;  // of a header that has left its place
-    bool thumbHovered_ = false;
     int wheelRest_ = 0;
 };

@@ -72,9 +72,6 @@ std::size_t TGridLayout::EndOfVisibleRows() const {
 }
 
 TGridHit TGridLayout::HitTest(int x, int y) const {
-    if (scrollBar_ && ScrollBar().Contains(x, y)) {
-        return {Thumb().Contains(x, y) ? TGridPart::Thumb : TGridPart::ScrollTrack};
-    }
     if (y < 0 || x < 0 || x >= Body().right || y >= height_) {
         return {};
     }
@@ -108,29 +105,14 @@ TGridArea TGridLayout::ScrollBar() const {
     return {Body().right, metrics_.headerHeight, width_, std::max(height_, metrics_.headerHeight)};
 }
 
-TGridArea TGridLayout::Thumb() const {
-    const TGridArea bar = ScrollBar();
-    const int total = std::max(TotalHeight(), 1);
-    const int length = std::clamp(bar.Height() * bar.Height() / total,
-                                  std::min(metrics_.minimumThumb, bar.Height()), bar.Height());
-    const int way = bar.Height() - length;
-    const int top = bar.top + (ScrollEnd() > 0 ? way * scroll_ / ScrollEnd() : 0);
-    return {bar.left, top, bar.right, top + length};
-}
-
-int TGridLayout::ScrollEnd() const {
-    return std::max(0, TotalHeight() - Body().Height());
+TScrollRange TGridLayout::ScrollRange() const {
+    return {TotalHeight(), Body().Height(), scroll_};
 }
 
 bool TGridLayout::ScrollTo(int position) {
     const int former = scroll_;
-    scroll_ = std::clamp(position, 0, ScrollEnd());
+    scroll_ = std::clamp(position, 0, ScrollRange().End());
     return scroll_ != former;
-}
-
-bool TGridLayout::ScrollToThumb(int thumbTop) {
-    const int way = ScrollBar().Height() - Thumb().Height();
-    return way > 0 && ScrollTo((thumbTop - ScrollBar().top) * ScrollEnd() / way);
 }
 
 bool TGridLayout::ScrollIntoView(std::size_t row) {

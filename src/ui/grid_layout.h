@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ui/grid_columns.h"
+#include "ui/scroll_range.h"
 
 // An area in device pixels of the grid's window; right and bottom lie outside.
 struct TGridArea {
@@ -29,10 +30,9 @@ struct TGridMetrics {
     int scrollBarWidth = 0;
     int minimumColumnWidth = 0;
     int borderReach = 0;  // how far beside a column's border the mouse still takes hold of it
-    int minimumThumb = 0;
 };
 
-enum class TGridPart { Nothing, Header, ColumnBorder, Indicator, Cell, Thumb, ScrollTrack };
+enum class TGridPart { Nothing, Header, ColumnBorder, Indicator, Cell };
 
 // What lies at a point.
 struct TGridHit {
@@ -73,12 +73,9 @@ public:
 
     bool HasScrollBar() const { return scrollBar_; }
     TGridArea ScrollBar() const;
-    TGridArea Thumb() const;
-    int ScrollPosition() const { return scroll_; }
-    int ScrollEnd() const;  // the greatest scroll position
+    TScrollRange ScrollRange() const;  // in pixels
     // True when the position has changed.
     bool ScrollTo(int position);
-    bool ScrollToThumb(int thumbTop);
     bool ScrollIntoView(std::size_t row);
     // The row a page further down or up.
     std::size_t PageFrom(std::size_t row, bool down) const;

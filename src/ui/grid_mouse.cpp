@@ -36,13 +36,6 @@ void TGrid::ButtonDown(POINT point) {
             dropPosition_.reset();
             dragOffset_ = point.x;
             break;
-        case TGridPart::Thumb:
-            drag_ = TDrag::Thumb;
-            dragOffset_ = layout_.Thumb().top - point.y;
-            break;
-        case TGridPart::ScrollTrack:
-            Scroll(point.y < layout_.Thumb().top ? -layout_.Body().Height() : layout_.Body().Height());
-            return;
         case TGridPart::Nothing:
             return;
     }
@@ -80,20 +73,8 @@ void TGrid::MouseMoved(POINT point) {
                 Repaint();
             }
             break;
-        case TDrag::Thumb:
-            if (layout_.ScrollToThumb(point.y + dragOffset_)) {
-                Repaint();
-            }
+        case TDrag::None:
             break;
-        case TDrag::None: {
-            const bool hovered = layout_.HitTest(point.x, point.y).part == TGridPart::Thumb;
-            if (hovered != std::exchange(thumbHovered_, hovered)) {
-                TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, Handle(), 0};
-                TrackMouseEvent(&track);
-                Repaint();
-            }
-            break;
-        }
     }
 }
 
@@ -109,10 +90,10 @@ void TGrid::ButtonUp() {
     }
 }
 
-void TGrid::Scroll(int distance) {
+void TGrid::ScrollTo(int position) {
     navigator_.TakeOver();
-    if (layout_.ScrollTo(layout_.ScrollPosition() + distance)) {
-        Repaint();
+    if (layout_.ScrollTo(position)) {
+        ShowRows();
     }
 }
 
@@ -126,7 +107,7 @@ void TGrid::Wheel(int delta) {
     const int distance = wheelRest_ / kWheelNotch;
     wheelRest_ %= kWheelNotch;
     if (layout_.HasScrollBar()) {
-        Scroll(-distance);
+        ScrollTo(layout_.ScrollRange().position - distance);
     }
 }
 

@@ -47,7 +47,6 @@ TGridMetrics TGridPainter::Metrics() const {
     metrics.scrollBarWidth = scale_(GridStyle::ScrollBar);
     metrics.minimumColumnWidth = scale_(GridStyle::MinimumColumn);
     metrics.borderReach = scale_(GridStyle::BorderReach);
-    metrics.minimumThumb = scale_(GridStyle::MinimumThumb);
     return metrics;
 }
 
@@ -104,7 +103,6 @@ void TGridPainter::Paint(HDC context, const RECT& client, const TGridView& view)
         PaintEditorFrame(context, *view.editor);
     }
     PaintHeader(context, client, view);
-    PaintScrollBar(context, client, view);
 }
 
 void TGridPainter::PaintHeader(HDC context, const RECT& client, const TGridView& view) const {
@@ -216,17 +214,6 @@ void TGridPainter::PaintGridLines(HDC context, const TGridView& view) const {
         const int right = view.layout.Header(position).right;
         FillArea(context, {right - line, body.top, right, body.bottom}, Theme::Border);
     }
-}
-
-void TGridPainter::PaintScrollBar(HDC context, const RECT& client, const TGridView& view) const {
-    if (!view.layout.HasScrollBar()) {
-        return;
-    }
-    FillArea(context, ToRect(view.layout.ScrollBar()), Theme::ScrollTrack);
-    RECT thumb = ToRect(view.layout.Thumb());
-    InflateRect(&thumb, -scale_(2), 0);
-    thumb.right = std::min(thumb.right, client.right);
-    FillArea(context, thumb, view.thumbHot ? Theme::ScrollThumbHover : Theme::ScrollThumb);
 }
 
 void TGridPainter::PaintEditorFrame(HDC context, const TGridArea& editor) const {

@@ -21,7 +21,6 @@ struct TGridView {
     std::optional<TGridArea> editor;    // of the edit in progress
     std::optional<std::size_t> dropAt;  // the position a dragged header would get
     std::size_t dragged = 0;
-    bool thumbHot = false;
     const std::wstring& emptyText;
 };
 
@@ -48,7 +47,6 @@ private:
                    const std::wstring& text) const;
     void PaintButton(HDC context, const TGridArea& cell) const;
     void PaintGridLines(HDC context, const TGridView& view) const;
-    void PaintScrollBar(HDC context, const RECT& client, const TGridView& view) const;
     void PaintEditorFrame(HDC context, const TGridArea& editor) const;
     int TextWidth(const TGridColumn& column, int cellWidth) const;
 

@@ -10,7 +10,6 @@ inline constexpr int CellPaddingY = 4;
 inline constexpr int ButtonWidth = 22;
 inline constexpr int ScrollBar = 12;
 inline constexpr int MinimumColumn = 24;
-inline constexpr int MinimumThumb = 24;
 inline constexpr int BorderReach = 4;
 inline constexpr int LinesEditorWidth = 170;
 inline constexpr int LinesEditorLines = 4;

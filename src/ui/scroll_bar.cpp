@@ -4,7 +4,6 @@
 #include <windowsx.h>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "ui/device_context.h"
@@ -12,100 +11,97 @@
 
 namespace {
 
-// Sizes at a scale of 100 %.
-constexpr int kLeastThumb = 28;
-constexpr int kThumbMargin = 4;
+constexpr int kLeastThumb = 28;  // at a scale of 100 %
+constexpr int kThumbMargin = 4;  // a part of the bar's width
 
 constexpr UINT_PTR kPageTimer = 1;
 constexpr UINT kFirstPageDelay = 300;  // milliseconds
 constexpr UINT kPageDelay = 50;
 
-SCROLLINFO ScrollInfoOf(HWND control) {
-    SCROLLINFO info{};
-    info.cbSize = sizeof(info);
-    info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
-    GetScrollInfo(control, SB_VERT, &info);
-    return info;
-}
-
-int LastPosition(const SCROLLINFO& info) {
-    return std::max(info.nMin, info.nMax - std::max(0, static_cast<int>(info.nPage) - 1));
-}
-
 }  // namespace
 
 TScrollBar::~TScrollBar() {
-    if (IsWindow(control_)) {
-        RemoveWindowSubclass(control_, &TScrollBar::ControlProcedure, 1);
+    if (IsWindow(owner_)) {
+        RemoveWindowSubclass(owner_, &TScrollBar::ControlProcedure, 1);
     }
     Destroy();
 }
 
-bool TScrollBar::AttachTo(HWND control, std::function<void(int position)> scrollTo) {
-    control_ = control;
+bool TScrollBar::CreateIn(HWND owner, std::function<void(int position)> scrollTo) {
+    owner_ = owner;
     scrollTo_ = std::move(scrollTo);
-    if (!CreateControl(GetParent(control), L"VardekoScrollBar", WS_CLIPSIBLINGS)) {
+    return CreateControl(owner, L"VardekoScrollBar", WS_CLIPSIBLINGS);
+}
+
+bool TScrollBar::AttachTo(HWND control, std::function<void(int position)> scrollTo) {
+    if (!CreateIn(GetParent(control), std::move(scrollTo))) {
         return false;
     }
+    owner_ = control;
+    scrollTo_ = [this, scroll = std::exchange(scrollTo_, {})](int position) {
+        scroll(position);
+        Update();
+    };
     SetWindowSubclass(control, &TScrollBar::ControlProcedure, 1, reinterpret_cast<DWORD_PTR>(this));
     Update();
     return true;
 }
 
 void TScrollBar::Update() {
-    const SCROLLINFO info = ScrollInfoOf(control_);
-    const bool needed = (GetWindowLongPtrW(control_, GWL_STYLE) & WS_VSCROLL) != 0;
+    if ((GetWindowLongPtrW(owner_, GWL_STYLE) & WS_VSCROLL) == 0) {
+        Show({}, {});
+        return;
+    }
+    SCROLLINFO info{};
+    info.cbSize = sizeof(info);
+    info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
+    GetScrollInfo(owner_, SB_VERT, &info);
+    RECT area{};
+    GetWindowRect(owner_, &area);
+    MapWindowPoints(nullptr, GetParent(owner_), reinterpret_cast<POINT*>(&area), 2);
+    RECT client{};
+    GetClientRect(owner_, &client);
+    area.left += client.right;
+    Show({info.nMax + 1, static_cast<int>(info.nPage), info.nPos}, area);
+}
+
+void TScrollBar::Show(const TScrollRange& range, const RECT& place) {
+    if (!Exists()) {
+        return;
+    }
+    const bool needed = range.End() > 0;
     if (needed) {
-        RECT area{};
-        GetWindowRect(control_, &area);
-        MapWindowPoints(nullptr, GetParent(control_), reinterpret_cast<POINT*>(&area), 2);
-        RECT client{};
-        GetClientRect(control_, &client);
-        const RECT place{area.left + client.right, area.top, area.right, area.bottom};
         RECT current{};
         GetWindowRect(Handle(), &current);
-        MapWindowPoints(nullptr, GetParent(control_), reinterpret_cast<POINT*>(&current), 2);
+        MapWindowPoints(nullptr, GetParent(Handle()), reinterpret_cast<POINT*>(&current), 2);
         if (!EqualRect(&place, &current)) {
             SetWindowPos(Handle(), HWND_TOP, place.left, place.top, place.right - place.left,
                          place.bottom - place.top, SWP_NOACTIVATE);
         }
     }
-    if ((IsWindowVisible(Handle()) != FALSE) != needed) {
+    if (((GetWindowLongPtrW(Handle(), GWL_STYLE) & WS_VISIBLE) != 0) != needed) {
         ShowWindow(Handle(), needed ? SW_SHOWNA : SW_HIDE);
     }
-    if (info.nPos != shown_.nPos || info.nMax != shown_.nMax || info.nPage != shown_.nPage) {
-        shown_ = info;
+    if (range != range_) {
+        range_ = range;
         Repaint();
     }
 }
 
-TScrollBar::TThumb TScrollBar::Thumb() const {
+int TScrollBar::Track() const {
     RECT client{};
     GetClientRect(Handle(), &client);
-    const double range = std::max(1, shown_.nMax - shown_.nMin + 1);
-    const int least = ScaleOfWindow(Handle())(kLeastThumb);
-    const int height = std::min<int>(
-        client.bottom,
-        std::max(least, static_cast<int>(client.bottom * static_cast<double>(shown_.nPage) / range)));
-    const double steps = std::max(1, LastPosition(shown_) - shown_.nMin);
-    const int top =
-        static_cast<int>((client.bottom - height) * std::min(1.0, (shown_.nPos - shown_.nMin) / steps));
-    return {top, top + height};
+    return client.bottom;
 }
 
-int TScrollBar::PositionAt(int thumbTop) const {
-    RECT client{};
-    GetClientRect(Handle(), &client);
-    const TThumb thumb = Thumb();
-    const double way = std::max<int>(1, client.bottom - (thumb.bottom - thumb.top));
-    const double share = std::clamp(thumbTop / way, 0.0, 1.0);
-    return shown_.nMin + static_cast<int>(std::lround(share * (LastPosition(shown_) - shown_.nMin)));
+int TScrollBar::LeastThumb() const {
+    return ScaleOfWindow(Handle())(kLeastThumb);
 }
 
 void TScrollBar::ButtonDown(int y) {
-    const TThumb thumb = Thumb();
+    const TScrollThumb thumb = Thumb();
     SetCapture(Handle());
-    if (y >= thumb.top && y < thumb.bottom) {
+    if (thumb.Contains(y)) {
         dragging_ = true;
         grip_ = y - thumb.top;
         Repaint();
@@ -118,22 +114,20 @@ void TScrollBar::ButtonDown(int y) {
 
 // One page towards the point where the button is held, until the thumb is there.
 void TScrollBar::Page() {
-    const TThumb thumb = Thumb();
-    if (pageTarget_ >= thumb.top && pageTarget_ < thumb.bottom) {
+    const TScrollThumb thumb = Thumb();
+    if (thumb.Contains(pageTarget_)) {
         KillTimer(Handle(), kPageTimer);
         return;
     }
-    const int page = std::max(1, static_cast<int>(shown_.nPage));
-    const int position = shown_.nPos + (pageTarget_ < thumb.top ? -page : page);
-    scrollTo_(std::clamp(position, shown_.nMin, LastPosition(shown_)));
-    Update();
+    const int page = std::max(1, range_.page);
+    const int position = range_.position + (pageTarget_ < thumb.top ? -page : page);
+    scrollTo_(std::clamp(position, 0, range_.End()));
 }
 
 void TScrollBar::MouseMoved(int y) {
     SetHovered(true);
     if (dragging_) {
-        scrollTo_(PositionAt(y - grip_));
-        Update();
+        scrollTo_(range_.PositionOf(y - grip_, Track(), LeastThumb()));
     }
 }
 
@@ -158,8 +152,8 @@ void TScrollBar::SetHovered(bool hovered) {
 void TScrollBar::Paint() {
     const TPaintContext paint(Handle());
     FillArea(paint.Get(), paint.Client(), Theme::ScrollTrack);
-    const int margin = ScaleOfWindow(Handle())(kThumbMargin);
-    const TThumb thumb = Thumb();
+    const int margin = paint.Client().right / kThumbMargin;
+    const TScrollThumb thumb = Thumb();
     const RECT area{paint.Client().left + margin, thumb.top + margin / 2, paint.Client().right - margin,
                     thumb.bottom - margin / 2};
     FillRoundedArea(paint.Get(), area, hovered_ || dragging_ ? Theme::ScrollThumbHover : Theme::ScrollThumb,
@@ -189,7 +183,7 @@ std::optional<LRESULT> TScrollBar::HandleMessage(UINT message, WPARAM wordParame
             Page();
             return 0;
         case WM_MOUSEWHEEL:
-            return SendMessageW(control_, message, wordParameter, longParameter);
+            return SendMessageW(owner_, message, wordParameter, longParameter);
         default:
             return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }

@@ -5,32 +5,33 @@
 
 #include <functional>
 
-#include "ui/dpi.h"
 #include "ui/drawn_control.h"
+#include "ui/scroll_range.h"
 
-// Lies over the scroll bar that the system draws for a control, which not every system draws dark. Position
-// and range stay the control's own; this bar only shows and changes them.
+// Shows a range and lets the user change its position, which stays the owner's.
 class TScrollBar final : public TDrawnControl {
 public:
     ~TScrollBar() override;
 
-    // Puts a bar over the control's; `scrollTo` brings the control to a position of its scroll range. The
-    // control needs the style WS_CLIPSIBLINGS.
+    // Creates the bar in its owner, hidden; `scrollTo` brings the owner to a position of the range, which is
+    // then shown anew.
+    [[nodiscard]] bool CreateIn(HWND owner, std::function<void(int position)> scrollTo);
+    // Shows a range at a place of the parent; nothing while all of it is seen.
+    void Show(const TScrollRange& range, const RECT& place);
+
+    // Puts the bar over the one that the system draws for a control, which not every system draws dark, and
+    // keeps it like that one, whose range begins at 0. The control needs the style WS_CLIPSIBLINGS.
     [[nodiscard]] bool AttachTo(HWND control, std::function<void(int position)> scrollTo);
 
 protected:
     std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
 
 private:
-    struct TThumb {
-        int top = 0;
-        int bottom = 0;
-    };
-
-    // Follows what has happened to the control.
+    // Follows what has happened to the control it is attached to.
     void Update();
-    TThumb Thumb() const;
-    int PositionAt(int thumbTop) const;
+    int Track() const;
+    int LeastThumb() const;
+    TScrollThumb Thumb() const { return range_.Thumb(Track(), LeastThumb()); }
     void ButtonDown(int y);
     void MouseMoved(int y);
     void ButtonUp();
@@ -40,9 +41,9 @@ private:
     static LRESULT CALLBACK ControlProcedure(HWND handle, UINT message, WPARAM wordParameter,
                                              LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
 
-    HWND control_ = nullptr;
+    HWND owner_ = nullptr;
     std::function<void(int position)> scrollTo_;
-    SCROLLINFO shown_{};
+    TScrollRange range_;
     bool hovered_ = false;
     bool dragging_ = false;
     int grip_ = 0;        // where in the thumb it is held

@@ -381,6 +381,28 @@ TEST_F(ConfigWindow, ColumnsAreSizedAndMovedByMouse) {
     EXPECT_THAT(window.cxGridDBTv.Visible(), ElementsAre(1, 2, 0, 3, 4, 5, 6));
 }
 
+TEST_F(ConfigWindow, RowsOutOfSightAreReachedByTheScrollBar) {
+    Open();
+    const HWND bar = FindWindowExW(window.cxGrid.Handle(), nullptr, L"VardekoScrollBar", nullptr);
+    EXPECT_FALSE(IsWindowVisible(bar));
+    for (int row = 0; row < 40; ++row) {
+        table.Append();
+        table.Post();
+    }
+    ASSERT_TRUE(IsWindowVisible(bar));
+    const TGridLayout& layout = window.cxGrid.Layout();
+    EXPECT_EQ(layout.EndOfVisibleRows(), 43u) << "the new row is seen";
+    const int bottom = layout.ScrollBar().Height() - 2;
+    Drag(bar, {3, bottom}, {3, -500});
+    EXPECT_EQ(layout.FirstVisibleRow(), 0u);
+    const std::size_t page = layout.EndOfVisibleRows();
+    ClickAt(bar, 3, bottom);
+    EXPECT_GE(layout.FirstVisibleRow(), page - 1);
+    EXPECT_LE(layout.FirstVisibleRow(), page);
+    ClickAt(bar, 3, 1);
+    EXPECT_EQ(layout.FirstVisibleRow(), 0u);
+}
+
 TEST_F(ConfigWindow, TheTabKeyReachesEverythingAndGetsOut) {
     Open();
     std::vector<HWND> visited;

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr TGridMetrics kMetrics{20, 25, 12, 10, 3, 16};
+constexpr TGridMetrics kMetrics{20, 25, 12, 10, 3};
 
 class GridLayout : public testing::Test {
 protected:
@@ -45,27 +45,26 @@ TEST_F(GridLayout, RowsThatDoNotFitScroll) {
     Arrange(10);  // 220 high in a body of 100
     ASSERT_TRUE(layout.HasScrollBar());
     EXPECT_EQ(layout.ColumnSpace(), 300);
-    EXPECT_EQ(layout.ScrollEnd(), 120);
-    EXPECT_EQ(layout.Thumb(), (TGridArea{325, 20, 337, 65}));
+    EXPECT_EQ(layout.ScrollBar(), (TGridArea{325, 20, 337, 120}));
+    EXPECT_EQ(layout.ScrollRange(), (TScrollRange{220, 100, 0}));
     EXPECT_EQ(layout.EndOfVisibleRows(), 4u);
 
     EXPECT_TRUE(layout.ScrollIntoView(9));
-    EXPECT_EQ(layout.ScrollPosition(), 120);
+    EXPECT_EQ(layout.ScrollRange().position, 120);
     EXPECT_EQ(layout.FirstVisibleRow(), 5u);
     EXPECT_EQ(layout.EndOfVisibleRows(), 10u);
     EXPECT_EQ(layout.HitTest(200, 119), (TGridHit{TGridPart::Cell, 9, 1}));
-    EXPECT_EQ(layout.Thumb().bottom, 120);
     EXPECT_FALSE(layout.ScrollIntoView(7)) << "it is in sight";
     EXPECT_TRUE(layout.ScrollIntoView(0));
-    EXPECT_TRUE(layout.ScrollToThumb(500));
-    EXPECT_EQ(layout.ScrollPosition(), 120);
+    EXPECT_TRUE(layout.ScrollTo(500));
+    EXPECT_EQ(layout.ScrollRange().position, 120);
     EXPECT_FALSE(layout.ScrollTo(5000));
 
     // Fewer rows: what was scrolled away comes back.
     Arrange(6);
-    EXPECT_EQ(layout.ScrollPosition(), 40);
+    EXPECT_EQ(layout.ScrollRange().position, 40);
     Arrange(2);
-    EXPECT_EQ(layout.ScrollPosition(), 0);
+    EXPECT_EQ(layout.ScrollRange().position, 0);
     EXPECT_FALSE(layout.HasScrollBar());
 }
 
