@@ -93,8 +93,7 @@ void TStatusListView::SetScale(TScale scale, HFONT font) {
 }
 
 void TStatusListView::Place(const RECT& area) {
-    SetWindowPos(handle_, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+    PlaceWindow(handle_, area);
     FitColumn();
 }
 

@@ -138,16 +138,9 @@ SIZE TfmConfig::ClientSize(int width, int height) const {
 }
 
 void TfmConfig::CentreOn(HWND owner) {
-    const HWND around = owner != nullptr && !IsIconic(owner) ? owner : nullptr;
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    GetMonitorInfoW(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY), &monitor);
-    RECT middle = monitor.rcWork;
-    if (around != nullptr) {
-        GetWindowRect(around, &middle);
-    }
     if (!placed_) {
         // On the owner's monitor first: only there the window has that monitor's scale.
+        const RECT middle = CentredOn(owner, {});
         SetWindowPos(Handle(), nullptr, middle.left, middle.top, 0, 0,
                      SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
         UseScale(ScaleOfWindow(Handle()));
@@ -159,12 +152,9 @@ void TfmConfig::CentreOn(HWND owner) {
         GetWindowRect(Handle(), &area);
         wanted = {area.right - area.left, area.bottom - area.top};
     }
-    const RECT& work = monitor.rcWork;
-    const LONG width = std::min(wanted.cx, work.right - work.left);
-    const LONG height = std::min(wanted.cy, work.bottom - work.top);
-    const LONG left = std::clamp((middle.left + middle.right - width) / 2, work.left, work.right - width);
-    const LONG top = std::clamp((middle.top + middle.bottom - height) / 2, work.top, work.bottom - height);
-    SetWindowPos(Handle(), HWND_TOPMOST, left, top, width, height, SWP_NOACTIVATE);
+    const RECT place = CentredOn(owner, wanted);
+    SetWindowPos(Handle(), HWND_TOPMOST, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, SWP_NOACTIVATE);
 }
 
 void TfmConfig::Paint() {

@@ -11,34 +11,17 @@ constexpr std::size_t Number(TSourceFolderColumn column) {
 using TText = std::optional<std::wstring> SourceFolderRow::*;
 using TFlag = std::optional<bool> SourceFolderRow::*;
 
-// The field that a column shows; null when it is of the other kind.
-TText TextField(std::size_t column) {
-    switch (static_cast<TSourceFolderColumn>(column)) {
-        case TSourceFolderColumn::Directory:
-            return &SourceFolderRow::Directory;
-        case TSourceFolderColumn::Extensions:
-            return &SourceFolderRow::Extensions;
-        case TSourceFolderColumn::ExtensionMode:
-            return &SourceFolderRow::ExtensionMode;
-        default:
-            return nullptr;
-    }
-}
-
-TFlag FlagField(std::size_t column) {
-    switch (static_cast<TSourceFolderColumn>(column)) {
-        case TSourceFolderColumn::Aktive:
-            return &SourceFolderRow::Aktive;
-        case TSourceFolderColumn::History:
-            return &SourceFolderRow::History;
-        case TSourceFolderColumn::Rekursiv:
-            return &SourceFolderRow::Rekursiv;
-        case TSourceFolderColumn::Hidden:
-            return &SourceFolderRow::Hidden;
-        default:
-            return nullptr;
-    }
-}
+// The field that a column shows: one of the two.
+struct TField {
+    TText text = nullptr;
+    TFlag flag = nullptr;
+};
+constexpr TField kFields[] = {
+    {.flag = &SourceFolderRow::Aktive},        {.flag = &SourceFolderRow::History},
+    {.text = &SourceFolderRow::Directory},     {.flag = &SourceFolderRow::Rekursiv},
+    {.flag = &SourceFolderRow::Hidden},        {.text = &SourceFolderRow::Extensions},
+    {.text = &SourceFolderRow::ExtensionMode},
+};
 
 }  // namespace
 
@@ -100,23 +83,23 @@ void TSourceFolderGrid::MoveTo(std::size_t row) {
 }
 
 std::wstring TSourceFolderGrid::Text(std::size_t row, std::size_t column) const {
-    const TText field = TextField(column);
+    const TText field = kFields[column].text;
     return field != nullptr ? (Shown(row).*field).value_or(L"") : std::wstring();
 }
 
 bool TSourceFolderGrid::Checked(std::size_t row, std::size_t column) const {
-    const TFlag field = FlagField(column);
+    const TFlag field = kFields[column].flag;
     return field != nullptr && (Shown(row).*field).value_or(false);
 }
 
 void TSourceFolderGrid::SetText(std::size_t column, const std::wstring& text) {
-    if (const TText field = TextField(column)) {
+    if (const TText field = kFields[column].text) {
         Change([&](SourceFolderRow& row) { row.*field = text; });
     }
 }
 
 void TSourceFolderGrid::SetChecked(std::size_t column, bool checked) {
-    if (const TFlag field = FlagField(column)) {
+    if (const TFlag field = kFields[column].flag) {
         Change([&](SourceFolderRow& row) { row.*field = checked; });
     }
 }

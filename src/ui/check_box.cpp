@@ -37,11 +37,8 @@ void TCheckBox::SetChecked(bool checked) {
 }
 
 SIZE TCheckBox::PreferredSize() const {
-    const TScreenContext screen;
-    const TSelection selection(screen.Get(), font_);
-    SIZE size{};
-    GetTextExtentPoint32W(screen.Get(), caption_.c_str(), static_cast<int>(caption_.size()), &size);
-    return {size.cx + scale_(kMarkSize + kGap + 2 * kPadding), size.cy + scale_(2 * kPadding)};
+    return {TextWidth(font_, caption_) + scale_(kMarkSize + kGap + 2 * kPadding),
+            TextHeight(font_) + scale_(2 * kPadding)};
 }
 
 void TCheckBox::Paint() const {

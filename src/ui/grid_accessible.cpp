@@ -13,6 +13,8 @@ VARIANT NumberVariant(long number) {
     return variant;
 }
 
+const VARIANT kSelf = NumberVariant(CHILDID_SELF);
+
 VARIANT CellVariant(std::optional<std::size_t> cell) {
     return cell ? NumberVariant(static_cast<long>(*cell) + 1) : VARIANT{};
 }
@@ -78,19 +80,24 @@ TGridAccessible::TTarget TGridAccessible::TargetOf(const VARIANT& child) const {
     return {S_OK, static_cast<std::size_t>(child.lVal) - 1};
 }
 
-// `text` gives the text of a cell, or of the grid itself when there is none.
-template <typename Text>
-HRESULT TGridAccessible::AnswerText(const VARIANT& child, BSTR* answer, Text text) const {
+// `work` gets the cell, none for the grid itself, and puts its answer in place of the empty one.
+template <typename Value, typename Work>
+HRESULT TGridAccessible::Answer(const VARIANT& child, Value* answer, Work work) const {
     if (answer == nullptr) {
         return E_POINTER;
     }
-    *answer = nullptr;
+    *answer = Value{};
     return Guarded([&]() -> HRESULT {
         const TTarget target = TargetOf(child);
-        if (FAILED(target.error)) {
-            return target.error;
-        }
-        const std::wstring result = text(target.cell);
+        return FAILED(target.error) ? target.error : work(target.cell);
+    });
+}
+
+// `text` gives the text of a cell, or of the grid itself when there is none.
+template <typename Text>
+HRESULT TGridAccessible::AnswerText(const VARIANT& child, BSTR* answer, Text text) const {
+    return Answer(child, answer, [&](std::optional<std::size_t> cell) -> HRESULT {
+        const std::wstring result = text(cell);
         if (result.empty()) {
             return S_FALSE;
         }
@@ -100,39 +107,22 @@ HRESULT TGridAccessible::AnswerText(const VARIANT& child, BSTR* answer, Text tex
 }
 
 STDMETHODIMP TGridAccessible::get_accParent(IDispatch** parent) {
-    if (parent == nullptr) {
-        return E_POINTER;
-    }
-    *parent = nullptr;
-    if (grid_ == nullptr) {
-        return CO_E_OBJNOTCONNECTED;
-    }
-    return AccessibleObjectFromWindow(window_, static_cast<DWORD>(OBJID_WINDOW), IID_IDispatch,
-                                      reinterpret_cast<void**>(parent));
+    return Answer(kSelf, parent, [&](std::optional<std::size_t>) {
+        return AccessibleObjectFromWindow(window_, static_cast<DWORD>(OBJID_WINDOW), IID_IDispatch,
+                                          reinterpret_cast<void**>(parent));
+    });
 }
 
 STDMETHODIMP TGridAccessible::get_accChildCount(long* count) {
-    if (count == nullptr) {
-        return E_POINTER;
-    }
-    *count = 0;
-    return Guarded([&]() -> HRESULT {
-        if (grid_ == nullptr) {
-            return CO_E_OBJNOTCONNECTED;
-        }
+    return Answer(kSelf, count, [&](std::optional<std::size_t>) {
         *count = static_cast<long>(grid_->CellCount());
         return S_OK;
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accChild(VARIANT child, IDispatch** object) {
-    if (object == nullptr) {
-        return E_POINTER;
-    }
-    *object = nullptr;
-    const TTarget target = TargetOf(child);
     // Cells are no objects of their own.
-    return FAILED(target.error) ? target.error : S_FALSE;
+    return Answer(child, object, [](std::optional<std::size_t>) { return S_FALSE; });
 }
 
 STDMETHODIMP TGridAccessible::get_accName(VARIANT child, BSTR* name) {
@@ -166,40 +156,25 @@ STDMETHODIMP TGridAccessible::get_accDefaultAction(VARIANT child, BSTR* action) 
 }
 
 STDMETHODIMP TGridAccessible::get_accRole(VARIANT child, VARIANT* role) {
-    if (role == nullptr) {
-        return E_POINTER;
-    }
-    *role = VARIANT{};
-    return Guarded([&] {
-        const TTarget target = TargetOf(child);
-        if (SUCCEEDED(target.error)) {
-            *role = NumberVariant(!target.cell                                   ? ROLE_SYSTEM_TABLE
-                                  : grid_->DescribeCell(*target.cell).isCheckBox ? ROLE_SYSTEM_CHECKBUTTON
-                                                                                 : ROLE_SYSTEM_CELL);
-        }
-        return target.error;
+    return Answer(child, role, [&](std::optional<std::size_t> cell) {
+        *role = NumberVariant(!cell                                   ? ROLE_SYSTEM_TABLE
+                              : grid_->DescribeCell(*cell).isCheckBox ? ROLE_SYSTEM_CHECKBUTTON
+                                                                      : ROLE_SYSTEM_CELL);
+        return S_OK;
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accState(VARIANT child, VARIANT* state) {
-    if (state == nullptr) {
-        return E_POINTER;
-    }
-    *state = VARIANT{};
-    return Guarded([&] {
-        const TTarget target = TargetOf(child);
-        if (FAILED(target.error)) {
-            return target.error;
-        }
+    return Answer(child, state, [&](std::optional<std::size_t> cell) {
         long flags = STATE_SYSTEM_FOCUSABLE;
         const bool hasFocus = GetFocus() == window_;
-        if (!target.cell) {
+        if (!cell) {
             flags |= hasFocus ? STATE_SYSTEM_FOCUSED : 0;
         } else {
-            const TGridCellDescription cell = grid_->DescribeCell(*target.cell);
-            flags |= STATE_SYSTEM_SELECTABLE | (cell.isChecked ? STATE_SYSTEM_CHECKED : 0) |
-                     (cell.isVisible ? 0 : STATE_SYSTEM_INVISIBLE | STATE_SYSTEM_OFFSCREEN);
-            if (grid_->FocusedCell() == target.cell) {
+            const TGridCellDescription description = grid_->DescribeCell(*cell);
+            flags |= STATE_SYSTEM_SELECTABLE | (description.isChecked ? STATE_SYSTEM_CHECKED : 0) |
+                     (description.isVisible ? 0 : STATE_SYSTEM_INVISIBLE | STATE_SYSTEM_OFFSCREEN);
+            if (grid_->FocusedCell() == cell) {
                 flags |= STATE_SYSTEM_SELECTED | (hasFocus ? STATE_SYSTEM_FOCUSED : 0);
             }
         }
@@ -209,32 +184,18 @@ STDMETHODIMP TGridAccessible::get_accState(VARIANT child, VARIANT* state) {
 }
 
 STDMETHODIMP TGridAccessible::get_accFocus(VARIANT* child) {
-    if (child == nullptr) {
-        return E_POINTER;
-    }
-    *child = VARIANT{};
-    return Guarded([&]() -> HRESULT {
-        if (grid_ == nullptr) {
-            return CO_E_OBJNOTCONNECTED;
-        }
+    return Answer(kSelf, child, [&](std::optional<std::size_t>) {
         if (GetFocus() != window_) {
             return S_FALSE;
         }
         const std::optional<std::size_t> cell = grid_->FocusedCell();
-        *child = cell ? CellVariant(cell) : NumberVariant(CHILDID_SELF);
+        *child = cell ? CellVariant(cell) : kSelf;
         return S_OK;
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accSelection(VARIANT* children) {
-    if (children == nullptr) {
-        return E_POINTER;
-    }
-    *children = VARIANT{};
-    return Guarded([&]() -> HRESULT {
-        if (grid_ == nullptr) {
-            return CO_E_OBJNOTCONNECTED;
-        }
+    return Answer(kSelf, children, [&](std::optional<std::size_t>) {
         *children = CellVariant(grid_->FocusedCell());
         return children->vt == VT_EMPTY ? S_FALSE : S_OK;
     });
@@ -280,26 +241,18 @@ STDMETHODIMP TGridAccessible::accLocation(long* left, long* top, long* width, lo
 }
 
 STDMETHODIMP TGridAccessible::accNavigate(long direction, VARIANT start, VARIANT* end) {
-    if (end == nullptr) {
-        return E_POINTER;
-    }
-    *end = VARIANT{};
-    return Guarded([&] {
-        const TTarget target = TargetOf(start);
-        if (FAILED(target.error)) {
-            return target.error;
-        }
+    return Answer(start, end, [&](std::optional<std::size_t> from) {
         const std::size_t count = grid_->CellCount();
         std::optional<std::size_t> cell;
-        if (!target.cell) {
+        if (!from) {
             cell = count == 0                       ? std::nullopt
                    : direction == NAVDIR_FIRSTCHILD ? std::optional<std::size_t>(0)
                    : direction == NAVDIR_LASTCHILD  ? std::optional(count - 1)
                                                     : std::nullopt;
-        } else if (direction == NAVDIR_NEXT && *target.cell + 1 < count) {
-            cell = *target.cell + 1;
-        } else if (direction == NAVDIR_PREVIOUS && *target.cell > 0) {
-            cell = *target.cell - 1;
+        } else if (direction == NAVDIR_NEXT && *from + 1 < count) {
+            cell = *from + 1;
+        } else if (direction == NAVDIR_PREVIOUS && *from > 0) {
+            cell = *from - 1;
         }
         *end = CellVariant(cell);
         return cell ? S_OK : S_FALSE;
@@ -307,21 +260,14 @@ STDMETHODIMP TGridAccessible::accNavigate(long direction, VARIANT start, VARIANT
 }
 
 STDMETHODIMP TGridAccessible::accHitTest(long left, long top, VARIANT* child) {
-    if (child == nullptr) {
-        return E_POINTER;
-    }
-    *child = VARIANT{};
-    return Guarded([&]() -> HRESULT {
-        if (grid_ == nullptr) {
-            return CO_E_OBJNOTCONNECTED;
-        }
+    return Answer(kSelf, child, [&](std::optional<std::size_t>) {
         RECT window{};
         GetWindowRect(window_, &window);
         if (!PtInRect(&window, {left, top})) {
             return S_FALSE;
         }
         const std::optional<std::size_t> cell = grid_->CellAt({left, top});
-        *child = cell ? CellVariant(cell) : NumberVariant(CHILDID_SELF);
+        *child = cell ? CellVariant(cell) : kSelf;
         return S_OK;
     });
 }

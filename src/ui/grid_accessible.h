@@ -88,6 +88,8 @@ private:
         std::optional<std::size_t> cell;
     };
     TTarget TargetOf(const VARIANT& child) const;
+    template <typename Value, typename Work>
+    HRESULT Answer(const VARIANT& child, Value* answer, Work work) const;
     template <typename Text>
     HRESULT AnswerText(const VARIANT& child, BSTR* answer, Text text) const;
 

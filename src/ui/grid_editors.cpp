@@ -85,14 +85,9 @@ void TGridRadioPanel::SetItems(const std::vector<TGridItem>& items, const std::w
 }
 
 SIZE TGridRadioPanel::PreferredSize() const {
-    const TScreenContext screen;
-    const TSelection selection(screen.Get(), font_);
-    LONG widest = 0;
+    int widest = 0;
     for (const TGridItem& item : items_) {
-        SIZE size{};
-        GetTextExtentPoint32W(screen.Get(), item.caption.c_str(), static_cast<int>(item.caption.size()),
-                              &size);
-        widest = std::max(widest, size.cx);
+        widest = std::max(widest, TextWidth(font_, item.caption));
     }
     const int last = static_cast<int>(items_.size());
     return {widest + scale_(kMarkSize + 4 * GridStyle::CellPaddingX),

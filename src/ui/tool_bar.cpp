@@ -67,12 +67,8 @@ int TToolBar::ButtonWidth(const TToolBarItem& item) const {
     if (!item.showCaption) {
         return scale_(kButtonWidth);
     }
-    const TScreenContext screen;
-    const TSelection selection(screen.Get(), font_);
-    SIZE size{};
-    const std::wstring& caption = item.action->Caption();
-    GetTextExtentPoint32W(screen.Get(), caption.c_str(), static_cast<int>(caption.size()), &size);
-    return scale_(kImageMargin) + images_.Size() + scale_(kImageMargin) + size.cx + scale_(kImageMargin + 2);
+    return 2 * scale_(kImageMargin) + images_.Size() + TextWidth(font_, item.action->Caption()) +
+           scale_(kImageMargin + 2);
 }
 
 void TToolBar::PlaceButtons() {

@@ -1,5 +1,7 @@
 #include "ui/window_scale.h"
 
+#include <algorithm>
+
 #include "ui/device_context.h"
 
 TScale ScaleOfWindow(HWND window) {
@@ -30,6 +32,31 @@ int TextHeight(HFONT font) {
     TEXTMETRICW metrics{};
     GetTextMetricsW(screen.Get(), &metrics);
     return metrics.tmHeight;
+}
+
+int TextWidth(HFONT font, const std::wstring& text) {
+    const TScreenContext screen;
+    const TSelection selection(screen.Get(), font);
+    SIZE size{};
+    GetTextExtentPoint32W(screen.Get(), text.c_str(), static_cast<int>(text.size()), &size);
+    return size.cx;
+}
+
+RECT CentredOn(HWND owner, SIZE size) {
+    const HWND around = owner != nullptr && !IsIconic(owner) ? owner : nullptr;
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY), &monitor);
+    const RECT& work = monitor.rcWork;
+    RECT middle = work;
+    if (around != nullptr) {
+        GetWindowRect(around, &middle);
+    }
+    const LONG width = std::min(size.cx, work.right - work.left);
+    const LONG height = std::min(size.cy, work.bottom - work.top);
+    const LONG left = std::clamp((middle.left + middle.right - width) / 2, work.left, work.right - width);
+    const LONG top = std::clamp((middle.top + middle.bottom - height) / 2, work.top, work.bottom - height);
+    return {left, top, left + width, top + height};
 }
 
 SIZE WindowSizeOfClient(SIZE client, DWORD style, DWORD extendedStyle, TScale scale) {

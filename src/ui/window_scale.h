@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 #include "support/handles.h"
 #include "ui/dpi.h"
 
@@ -16,6 +18,13 @@ TFont MakeMessageFont(TScale scale, TFontWeight weight = TFontWeight::Normal, in
 
 // The height of a line in that font, in device pixels.
 int TextHeight(HFONT font);
+
+// The width of a text in that font, in device pixels.
+int TextWidth(HFONT font, const std::wstring& text);
+
+// Where a window of that size in device pixels stands in the middle of its owner, or of the monitor when the
+// owner is null or minimized. No larger than the monitor has room for, and all of it on the monitor.
+RECT CentredOn(HWND owner, SIZE size);
 
 // The outer size of a window, so that its client area has the given size in device pixels.
 SIZE WindowSizeOfClient(SIZE client, DWORD style, DWORD extendedStyle, TScale scale);

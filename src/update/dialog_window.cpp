@@ -14,24 +14,6 @@ constexpr DWORD kStyle = WS_POPUP | WS_CLIPCHILDREN;
 constexpr std::chrono::milliseconds kFadeStep{8};
 constexpr int kOpaque = 255;
 
-// Where a window of that size is centred on its owner without leaving the owner's monitor.
-POINT CentredOn(HWND owner, SIZE size) {
-    const HMONITOR monitor = MonitorFromWindow(owner, MONITOR_DEFAULTTOPRIMARY);
-    MONITORINFO information{};
-    information.cbSize = sizeof(information);
-    GetMonitorInfoW(monitor, &information);
-    const RECT& work = information.rcWork;
-    RECT base = work;
-    if (owner != nullptr && !IsIconic(owner)) {
-        GetWindowRect(owner, &base);
-    }
-    const auto centred = [](LONG low, LONG high, LONG length, LONG lowest, LONG highest) {
-        return std::max(lowest, std::min(low + (high - low - length) / 2, highest - length));
-    };
-    return {centred(base.left, base.right, size.cx, work.left, work.right),
-            centred(base.top, base.bottom, size.cy, work.top, work.bottom)};
-}
-
 bool IsTextField(HWND control) {
     wchar_t className[8]{};
     GetClassNameW(control, className, 8);
@@ -50,15 +32,15 @@ bool TDialogWindow::Open(HWND owner, const std::wstring& caption, SIZE size) {
     scale_ = ScaleOfWindow(owner);
     font_ = MakeMessageFont(scale_);
     const SIZE scaled{scale_(size.cx), scale_(size.cy)};
-    const POINT place = CentredOn(owner, scaled);
+    const RECT place = CentredOn(owner, scaled);
     TCreateOptions options;
     options.className = L"VardekoDialog";
     options.caption = caption;
     options.style = kStyle;
     options.extendedStyle = WS_EX_CONTROLPARENT;
     options.classStyle = CS_DROPSHADOW;
-    options.left = place.x;
-    options.top = place.y;
+    options.left = place.left;
+    options.top = place.top;
     options.width = scaled.cx;
     options.height = scaled.cy;
     options.parent = owner;

@@ -216,21 +216,17 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
             }
             break;
         case TDownLoadState::Stopped:
+        case TDownLoadState::Failed: {
+            const bool isStopped = result.state == TDownLoadState::Stopped;
             SetLabel({});
-            Tell(UpdateTexts::Message, UpdateTexts::Stopped, [this] {
-                if (isClosing_) {
-                    window_.FadeOut([this] { Close(); });
-                }
-            });
+            Tell(isStopped ? UpdateTexts::Message : UpdateTexts::Error,
+                 isStopped ? UpdateTexts::Stopped : result.errorText, [this] {
+                     if (isClosing_) {
+                         window_.FadeOut([this] { Close(); });
+                     }
+                 });
             break;
-        case TDownLoadState::Failed:
-            SetLabel({});
-            Tell(UpdateTexts::Error, result.errorText, [this] {
-                if (isClosing_) {
-                    window_.FadeOut([this] { Close(); });
-                }
-            });
-            break;
+        }
     }
 }
 
