@@ -18,6 +18,7 @@ NOT_SHOWN = {
     "Mozilla/5.0 (compatible; Vardeko)", "Update Agent", "Range: bytes=",  # HTTP
     "Vardeko 7.0",  # section of the update information
     "CreateHashContext comes first", "numbers are copied to and from files as they are",  # assertions
+    "Directory", "Extensions",  # fields, by their names in the file
     "Minimize", "About Vardeko",  # actions without a button and without a key
     # Mistakes in a call of ours; no call makes them.
     "The requested algorithm is not supported", "The specified NetEncoding is not supported!",
@@ -32,9 +33,6 @@ NOT_SHOWN = {
 }
 # Files outside src/texts that word texts of their own.
 WORDED_ELSEWHERE = {
-    "app/main_window.cpp", "app/main_window_controls.cpp", "app/run_texts.cpp", "app/run_texts.h",
-    "engine/scan_folders.cpp", "engine/tdm.cpp", "engine/tdm_copy.cpp", "hashdb/hash_store.cpp",
-    "store/config_settings.cpp", "store/settings.cpp", "store/source_folder_table.cpp", "store/table_file.cpp",
     "support/rw_crypt_exception.cpp", "support/rw_csp.cpp",  # the encryption's, English for ever
 }
 # Comments, character constants, and strings in a row, which are one.

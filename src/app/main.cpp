@@ -16,6 +16,7 @@
 #include "support/system_code_page.h"
 #include "support/system_error.h"
 #include "support/text.h"
+#include "texts/main_texts.h"
 #include "texts/problem_text.h"
 #include "update/update_check.h"
 
@@ -41,7 +42,7 @@ void WriteToStandardError(const std::wstring& text) {
 // Under "/COPY" nobody may be there to close a message box.
 void ReportFailedStart(const std::wstring& text, bool unattended, const std::wstring& configurationFolder) {
     if (!unattended) {
-        MessageBoxW(nullptr, text.c_str(), L"Vardeko", MB_ICONERROR | MB_OK);
+        MessageBoxW(nullptr, text.c_str(), MainTexts::Program, MB_ICONERROR | MB_OK);
         return;
     }
     WriteToStandardError(text);

@@ -3,13 +3,14 @@
 #include "app/main_window.h"
 
 #include <chrono>
-#include <iterator>
 #include <utility>
 
 #include "app/shutdown.h"
 #include "engine/run_log.h"
 #include "support/date_time_text.h"
 #include "support/system_error.h"
+#include "support/user_locale.h"
+#include "texts/main_texts.h"
 #include "texts/run_log_text.h"
 #include "texts/run_texts.h"
 #include "ui/device_context.h"
@@ -39,65 +40,58 @@ std::wstring Now() {
     return DateTimeText(CurrentDateTime());
 }
 
-std::wstring DecimalSeparator() {
-    wchar_t separator[8] = L",";
-    GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, separator,
-                    static_cast<int>(std::size(separator)));
-    return separator;
-}
-
 }  // namespace
 
 TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
-    : acClose({.caption = L"Beenden",
-               .hint = L"Beenden",
+    : acClose({.caption = MainTexts::Close,
+               .hint = MainTexts::Close,
                .image = TImageIndex::Close,
-               .shortcut = {.key = 'Q', .control = true, .name = L"Strg+Q"},
+               .shortcut = {.key = 'Q', .control = true, .name = MainTexts::CloseKeys},
                .enabledWhen = WhenIdle(),
                .execute = [this] { acCloseExecute(); }}),
-      acStartCopy({.caption = L"Kopieren",
-                   .hint = L"Kopieren",
+      acStartCopy({.caption = MainTexts::StartCopy,
+                   .hint = MainTexts::StartCopy,
                    .image = TImageIndex::StartCopy,
-                   .shortcut = {.key = VK_F5, .name = L"F5"},
+                   .shortcut = {.key = VK_F5, .name = MainTexts::StartCopyKeys},
                    .enabledWhen = WhenIdle(),
                    .execute = [this] { acStartCopyExecute(); }}),
-      acStopCopy({.caption = L"Anhalten",
-                  .hint = L"Anhalten",
+      acStopCopy({.caption = MainTexts::StopCopy,
+                  .hint = MainTexts::StopCopy,
                   .image = TImageIndex::StopCopy,
-                  .shortcut = {.key = VK_F5, .shift = true, .name = L"Umschalt+F5"},
+                  .shortcut = {.key = VK_F5, .shift = true, .name = MainTexts::StopCopyKeys},
                   .enabledWhen = WhenBusy(),
                   .execute = [this] { acStopCopyExecute(); }}),
-      acConfigCopy({.caption = L"Einstellen",
-                    .hint = L"Einstellen",
+      acConfigCopy({.caption = MainTexts::Configure,
+                    .hint = MainTexts::Configure,
                     .image = TImageIndex::Configure,
-                    .shortcut = {.key = 'E', .control = true, .name = L"Strg+E"},
+                    .shortcut = {.key = 'E', .control = true, .name = MainTexts::ConfigureKeys},
                     .enabledWhen = WhenIdle(),
                     .execute = [this] { acConfigCopyExecute(); }}),
-      acShutDown({.caption = L"Shutdown after copy",
-                  .hint = L"PC nach dem Kopieren herunterfahren",
+      acShutDown({.caption = MainTexts::ShutDown,
+                  .hint = MainTexts::ShutDownHint,
                   .image = TImageIndex::ShutDown,
-                  .shortcut = {.key = 'H', .control = true, .name = L"Strg+H"},
+                  .shortcut = {.key = 'H', .control = true, .name = MainTexts::ShutDownKeys},
                   .execute = [this] { acShutDownExecute(); }}),
-      acReindex({.caption = L"Reindex NAS DB",
-                 .hint = L"Reindex",
+      acReindex({.caption = MainTexts::Reindex,
+                 .hint = MainTexts::ReindexHint,
                  .image = TImageIndex::Reindex,
-                 .shortcut = {.key = 'R', .control = true, .shift = true, .name = L"Strg+Umschalt+R"},
+                 .shortcut = {.key = 'R', .control = true, .shift = true, .name = MainTexts::ReindexKeys},
                  .visible = false,
                  .enabledWhen = WhenIdle(),
                  .execute = [this] { acReindexExecute(); }}),
-      acUpdate({.caption = L"Update",
-                .hint = L"Update",
+      acUpdate({.caption = MainTexts::Update,
+                .hint = MainTexts::Update,
                 .image = TImageIndex::Update,
-                .shortcut = {.key = 'U', .control = true, .name = L"Strg+U"},
+                .shortcut = {.key = 'U', .control = true, .name = MainTexts::UpdateKeys},
                 .visible = false,
                 .execute = [this] { acUpdateExecute(); }}),
-      acRunLog({.caption = L"Laufprotokoll öffnen",
-                .shortcut = {.key = 'L', .control = true, .name = L"Strg+L"},
+      acRunLog({.caption = MainTexts::OpenRunLog,
+                .shortcut = {.key = 'L', .control = true, .name = MainTexts::OpenRunLogKeys},
                 .visible = false,
                 .execute = [this] { acRunLogExecute(); }}),
       acPauseCopy({.visible = false}),
-      acMinWin({.caption = L"Minimize", .visible = false}),
-      acAbout({.caption = L"About Vardeko", .visible = false}),
+      acMinWin({.caption = MainTexts::Minimize, .visible = false}),
+      acAbout({.caption = MainTexts::About, .visible = false}),
       calls_(calls),
       commandLine_(commandLine),
       Timer(kStartDelay, [this] { TimerTimer(); }),
@@ -166,7 +160,7 @@ void TfmMain::acStartCopyExecute() {
     rows_.Clear();
     sbarMain.SetText(kBytesPanel, L"0");
     sbarMain.SetText(kPathPanel, L"");
-    AddStatusLine(L"Start: " + Now());
+    AddStatusLine(MainTexts::Started(Now()));
     startTime = GetTickCount();
     const TEngineCall call(*this);
     dataModule_->StartCopy();
@@ -180,7 +174,7 @@ void TfmMain::acStopCopyExecute() {
     SetCurrentFile(L"");
     dataModule_->StopCopy();
     EndOfRun();
-    AddStatusLine(L"Anwender Abbruch: " + Now());
+    AddStatusLine(MainTexts::StoppedByUser(Now()));
     ShowChanges();
 }
 
@@ -189,7 +183,7 @@ void TfmMain::EndOfRun() {
     dataModule_->EndScanTask();
     const double minutes = (GetTickCount() - startTime) / 60000.0;
     AddStatusLine(TimeTakenText(minutes, DecimalSeparator()));
-    AddStatusLine(L"Fertig: " + Now());
+    AddStatusLine(MainTexts::Finished(Now()));
     sbarMain.SetText(kProgressPanel, L"");
     dataModule_->SaveNasData();
     dataModule_->CloseRun();
@@ -199,7 +193,7 @@ void TfmMain::EndOfRun() {
 void TfmMain::DoNasFinishMsg() {
     EndOfRun();
     if (acShutDown.Checked()) {
-        ShutdownSystem(calls_, L"", L"Vardeko Shutdown in progress", kShutDownDelay, true, false);
+        ShutdownSystem(calls_, L"", MainTexts::ShutDownMessage, kShutDownDelay, true, false);
     } else if (CloseAfterCopy) {
         RequestClose();
     }
@@ -224,7 +218,7 @@ void TfmMain::acReindexExecute() {
     // The question has a message loop of its own: an unattended run may begin while it is open. It stands
     // above the configuration window, which is always on top.
     const int answer =
-        MessageBoxW(Handle(), kReindexQuestion, L"Vardeko", MB_ICONWARNING | MB_YESNO | MB_TOPMOST);
+        MessageBoxW(Handle(), kReindexQuestion, MainTexts::Program, MB_ICONWARNING | MB_YESNO | MB_TOPMOST);
     if (answer != IDYES || closing_ || !CopyIdle) {
         return;
     }
@@ -239,13 +233,13 @@ void TfmMain::acReindexExecute() {
     startTime = GetTickCount();
     UpdateActions();
     ProcessPendingMessages();
-    AddStatusLine(L"Start: " + Now());
+    AddStatusLine(MainTexts::Started(Now()));
     // All rows, and afterwards the cursor stands where it stood: a run reads "History" there.
     const std::size_t row = dataModule_->MemData.RowNumber();
     dataModule_->MemData.First();
     RunGuarded([this] { dataModule_->ReIndexNasData(); });
     dataModule_->MemData.MoveTo(row);
-    AddStatusLine(L"Ende: " + Now());
+    AddStatusLine(MainTexts::ReindexEnded(Now()));
     dataModule_->EndReindex();
     UpdateActions();
 }

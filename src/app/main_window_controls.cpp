@@ -10,6 +10,7 @@
 #include "app/list_menu.h"
 #include "app/resource.h"
 #include "support/version.h"
+#include "texts/main_texts.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/window_scale.h"
@@ -37,26 +38,13 @@ HICON LoadProgramIcon(int width) {
                                          width, width, LR_SHARED));
 }
 
-HWND CreateChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD style) {
-    return CreateWindowExW(0, className, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, parent, nullptr,
-                           GetModuleHandleW(nullptr), nullptr);
-}
-
-int WidthOfText(HFONT font, const std::wstring& text) {
-    const TScreenContext screen;
-    const TSelection selection(screen.Get(), font);
-    SIZE size{};
-    GetTextExtentPoint32W(screen.Get(), text.c_str(), static_cast<int>(text.size()), &size);
-    return size.cx;
-}
-
 }  // namespace
 
 void TfmMain::FormCreate() {
     scale_ = ScaleOfWindow(nullptr);
     TCreateOptions options;
     options.className = L"TfmMain";
-    options.caption = L"Vardeko x64";
+    options.caption = MainTexts::Window;
     options.style = kStyle;
     options.extendedStyle = kExtendedStyle;
     options.width = scale_(kWindowWidth);
@@ -91,11 +79,12 @@ void TfmMain::CreateControls() {
                                       {},
                                       {&acShutDown, true}},
                                      scale_, font);
-    fileLabel_ = CreateChild(Handle(), L"STATIC", L"Datei:", SS_LEFT | SS_NOPREFIX);
-    dxBarStatic2_ = CreateChild(Handle(), L"EDIT", L"", ES_READONLY | ES_AUTOHSCROLL | WS_TABSTOP | WS_GROUP);
+    fileLabel_ = CreateChild(Handle(), L"STATIC", MainTexts::CurrentFile, WS_VISIBLE | SS_LEFT | SS_NOPREFIX);
+    dxBarStatic2_ = CreateChild(Handle(), L"EDIT", L"",
+                                WS_VISIBLE | ES_READONLY | ES_AUTOHSCROLL | WS_TABSTOP | WS_GROUP);
     created = cxGridTv.CreateIn(Handle(), kListId, scale_, font) && created;
     created = sbarMain.CreateIn(Handle(),
-                                {{.width = 50, .text = L"Version"},
+                                {{.width = 50, .text = MainTexts::Version},
                                  {.width = 30, .text = L"" VARDEKO_VERSION},
                                  {.width = 70},
                                  {.width = 100, .grows = true, .holdsPath = true},
@@ -127,15 +116,14 @@ void TfmMain::Layout() {
     RECT client{};
     GetClientRect(Handle(), &client);
     const auto place = [](HWND window, int left, int top, int width, int height) {
-        SetWindowPos(window, nullptr, left, top, std::max(0, width), std::max(0, height),
-                     SWP_NOZORDER | SWP_NOACTIVATE);
+        PlaceWindow(window, {left, top, left + std::max(0, width), top + std::max(0, height)});
     };
     const int barHeight = scale_(TToolBar::kHeight);
     place(toolBar_.Handle(), 0, 0, client.right, barHeight);
 
     const int textHeight = TextHeight(font_.Get());
     const int fileTop = barHeight + (scale_(kFileBarHeight) - textHeight) / 2;
-    const int labelWidth = WidthOfText(font_.Get(), L"Datei:");
+    const int labelWidth = TextWidth(font_.Get(), MainTexts::CurrentFile);
     const int fieldLeft = scale_(kMargin) + labelWidth + scale_(kMargin);
     place(fileLabel_, scale_(kMargin), fileTop, labelWidth, textHeight);
     place(dxBarStatic2_, fieldLeft + scale_(5), fileTop,
@@ -173,9 +161,7 @@ void TfmMain::Paint() {
 
 void TfmMain::ScaleChanged(TScale scale, const RECT& suggestedArea) {
     UseScale(scale);
-    SetWindowPos(Handle(), nullptr, suggestedArea.left, suggestedArea.top,
-                 suggestedArea.right - suggestedArea.left, suggestedArea.bottom - suggestedArea.top,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+    PlaceWindow(Handle(), suggestedArea);
 }
 
 // A window that is no dialog forgets which of its controls had the keyboard.

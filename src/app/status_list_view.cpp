@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 
+#include "texts/main_texts.h"
 #include "ui/clipboard.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
@@ -37,7 +38,7 @@ void DrawPart(HDC context, const std::wstring& text, RECT area, TColour colour) 
 }  // namespace
 
 bool TStatusListView::CreateIn(HWND parent, int id, TScale scale, HFONT font) {
-    handle_ = CreateWindowExW(0, WC_LISTVIEWW, L"Meldungen",
+    handle_ = CreateWindowExW(0, WC_LISTVIEWW, MainTexts::StatusList,
                               WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS | WS_TABSTOP | WS_GROUP | LVS_REPORT |
                                   LVS_OWNERDATA | LVS_NOCOLUMNHEADER | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER,
                               0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),

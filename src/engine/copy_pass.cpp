@@ -155,7 +155,7 @@ void TCopyRun::FileFailed(const std::wstring& source, TErrorCode error) {
 
 void TCopyRun::WriteErrorLine(const std::wstring& source) {
     const std::wstring log = destination_.ErrorLog();
-    const TErrorCode error = WriteErrorLog(with_.calls, log, source + L" Copy Error");
+    const TErrorCode error = WriteErrorLog(with_.calls, log, ErrorLogText(source));
     if (error != ERROR_SUCCESS && !std::exchange(errorLogFailed_, true)) {
         // One row is enough, however many lines cannot be written.
         ReportFailure({.what = TProblemKind::FileNotWritten, .path = log, .code = error});

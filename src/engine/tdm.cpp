@@ -11,6 +11,7 @@
 #include "support/path_hash.h"
 #include "support/system_error.h"
 #include "support/system_helpers.h"
+#include "support/user_locale.h"
 #include "texts/problem_text.h"
 
 namespace {
@@ -220,10 +221,7 @@ void TDM::ReIndexNasData() {
 }
 
 std::wstring TDM::FormatFileSize(double bytes) {
-    wchar_t separator[8] = L",";
-    GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, separator,
-                    static_cast<int>(std::size(separator)));
-    return FileSizeText(bytes, separator);
+    return FileSizeText(bytes, DecimalSeparator());
 }
 
 void TDM::OmniEventMonitorTaskMessage(IOmniTask& task, TTaskMessage& message) {

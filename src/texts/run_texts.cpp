@@ -21,3 +21,7 @@ std::wstring WaitingForDestinationText(std::wstring_view destination) {
 std::wstring WaitingForOtherRunText(std::wstring_view destination) {
     return L"Ein anderer Lauf sichert gerade hierhin, warte auf sein Ende: " + std::wstring(destination);
 }
+
+std::wstring ErrorLogText(std::wstring_view source) {
+    return std::wstring(source) + L" Copy Error";
+}

@@ -20,6 +20,9 @@ inline constexpr wchar_t kSearchingText[] = L"Suche nach veränderten Daten..";
 std::wstring WaitingForDestinationText(std::wstring_view destination);
 std::wstring WaitingForOtherRunText(std::wstring_view destination);
 
+// What the error log says of a file that was not copied; English, and known.
+std::wstring ErrorLogText(std::wstring_view source);
+
 // Asked before the hash table is rebuilt; the line break is meant to be in this order.
 inline constexpr wchar_t kReindexQuestion[] =
     L"Diese Funktion wird nur benötigt um einen neuen Index eines bestehenden NAS Backups früherer "
