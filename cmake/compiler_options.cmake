@@ -8,15 +8,19 @@ target_compile_options(vardeko_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   # For GCC this is no part of -Wconversion in C++.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
-configure_file(${CMAKE_SOURCE_DIR}/src/support/version.h.in ${CMAKE_BINARY_DIR}/generated/support/version.h @ONLY)
+configure_file(${CMAKE_SOURCE_DIR}/src/support/version_numbers.h.in
+  ${CMAKE_BINARY_DIR}/generated/support/version_numbers.h @ONLY)
 target_include_directories(vardeko_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_BINARY_DIR}/generated)
 
 if(WIN32)
   # Windows 10 is the oldest system supported; STRICT keeps the handle types apart.
   target_compile_definitions(vardeko_options INTERFACE
     UNICODE _UNICODE STRICT NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000006)
-  # One file, nothing beside it.
-  target_link_options(vardeko_options INTERFACE -static -municode)
+  # One file, nothing beside it; and the same one wherever and whenever it is built, so that everybody can see
+  # that it was built from these sources.
+  target_link_options(vardeko_options INTERFACE -static -municode -Wl,--no-insert-timestamp)
+  target_compile_options(vardeko_options INTERFACE
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
 endif()
 
 if(VARDEKO_CHECKED)

@@ -467,6 +467,17 @@ void TfmMain::RequestClose() {
     CloseWhenPossible();
 }
 
+// Unlike the user's close box this stops nothing: neither a run nor one that is about to begin.
+TEndAnswer TfmMain::EndRequested() {
+    if (!CopyIdle || EngineIsOnStack() || Timer.Enabled()) {
+        return TEndAnswer::Busy;
+    }
+    // Whoever asks gets his answer before a question that closing may ask.
+    ReplyMessage(static_cast<LRESULT>(TEndAnswer::Ending));
+    acCloseExecute();
+    return TEndAnswer::Ending;
+}
+
 // Whether the tables are in use further up: this is a message that a report or a wait has let in.
 bool TfmMain::EngineIsOnStack() const {
     return engineCalls_ > 0 ||

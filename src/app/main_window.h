@@ -9,6 +9,7 @@
 #include <string>
 
 #include "app/command_line.h"
+#include "app/end_request.h"
 #include "app/status_list_model.h"
 #include "app/status_list_view.h"
 #include "engine/tdm.h"
@@ -136,6 +137,7 @@ private:
     void EndOfRun();
     // Stops a run, and closes the window once the engine is off the stack.
     void RequestClose();
+    TEndAnswer EndRequested();
     bool EngineIsOnStack() const;
     void CloseWhenPossible();
     // While work is under way the computer does not fall asleep.

@@ -85,7 +85,7 @@ void TfmMain::CreateControls() {
     created = cxGridTv.CreateIn(Handle(), kListId, scale_, font) && created;
     created = sbarMain.CreateIn(Handle(),
                                 {{.width = 50, .text = MainTexts::Version},
-                                 {.width = 30, .text = L"" VARDEKO_VERSION},
+                                 {.width = 30, .text = ProgramVersionText()},
                                  {.width = 70},
                                  {.width = 100, .grows = true, .holdsPath = true},
                                  {.width = 80}},
@@ -204,6 +204,9 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
     if (message == TTaskbarProgress::ButtonCreatedMessage()) {
         taskbarProgress_.Attach(Handle());
         return 0;
+    }
+    if (message == EndRequestMessage()) {
+        return static_cast<LRESULT>(EndRequested());
     }
     switch (message) {
         case kProgressResetMessage:

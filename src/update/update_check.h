@@ -27,8 +27,8 @@ public:
         std::wstring server;
         // Where the fetched files lie; created when it is missing. Empty when there is no such place.
         std::wstring dataFolder;
-        int build = VARDEKO_BUILD;                       // this program's own; a higher one is newer
-        std::wstring versionText = L"" VARDEKO_VERSION;  // as the server is told
+        int build = ProgramBuild();                       // this program's own; a higher one is newer
+        std::wstring versionText = ProgramVersionText();  // as the server is told
         THttpPatience patience{std::chrono::seconds(15),
                                std::chrono::seconds(60)};  // for the information file
         THttpPatience downLoadPatience = TclDownLoader::kPatience;

@@ -1,0 +1,6 @@
+#include "app/end_request.h"
+
+UINT EndRequestMessage() {
+    static const UINT message = RegisterWindowMessageW(L"Vardeko.EndRequest");
+    return message;
+}
