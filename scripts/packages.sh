@@ -1,7 +1,8 @@
 #!/bin/bash
 # Installs the Debian 12 packages that are missing; when all are there it takes a blink and needs no network.
-#   scripts/packages.sh run    what ./run needs: building the program, running it, taking a screenshot
-#   scripts/packages.sh test   that, and what ./test needs; and the packages named besides
+#   scripts/packages.sh run      what ./run needs: building the program, running it, taking a screenshot
+#   scripts/packages.sh release  that, and what makes the ZIP, the setup and a release
+#   scripts/packages.sh test     that, and what ./test needs; and the packages named besides
 set -euo pipefail
 
 packages=(
@@ -11,14 +12,16 @@ packages=(
     libxrender1 libxcomposite1 libxcursor1 libxfixes3 libxi6 libxinerama1 libxrandr2 fonts-dejavu-core
     python3 util-linux locales                    # the scripts; German for Wine
 )
+release=(cmark-gfm git nsis openssl osslsigncode)
 case "${1:-}" in
     run) ;;
+    release) packages+=("${release[@]}") ;;
     bench) packages+=(g++ libsqlite3-dev rsync) ;;
     test)
-        packages+=(cmark-gfm g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck openssl)
+        packages+=("${release[@]}" g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck)
         # The file system with faults, and the disks whose power fails.
         packages+=(libfuse3-dev pkg-config mount xfsprogs e2fsprogs btrfs-progs dosfstools) ;;
-    *) echo "usage: $0 run|test|bench [PACKAGE...]" >&2; exit 64 ;;
+    *) echo "usage: $0 run|release|test|bench [PACKAGE...]" >&2; exit 64 ;;
 esac
 packages+=("${@:2}")
 

@@ -225,8 +225,8 @@ class Answer(http.server.BaseHTTPRequestHandler):
 class Server(http.server.ThreadingHTTPServer):
     daemon_threads = True
 
-    def __init__(self, context):
-        super().__init__(("127.0.0.1", 0), Answer)
+    def __init__(self, context, port=0, answer=Answer):
+        super().__init__(("127.0.0.1", port), answer)
         self.context = context
         self.is_plain = context is None
 
@@ -246,9 +246,9 @@ def openssl(folder, *arguments):
     subprocess.run(["openssl", *arguments], cwd=folder, check=True, capture_output=True)
 
 
-def make_certificates(folder):
+def make_certificates(folder, names="DNS:localhost"):
     key = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "2"]
-    name = "subjectAltName=DNS:localhost"
+    name = "subjectAltName=" + names
     openssl(folder, "req", "-x509", *key, "-subj", "/CN=Vardeko Test Authority", "-keyout", "authority.key",
             "-out", "authority.pem", "-addext", "keyUsage=critical,keyCertSign,cRLSign")
     openssl(folder, "x509", "-in", "authority.pem", "-outform", "DER", "-out", "authority.der")

@@ -1,0 +1,2 @@
+import unittest
+class Release(unittest.TestCase): pass

@@ -1,0 +1,2 @@
+import unittest
+class UpdateRoundTrip(unittest.TestCase): pass
