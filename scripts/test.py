@@ -166,6 +166,18 @@ def test_package(outcome):
     count_tests("package_test (Wine)", code, output, outcome)
 
 
+def test_setup(outcome):
+    check("making setup and release", ["tests/setup/prepare.sh"], outcome, seconds=1200)
+    with open(os.path.join(ROOT, "build", "windows-x64", "CMakeCache.txt"), encoding="utf-8") as cache:
+        server = re.search(r"^VARDEKO_UPDATE_SERVER:STRING=(.*)$", cache.read(), re.M)[1]
+    # Some machines allow no network of one's own; what needs it is skipped there.
+    network = ["tests/setup/own_network.sh", server]
+    if run([*network, "true"], 10)[0] != 0:
+        network = []
+    code, output = run([*network, IN_WINE, sys.executable, "tests/setup/setup_test.py"], PROGRAM_SECONDS)
+    count_tests("setup_test (Wine)", code, output, outcome)
+
+
 def fuzz(*limit):
     def stage(outcome):
         code, output = run([sys.executable, "scripts/fuzz.py", *limit], 4 * 3600)
@@ -184,6 +196,7 @@ STAGES = {
     "build-windows-x64": build("windows-x64"),
     "whole-run": test_whole_run(),
     "package": test_package,
+    "setup": test_setup,
     "build-windows-x64-checked": build("windows-x64-checked"),
     "wine": test_in_wine,
     "build-native": build("native"),
@@ -199,6 +212,7 @@ LONG_STAGES = {
     "long-kills": test_whole_run("kill", seconds=1800, VARDEKO_KILLS="50"),
     "long-nights": test_whole_run("night", seconds=1800, VARDEKO_NIGHTS="50"),
     "long-power-cuts": test_whole_run("power_cut", "longer_than_a_minute", seconds=5400, VARDEKO_LONG="1"),
+    "long-release": lambda outcome: check("a release, twice", ["tests/setup/release_twice.sh"], outcome, seconds=3600),
     "long-fuzz": fuzz("--runs", "10000000"),
 }
 # These use one core at most, so the others go on meanwhile; they are reported when they are done.

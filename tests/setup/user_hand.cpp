@@ -1,8 +1,10 @@
 // What a user's hand does at a window, for the setup's tests:
 //   user_hand wait WINDOW               waits until a visible window has this caption
 //   user_hand click WINDOW CONTROL      clicks the control with this caption (without its "&") in it
+//   user_hand close WINDOW              closes it as its close box does
 //   user_hand read WINDOW               prints the captions of all its controls
-// All of them wait up to 20 seconds for what they need; the exit code is 1 when it did not come.
+//   user_hand windows                   prints the captions of all visible windows, without waiting
+// The others wait up to 20 seconds for what they need; the exit code is 1 when it did not come.
 #include <windows.h>
 
 #include <cstdio>
@@ -10,7 +12,7 @@
 
 namespace {
 
-constexpr DWORD kPatience = 10'000;  // milliseconds
+constexpr DWORD kPatience = 20'000;  // milliseconds
 
 std::wstring Caption(HWND window) {
     wchar_t text[1000] = L"";
@@ -63,7 +65,11 @@ HWND FindTopWindow(const wchar_t* caption) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-    const std::wstring what = count > 2 ? arguments[1] : L"";
+    const std::wstring what = count > 1 ? arguments[1] : L"";
+    if (what == L"windows") {
+        EnumWindows(Print, 0);
+        return 0;
+    }
     const bool needsControl = what == L"click";
     const DWORD began = GetTickCount();
     HWND window = nullptr;
@@ -79,6 +85,8 @@ int wmain(int count, wchar_t** arguments) {
     }
     if (what == L"click") {
         PostMessageW(control, BM_CLICK, 0, 0);
+    } else if (what == L"close") {
+        PostMessageW(window, WM_CLOSE, 0, 0);
     } else if (what == L"read") {
         EnumChildWindows(window, Print, 0);
     }
