@@ -11,6 +11,7 @@ import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SOURCES = os.path.join(ROOT, "src")
+SETUP_TEXTS = os.path.join(ROOT, "setup", "texts.nsh")
 GUIDE = os.path.join(ROOT, "docs", "anleitung.md")
 # What sounds like language and is never shown.
 NOT_SHOWN = {
@@ -61,6 +62,14 @@ def shown_texts(source, mark):
     return {plain(text) for text in texts + CAPTION.findall(source)} - {""} - NOT_SHOWN
 
 
+def setup_texts():
+    """The first sentence of every message of the setup; what its pages say explains itself."""
+    with open(SETUP_TEXTS, encoding="utf-8") as file:
+        messages = file.read().split("; Messages")[1]
+    texts = re.findall(r'^!define \w+ "(.*)"$', messages, re.M)
+    return {re.split(r"(?<=\.) |\$|\(", text)[0].strip() for text in texts}
+
+
 def main():
     with open(GUIDE, encoding="utf-8") as file:
         guide = plain(file.read().replace("` `", " "))
@@ -78,6 +87,9 @@ def main():
             left_out += [f"src/{path}: {text}" for text in texts if text not in guide]
             if not is_texts and path not in WORDED_ELSEWHERE:
                 elsewhere += [f"src/{path}: {text}" for text in texts]
+    texts = setup_texts()
+    count += len(texts)
+    left_out += [f"setup/texts.nsh: {text}" for text in sorted(texts) if text not in guide]
     with open(os.path.join(ROOT, "CMakeLists.txt"), encoding="utf-8") as file:
         version = re.search(r"project\(Vardeko VERSION (\d+\.\d+)", file.read())[1]
     if not guide.startswith(f"# Vardeko {version}: "):

@@ -87,8 +87,8 @@ def make_release(program, version, changelog, server, folder):
     write(os.path.join(folder, "info"), "vardeko.info", update_information(version, message, address, setup))
     for name, text in winget_manifests(version, address, setup, sums[setup]).items():
         write(os.path.join(folder, "winget"), name, text.encode())
-    print("Signed and verified." if signs() else
-          "NOT signed: scripts/sign.sh says how to name a certificate. Windows will warn everybody who starts the setup.")
+    print("Signed and verified." if signs() else "NOT signed: scripts/sign.sh says how to name a certificate. "
+          "Windows will warn everybody who starts the setup.")
 
 
 if __name__ == "__main__":

@@ -27,13 +27,15 @@ rm -rf build/release/program
 mkdir -p build/release
 log=build/release/program.log
 if ! { cmake -S . -B build/release/program -G Ninja -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64-x86_64.cmake" \
-        -DCMAKE_BUILD_TYPE=Release && cmake --build build/release/program --target Vardeko; } </dev/null >"$log" 2>&1; then
+        -DCMAKE_BUILD_TYPE=Release && cmake --build build/release/program --target Vardeko; } </dev/null >"$log" 2>&1
+then
     tail -n 60 "$log" >&2
     say "The program does not build; all of it is in $log."
 fi
 server=$(sed -n 's/^VARDEKO_UPDATE_SERVER:STRING=//p' build/release/program/CMakeCache.txt)
 # Complete or not there.
 rm -rf "$folder.unfinished"
-python3 scripts/make_release.py build/release/program/bin/Vardeko.exe "$full" CHANGELOG.md "$server" "$folder.unfinished"
+python3 scripts/make_release.py build/release/program/bin/Vardeko.exe "$full" CHANGELOG.md "$server" \
+    "$folder.unfinished"
 mv "$folder.unfinished" "$folder"
 find "$folder" -type f | sort

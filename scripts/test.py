@@ -216,7 +216,7 @@ LONG_STAGES = {
     "long-fuzz": fuzz("--runs", "10000000"),
 }
 # These use one core at most, so the others go on meanwhile; they are reported when they are done.
-ON_ONE_CORE = ("whole-run", "wine")
+ON_ONE_CORE = ("whole-run", "setup", "wine")
 
 
 def run_stage(name):

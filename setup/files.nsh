@@ -1,6 +1,10 @@
 ; Putting the files in place: each is written beside the one it replaces, brought to the disk and renamed over it. An
 ; interruption leaves the old file or the new one, and perhaps a "....new", which the next set-up writes over.
 
+!define ERROR_ALREADY_EXISTS 183
+
+Var OwnsFiles   ; 1: this setup, and no other, writes them
+
 ; The copy beside the file, or a sentence.
 !macro _Stage NAME
   Push "${NAME}"
@@ -17,6 +21,9 @@
 !define Fail `!insertmacro _Fail`
 
 Function RemoveFresh
+  ${If} $OwnsFiles != 1
+    Return
+  ${EndIf}
   Delete "$INSTDIR\${PROGRAM_FILE}${FRESH}"
   Delete "$INSTDIR\${GUIDE_FILE}${FRESH}"
   Delete "$INSTDIR\${UNINSTALLER}${FRESH}"
@@ -114,6 +121,18 @@ Function UnpackFiles
   WriteUninstaller "$PLUGINSDIR\${UNINSTALLER}"
 FunctionEnd
 
+; Two at the same time would rename each other's files.
+Function TakeFiles
+  StrCpy $OwnsFiles 0
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "Global\Vardeko.Setup") p .r0 ?e'
+  Pop $1
+  ${If} $0 == 0
+  ${OrIf} $1 == ${ERROR_ALREADY_EXISTS}
+    ${Fail} ${CODE_RUNNING} "${TEXT_OTHER_SETUP}"
+  ${EndIf}
+  StrCpy $OwnsFiles 1
+FunctionEnd
+
 ; Does not come back before the program has ended, or else not at all.
 Function EndProgram
   again:
@@ -132,6 +151,7 @@ FunctionEnd
 
 Function Install
   Call UseScope
+  Call TakeFiles
   Call UnpackFiles
   ClearErrors
   CreateDirectory $INSTDIR

@@ -1,5 +1,5 @@
 ; The command line and what it may ask for. The same switches preset the page when the setup is not silent.
-;   /S  /ALLUSERS  /CURRENTUSER  /TASK=20:00  /WAKE  /DESKTOP  /WAIT=seconds  /D=folder
+;   /S  /ALLUSERS  /CURRENTUSER  /TASK=20:00  /WAKE  /DESKTOP  /OLDER  /WAIT=seconds  /D=folder
 
 !define DEFAULT_WAIT_SECONDS 3600
 
@@ -94,6 +94,11 @@ Function ReadSwitches
   ${If} $R1 == "yes"
     StrCpy $WantsDesktop 1
   ${EndIf}
+  StrCpy $MayBeOlder 0
+  ${TakeSwitch} "/OLDER"
+  ${If} $R1 == "yes"
+    StrCpy $MayBeOlder 1
+  ${EndIf}
   ${TakeValue} "/WAIT"
   ${If} $R1 != ""
     StrCpy $WaitSeconds $R1
@@ -176,6 +181,7 @@ Function RefuseOlder
   StrCpy $InstalledVersion "$2.$3"
   ${VersionCompare} "$2.$3.$4.$5" "${FULL_VERSION}" $0
   ${If} $0 == 1
+  ${AndIf} $MayBeOlder == 0
     ${If} ${Silent}
       ${Refuse} ${CODE_NEWER} ""
     ${EndIf}

@@ -1,4 +1,5 @@
 ; What setup and uninstaller tell people.
+; On the pages:
 !define TEXT_OPTIONS_TITLE "Vardeko ${SHORT_VERSION} installieren"
 !define TEXT_OPTIONS_SUBTITLE "Was hier keinen Haken hat, wird auch nicht eingerichtet."
 !define TEXT_FOR_ALL "Für &alle Benutzer dieses PCs (fragt nach Administratorrechten)"
@@ -11,17 +12,29 @@
 !define TEXT_DESKTOP "&Desktopsymbol"
 !define TEXT_DIRECTORY "Vardeko wird in diesen Ordner installiert:"
 !define TEXT_INSTALL "&Installieren"
-!define TEXT_BAD_TIME "Bitte geben Sie die Uhrzeit als Stunde und Minute an, zum Beispiel 20:00."
-
 !define TEXT_RUNNING_TITLE "Vardeko läuft noch"
 !define TEXT_RUNNING_SUBTITLE "Es geht von selbst weiter, sobald Vardeko beendet ist."
+!define TEXT_FINISH_TITLE "Vardeko ${SHORT_VERSION} ist installiert"
+!define TEXT_FINISH "Vardeko steht im Startmenü. Die Anleitung liegt im selben Ordner wie das Programm."
+!define TEXT_START "Vardeko jetzt &starten"
+!define TEXT_FINISH_BUTTON "&Fertig"
+!define TEXT_UN_TITLE "Vardeko entfernen"
+!define TEXT_UN_SUBTITLE "Ihre Sicherung bleibt in jedem Fall, wie sie ist."
+!define TEXT_UN "Entfernt werden das Programm, die vom Setup angelegte Aufgabe für jeden Abend und die Einträge in Windows."
+!define TEXT_UN_SETTINGS "Auch Einstellungen und Protokolle &löschen (die Liste der Ordner, Ziel und Anmeldung)"
+!define TEXT_UN_BUTTON "&Entfernen"
+!define TEXT_TASK_DESCRIPTION "Sichert jeden Abend mit Vardeko. Vom Setup von Vardeko angelegt."
+
+; Messages, which the guide explains (scripts/check_guide.py):
 !define TEXT_RUN_IS_ON "Vardeko sichert gerade. Der Lauf wird nicht gestört: Setup wartet, bis er zu Ende ist, und beendet Vardeko dann.$\r$\n$\r$\nSie können den Lauf auch selbst anhalten, oder Setup abbrechen und später noch einmal starten."
 !define TEXT_DOES_NOT_ANSWER "Vardeko läuft und kann nicht von hier beendet werden. Bitte warten Sie, bis kein Lauf mehr im Gange ist, und schließen Sie das Fenster von Vardeko."
 !define TEXT_CLOSES "Vardeko wird beendet. Fragt es noch etwas, antworten Sie bitte dort."
 !define TEXT_IN_USE "Das Programm ist noch in Benutzung, vielleicht bei einem anderen Benutzer dieses PCs. Bitte beenden Sie es dort."
-
+!define TEXT_OTHER_SETUP "Ein anderes Setup von Vardeko ist gerade am Werk."
 !define TEXT_NEWER "ist installiert, also eine neuere Version als diese (${SHORT_VERSION}).$\r$\n$\r$\nSoll die neuere durch die ältere ersetzt werden?"
 !define TEXT_NO_RIGHTS "Für alle Benutzer kann nur ein Administrator installieren. Mit „Nur für mich“ geht es ohne besondere Rechte."
+!define TEXT_UN_NO_RIGHTS "Für alle Benutzer entfernen kann Vardeko nur ein Administrator."
+!define TEXT_BAD_TIME "Bitte geben Sie die Uhrzeit als Stunde und Minute an, zum Beispiel 20:00."
 !define TEXT_BAD_SWITCH "Diesen Schalter versteht Setup nicht:"
 !define TEXT_OTHER_SCOPE "Vardeko ist für alle Benutzer dieses PCs installiert. Es wird nicht noch einmal nur für Sie installiert."
 !define TEXT_FOLDER_FAILED "Der Ordner kann nicht angelegt werden:"
@@ -30,16 +43,4 @@
 !define TEXT_UNCHANGED "Es wurde nichts geändert; eine schon installierte Version läuft weiter wie bisher."
 !define TEXT_ELEVATED_FAILED "Vardeko konnte nicht installiert werden:"
 !define TEXT_TASK_FAILED "Vardeko ist installiert. Nur die Aufgabe für jeden Abend konnte nicht angelegt werden:"
-!define TEXT_TASK_DESCRIPTION "Sichert jeden Abend mit Vardeko. Vom Setup von Vardeko angelegt."
-
-!define TEXT_FINISH_TITLE "Vardeko ${SHORT_VERSION} ist installiert"
-!define TEXT_FINISH "Vardeko steht im Startmenü. Die Anleitung liegt im selben Ordner wie das Programm."
-!define TEXT_START "Vardeko jetzt &starten"
-!define TEXT_FINISH_BUTTON "&Fertig"
-
-!define TEXT_UN_TITLE "Vardeko entfernen"
-!define TEXT_UN_SUBTITLE "Ihre Sicherung bleibt in jedem Fall, wie sie ist."
-!define TEXT_UN "Entfernt werden das Programm, die vom Setup angelegte Aufgabe für jeden Abend und die Einträge in Windows."
-!define TEXT_UN_SETTINGS "Auch Einstellungen und Protokolle &löschen (die Liste der Ordner, Ziel und Anmeldung)"
-!define TEXT_UN_BUTTON "&Entfernen"
 !define TEXT_UN_FAILED "kann nicht entfernt werden:"

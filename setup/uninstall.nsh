@@ -43,7 +43,7 @@ Function un.StartWithRights
   ${GetParameters} $0
   System::Call 'shell32::ShellExecuteW(p 0, w "runas", w "$INSTDIR\${UNINSTALLER}", w r0, p 0, i 1) p .r1'
   ${If} $1 P<= 32
-    ${Refuse} ${CODE_NO_RIGHTS} "${TEXT_NO_RIGHTS}"
+    ${Refuse} ${CODE_NO_RIGHTS} "${TEXT_UN_NO_RIGHTS}"
   ${EndIf}
   Quit
 FunctionEnd

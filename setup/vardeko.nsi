@@ -65,6 +65,7 @@ Var Scope           ; "all" or "user"
 Var IsAdmin         ; 1 with an administrator's rights
 Var Installed       ; the folder of an installed version; empty when there is none
 Var InstalledVersion
+Var MayBeOlder      ; 1: a newer version may be replaced without asking
 Var WaitSeconds     ; for how long a silent setup waits for the program to end
 Var TaskTime        ; hh:mm; empty for no task
 Var TaskWakes       ; 1 or 0

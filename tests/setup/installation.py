@@ -72,7 +72,7 @@ def uninstall(*switches, folder=FOLDER):
     return code
 
 
-def wait_until(condition, seconds=20):
+def wait_until(condition, seconds=60):
     end = time.monotonic() + seconds
     while not condition():
         if time.monotonic() > end:

@@ -11,7 +11,7 @@ import time
 import unittest
 import zipfile
 
-from installation import (BUILD, FOLDER, FULL, ROOT, SHORT, TOOLS, NEXT, NEXT_FULL, built, clean, content, run)
+from installation import FOLDER, FULL, NEXT, ROOT, SHORT, built, clean, content, run
 
 import https_server
 

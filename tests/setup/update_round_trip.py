@@ -3,13 +3,9 @@ for its setup."""
 import hashlib
 import os
 import re
-import shutil
 import struct
-import subprocess
-import sys
 import tempfile
 import threading
-import time
 import unittest
 
 import installation
@@ -95,7 +91,7 @@ class UpdateRoundTrip(unittest.TestCase):
         hand("click", "Vardeko Update", "Update")
         hand("click", "Bestätigung", "Ja")
         hand("click", f"Setup von Vardeko {NEXT}", "Installieren")
-        self.assertEqual(program.wait(20), 0)
+        self.assertEqual(program.wait(60), 0)
         hand("click", f"Setup von Vardeko {NEXT}", "Vardeko jetzt starten")
         Site.asked.clear()
         hand("click", f"Setup von Vardeko {NEXT}", "Fertig")
@@ -113,7 +109,8 @@ class UpdateRoundTrip(unittest.TestCase):
         after = backup_tree.snapshot(self.backup)
         self.assertEqual([path for path in backup_tree.written(before[1], after) if "Vardeko.dat" not in path], [])
         self.assertEqual(uninstall(), 0)
-        for path in (FOLDER, os.path.join(DRIVE, "ProgramData", MENU), os.path.join(USER, "AppData", "Local", "Vardeko")):
+        fetched = os.path.join(USER, "AppData", "Local", "Vardeko")
+        for path in (FOLDER, os.path.join(DRIVE, "ProgramData", MENU), fetched):
             self.assertFalse(os.path.exists(path), path)
         self.assertEqual(os.listdir(TASKS), [])
         self.assertEqual(backup_tree.snapshot(self.backup), after)

@@ -4,7 +4,7 @@
 //   user_hand close WINDOW              closes it as its close box does
 //   user_hand read WINDOW               prints the captions of all its controls
 //   user_hand windows                   prints the captions of all visible windows, without waiting
-// The others wait up to 20 seconds for what they need; the exit code is 1 when it did not come.
+// The others wait up to a minute for what they need; the exit code is 1 when it did not come.
 #include <windows.h>
 
 #include <cstdio>
@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr DWORD kPatience = 20'000;  // milliseconds
+constexpr DWORD kPatience = 60'000;  // milliseconds
 
 std::wstring Caption(HWND window) {
     wchar_t text[1000] = L"";
