@@ -233,7 +233,8 @@ FunctionEnd
 ; The same setup, silently and with an administrator's rights, puts the files in place; the user's own things stay
 ; with this one.
 Function InstallWithRights
-  StrCpy $0 "/S /ALLUSERS"
+  ; Whether an older version is wanted has been asked here.
+  StrCpy $0 "/S /ALLUSERS /OLDER"
   ${If} $WantsDesktop == 1
     StrCpy $0 "$0 /DESKTOP"
   ${EndIf}

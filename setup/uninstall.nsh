@@ -1,6 +1,7 @@
 ; Removing: the program, the tasks that start it and the entries; settings and logs when asked. Nothing here knows
 ; where the backup is, and no folder is removed that holds anything else.
 Var RemovesSettings ; 1 or 0
+Var HasAsked        ; "yes": an administrator's rights have been asked for
 Var OptionsSettings
 
 !macro _UnFail CODE TEXT
@@ -26,6 +27,8 @@ Function un.onInit
   ${If} $R1 != ""
     StrCpy $WaitSeconds $R1
   ${EndIf}
+  ${TakeSwitch} "/RIGHTS"
+  StrCpy $HasAsked $R1
   ${RefuseRest}
   StrCpy $Scope "user"
   ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
@@ -38,10 +41,14 @@ Function un.onInit
   ${EndIf}
 FunctionEnd
 
-; Goes on as another process, whose end is not waited for.
+; Goes on as another process, whose end is not waited for. It asks only once: where nobody can be given rights, the
+; other process has none either.
 Function un.StartWithRights
-  ${GetParameters} $0
-  System::Call 'shell32::ShellExecuteW(p 0, w "runas", w "$INSTDIR\${UNINSTALLER}", w r0, p 0, i 1) p .r1'
+  StrCpy $1 0
+  ${If} $HasAsked == "no"
+    ${GetParameters} $0
+    System::Call 'shell32::ShellExecuteW(p 0, w "runas", w "$INSTDIR\${UNINSTALLER}", w "$0 /RIGHTS", p 0, i 1) p .r1'
+  ${EndIf}
   ${If} $1 P<= 32
     ${Refuse} ${CODE_NO_RIGHTS} "${TEXT_UN_NO_RIGHTS}"
   ${EndIf}

@@ -1,5 +1,6 @@
 """What the setup's tests share: the two versions, the prefix they are installed in, and the user before it."""
 import os
+import pwd
 import re
 import shutil
 import subprocess
@@ -23,7 +24,7 @@ SHORT, NEXT = (".".join(version.split(".")[:2]) for version in (FULL, NEXT_FULL)
 
 DRIVE = os.path.join(PREFIX, "drive_c")
 FOLDER = os.path.join(DRIVE, "Program Files", "Vardeko")
-USER = os.path.join(DRIVE, "users", os.environ.get("USER", "root"))
+USER = os.path.join(DRIVE, "users", pwd.getpwuid(os.getuid()).pw_name)
 TASKS = os.path.join(DRIVE, "windows", "system32", "tasks")
 MENU = os.path.join("Microsoft", "Windows", "Start Menu", "Programs", "Vardeko.lnk")
 ENTRY = r"Software\Microsoft\Windows\CurrentVersion\Uninstall\Vardeko"

@@ -15,7 +15,7 @@ wine build/windows-x64/tests/setup/user_hand.exe wait "$title"
 xdotool mousemove 0 0
 sleep 1
 # Without the caption, the signs of which take a font that Wine leaves out.
-import -window "$(xdotool search --onlyvisible --name "^$title" | head -n 1)" \
-    -gravity north -chop 0x31 -colors 256 -strip PNG8:docs/images/setup-150.png
+import -window "$(xdotool search --onlyvisible --name "^$title" | head -n 1)" png:- |
+    convert - -gravity north -chop 0x31 -colors 256 -strip PNG8:docs/images/setup-150.png
 wine build/windows-x64/tests/setup/user_hand.exe click "$title" Abbrechen
 wait $setup || true

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Makes what the setup's tests need: this version's setup, the release of the next version, and their helpers.
+# Makes what the setup's tests need: this version's setup, the release of the next version, and the programs they use.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 scripts/package.sh

@@ -4,6 +4,7 @@ usage: tests/setup/own_network.sh HOST scripts/in_wine.sh python3 tests/setup/se
        HOST: the maker's server, as the program was built with it
 Needs what scripts/package.sh makes, and the target setup_test_programs.
 """
+import glob
 import os
 import re
 import shutil
@@ -230,8 +231,8 @@ class WhileItRuns(unittest.TestCase):
         wait_until(program.window)
         # The run has not begun yet, but its task has started it.
         setup = start(setup_of(NEXT), "/S")
-        (copies,) = [os.path.join(self.folders["n"], host, "drive_Q") for host in [os.uname().nodename.upper()]]
-        wait_until(lambda: os.path.isdir(copies) and os.listdir(copies))
+        wait_until(lambda: glob.glob(os.path.join(self.folders["n"], "*", "drive_Q", "*.txt")))
+        (copies,) = glob.glob(os.path.join(self.folders["n"], "*", "drive_Q"))
         self.assertEqual(self.version(), SHORT)
         self.assertTrue(program.running())
         self.assertEqual(program.wait(60), 0, "the run came to its end and nothing is left out")
