@@ -174,7 +174,7 @@ def test_setup(outcome):
     network = ["tests/setup/own_network.sh", server]
     if run([*network, "true"], 10)[0] != 0:
         network = []
-    code, output = run([*network, IN_WINE, sys.executable, "tests/setup/setup_test.py"], PROGRAM_SECONDS)
+    code, output = run([*network, IN_WINE, sys.executable, "tests/setup/setup_test.py"], 2 * PROGRAM_SECONDS)
     count_tests("setup_test (Wine)", code, output, outcome)
 
 
