@@ -6,7 +6,11 @@ namespace {
 
 // Opened without access rights: only what it is is asked for. Folders need the backup flag.
 TOpenFile OpenToAsk(const TPlatformCalls& calls, std::wstring_view path) {
-    return {calls, path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING,
+    return {calls,
+            path,
+            0,
+            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+            OPEN_EXISTING,
             FILE_FLAG_BACKUP_SEMANTICS};
 }
 

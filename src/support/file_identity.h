@@ -19,7 +19,8 @@ struct TFileIdentity {
     friend bool operator==(const TFileIdentity&, const TFileIdentity&) = default;
 };
 
-// Three calls. Links are followed. Nothing when the path cannot be opened, or when its file system has no such numbers.
+// Three calls. Links are followed. Nothing when the path cannot be opened, or when its file system has no
+// such numbers.
 std::optional<TFileIdentity> FileIdentity(const TPlatformCalls& calls, std::wstring_view path);
 
 // Whether both paths lead to one file or folder. False when that cannot be told.

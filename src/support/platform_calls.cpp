@@ -24,7 +24,6 @@ const TPlatformCalls& SystemPlatformCalls() {
         .SetFileTime = &::SetFileTime,
         .SetFileInformationByHandle = &::SetFileInformationByHandle,
         .CloseHandle = &::CloseHandle,
-        .Sleep = &::Sleep,
         .WNetAddConnection2W = &::WNetAddConnection2W,
         .WNetCancelConnection2W = &::WNetCancelConnection2W,
         .Sleep = &::Sleep,

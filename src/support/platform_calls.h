@@ -32,14 +32,11 @@ struct TPlatformCalls {
     decltype(&::SetFileInformationByHandle) SetFileInformationByHandle;
     decltype(&::CloseHandle) CloseHandle;
 
-    // Waiting for a file that somebody else holds for a moment.
-    decltype(&::Sleep) Sleep;
-
     // Network connections.
     decltype(&::WNetAddConnection2W) WNetAddConnection2W;
     decltype(&::WNetCancelConnection2W) WNetCancelConnection2W;
 
-    // Waiting.
+    // Waiting for a file that somebody else holds for a moment, or for a destination.
     decltype(&::Sleep) Sleep;
     decltype(&::GetTickCount64) GetTickCount64;
 
