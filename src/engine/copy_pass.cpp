@@ -104,7 +104,10 @@ bool TCopyRun::MakeFolder(const std::wstring& source, const std::wstring& folder
         return true;
     }
     if (!DestinationIsGone(source)) {
-        log_.Problem({.what = TProblemKind::FolderNotMade, .path = folder, .code = error});
+        if (std::exchange(refusedFolder_, folder) != folder) {
+            log_.Problem({.what = TProblemKind::FolderNotMade, .path = folder, .code = error});
+        }
+        log_.Problem({.what = TProblemKind::CopyFailed, .path = source, .code = error});
         failedFiles_.push_back(source);
     }
     return false;
@@ -165,9 +168,9 @@ void TCopyRun::WriteErrorLine(const std::wstring& source) {
 // When the destination itself does not answer any more, each further file would wait out the network. The
 // file waits with the others until it does; a drop-out of some seconds is no reason to end a night's run.
 bool TCopyRun::DestinationIsGone(const std::wstring& source) {
-    // A drive that is no longer connected answers "not found".
-    const TErrorCode error = QueryAttributes(with_.calls, destination_.HostFolder()).error;
-    if (stopped_ || (!IsOutOfReach(error) && !IsMissing(error))) {
+    // A drive that is no longer connected answers "not found". A refusal is an answer, too.
+    const TAttributes folder = QueryAttributes(with_.calls, destination_.HostFolder());
+    if (stopped_ || folder.Exists() || folder.error == ERROR_ACCESS_DENIED) {
         return false;
     }
     CopyFileList.push_front(source);

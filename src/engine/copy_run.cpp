@@ -26,7 +26,8 @@ void ApplyThreadPriority(TTaskPriority level) {
 TCopyRun::TCopyRun(TRunSurroundings surroundings)
     : with_(std::move(surroundings)),
       log_(with_.calls, with_.configurationFolder),
-      startTime_(with_.calls.GetTickCount64()) {
+      startTime_(with_.calls.GetTickCount64()),
+      sourceRoots_(std::make_shared<TSourceRoots>(with_.calls)) {
     log_.Begin(CurrentDateTime());
 }
 
@@ -89,7 +90,6 @@ TCopyRun::TBeginning TCopyRun::BeginScan() {
     with_.nasDataFile.Loaded(destination_.TableFile(), prepared->table.get());
 
     // The tables come as copies: no thread ever reads what another one writes.
-    sourceRoots_ = std::make_shared<TSourceRoots>(with_.calls);
     FScanTask = StartTask(
         [&calls = with_.calls, fetchCloudFiles = fetchCloudFiles_, roots = sourceRoots_](IOmniTask& task) {
             TFolderScan(task, calls,

@@ -123,7 +123,7 @@ private:
     std::shared_ptr<TPreparation> preparation_;
     std::unique_ptr<IOmniTaskControl> FScanTask;
     // Shared with the scan.
-    std::shared_ptr<TSourceRoots> sourceRoots_;
+    const std::shared_ptr<TSourceRoots> sourceRoots_;
     bool fetchCloudFiles_ = false;
     // Set while the destination is waited for, with whether it came back.
     std::unique_ptr<IOmniTaskControl> waitTask_;
@@ -146,6 +146,8 @@ private:
     bool closed_ = false;
     // The destination folder that the last file went to, known to exist.
     std::wstring knownFolder_;
+    // The last one that could not be made.
+    std::wstring refusedFolder_;
     // The file at which the destination was last out of reach, and how often: it is not waited for for ever.
     std::wstring interruptedAt_;
     unsigned interruptions_ = 0;

@@ -22,6 +22,7 @@ bool IsMissing(TErrorCode error) {
 
 bool IsOutOfReach(TErrorCode error) {
     constexpr TErrorCode kCodes[] = {ERROR_NOT_READY,
+                                     ERROR_GEN_FAILURE,
                                      ERROR_REM_NOT_LIST,
                                      ERROR_BAD_NETPATH,
                                      ERROR_NETWORK_BUSY,

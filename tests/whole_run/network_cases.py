@@ -12,17 +12,6 @@ from write_config import SourceFolder
 
 
 class NetworkCases(FaultRun):
-    NOT_YET = {
-        "test_a_destination_that_comes_late_is_waited_for",
-        "test_a_short_drop_out_is_waited_for",
-        "test_a_destination_that_is_gone_for_longer_than_a_minute",
-        "test_refusals_that_pass_are_tried_again",
-        "test_two_programs_at_once_do_not_disturb_each_other",
-        "test_a_damaged_table_is_moved_aside_and_the_run_goes_on",
-        "test_rows_as_people_type_them",
-        "test_names_that_file_screens_let_pass",
-    }
-
     def test_a_destination_that_comes_late_is_waited_for(self):
         files = self.make_many(5)
         os.rename(self.nas, self.nas + " asleep")

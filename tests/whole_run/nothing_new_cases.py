@@ -13,15 +13,6 @@ NEW_YORK = ("env", "TZ=EST5EDT,M3.2.0,M11.1.0")
 
 
 class NothingNewCases(FaultRun):
-    NOT_YET = {
-        "test_times_in_whole_seconds",
-        "test_times_in_even_seconds",
-        "test_a_destination_that_keeps_accents_apart",
-        "test_another_time_zone",
-        "test_a_change_in_the_hour_that_comes_twice",
-        "test_overlapping_rows_copy_a_file_once",
-    }
-
     def configure(self, *rows, **options):
         for row in rows:
             row.History = True

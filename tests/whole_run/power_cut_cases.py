@@ -15,8 +15,6 @@ CUTS, CUTS_A_RUN, LONGEST_WAIT = (100, 5, 45) if LONG else (5, 2, 4)
 
 
 class PowerCutCases(FaultRun):
-    NOT_YET = {"test_after_a_power_cut_every_copy_is_whole"}
-
     def setUp(self):
         super().setUp()
         # Wine ends its desktop a second after the last program, and who comes at that moment finds no window.

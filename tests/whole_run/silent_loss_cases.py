@@ -10,21 +10,6 @@ from write_config import SourceFolder, map_drive
 
 
 class SilentLossCases(FaultRun):
-    NOT_YET = {
-        "test_a_source_drive_that_vanishes_is_told",
-        "test_nothing_is_made_on_what_is_left_of_the_destination",
-        "test_a_destination_without_what_the_last_run_left_is_told_once",
-        "test_a_full_nas_is_told_file_by_file",
-        "test_what_failed_is_tried_again_at_the_end",
-        "test_names_that_differ_only_in_case_are_told",
-        "test_a_name_that_history_has_taken",
-        "test_writes_that_the_destination_loses_are_failed_copies",
-        "test_a_bad_sector_leaves_the_old_copy",
-        "test_the_backup_does_not_back_up_itself",
-        "test_a_target_that_is_its_own_source_stays",
-        "test_history_keeps_the_name_when_the_copy_fails",
-    }
-
     def test_a_source_drive_that_vanishes_is_told(self):
         files = self.make_many(40, folders=8)
         left = self.empty_folder("left of the source")
