@@ -211,7 +211,7 @@ STAGES = {
 LONG_STAGES = {
     "long-kills": test_whole_run("kill", seconds=1800, VARDEKO_KILLS="50"),
     "long-nights": test_whole_run("night", seconds=1800, VARDEKO_NIGHTS="50"),
-    "long-power-cuts": test_whole_run("power_cut", "longer_than_a_minute", seconds=5400, VARDEKO_LONG="1"),
+    "long-power-cuts": test_whole_run("power_cut", "goes_away", seconds=5400, VARDEKO_LONG="1"),
     "long-release": lambda outcome: check("a release, twice", ["tests/setup/release_twice.sh"], outcome, seconds=3600),
     "long-fuzz": fuzz("--runs", "10000000"),
 }

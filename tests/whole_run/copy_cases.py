@@ -3,7 +3,7 @@ import os
 import time
 
 import backup_tree
-from fixture import (ALL_COPIED, NOT_STARTED, PREFIX, SOME_FAILED, WholeRun, local_ns, read, sparse_file,
+from fixture import (ALL_COPIED, FOLDER_MISSING, NOT_STARTED, PREFIX, SOME_FAILED, WholeRun, local_ns, read, sparse_file,
                      write)
 from write_config import SourceFolder, config_folder, map_drive, table_header, write_config
 
@@ -142,7 +142,7 @@ class CopyCases(WholeRun):
             # The filter of the last row whose folder is there counts for all.
             SourceFolder("Q:\\Daten", Extensions=".jpg, .png", ExtensionMode="IN"))
         files = ["Daten/a.JPG", "Daten/b.png", "Daten/tief/e.jpg", "Flach/h.jpg"]
-        self.assertEqual(self.run_program(), files)
+        self.assertEqual(self.run_program(FOLDER_MISSING), files)
         self.assert_hash_table_names(files)
 
     def test_destination_is_used_in_upper_case_without_its_last_backslash(self):
@@ -190,16 +190,18 @@ class CopyCases(WholeRun):
                 self.assertEqual(read(table), damaged)
                 self.assertEqual(os.listdir(self.nas), [])
 
-    def test_a_damaged_hash_table_stops_the_run_and_stays(self):
+    def test_a_damaged_hash_table_is_put_aside_and_the_copies_decide(self):
         self.make("Daten/x.txt")
         self.run_program()
         table = os.path.join(self.host, "Vardeko.dat")
         damaged = read(table)[:-1]
         write(table, damaged)
         self.make("Daten/neu.txt")
-        self.assertEqual(self.run_program(SOME_FAILED), [])
-        self.assertEqual(read(table), damaged)
-        self.assertEqual(self.copies(), ["x.txt"])
+        self.run_program(SOME_FAILED)
+        self.assertEqual(self.copies(), ["neu.txt", "x.txt"])
+        self.assertEqual(read(os.path.join(self.host, "Vardeko #001.dat")), damaged)
+        self.assert_hash_table_names(["Daten/neu.txt"])
+        self.assertEqual(self.run_program(), [])
 
     def test_a_missing_destination_stops_the_run(self):
         self.make("Daten/x.txt")

@@ -31,6 +31,8 @@ class DisturbanceCases(WholeRun):
             self.assertEqual(self.left_beside(), [])
 
     def test_a_nas_that_goes_away_in_mid_run(self):
+        if not os.environ.get("VARDEKO_LONG"):
+            self.skipTest("takes a minute: ./test build-windows-x64 long-power-cuts")
         self.make("Daten/alt.txt")
         self.run_program()
         table = os.path.join(self.host, "Vardeko.dat")
@@ -43,14 +45,14 @@ class DisturbanceCases(WholeRun):
             time.sleep(0.002)
         os.rename(self.nas, self.nas + " fort")
         began = time.monotonic()
-        code = program.wait(60)
+        code = program.wait(100)
         seconds = time.monotonic() - began
         os.rename(self.nas + " fort", self.nas)
         copied = sum(not path.endswith(".vardeko") for path in self.copies()) - 1
         print(f"  gone after {copied} of {len(files)} files: {seconds:.1f} s to the end, exit code {code}")
         self.assertEqual(code, SOME_FAILED)
         self.assertLess(copied, len(files))
-        self.assertLess(seconds, 10)
+        self.assertTrue(55 < seconds < 75, "a drop-out is waited for, a minute long")
         self.assertEqual(read(table), table_before)
         # Copies that never got their record are known by their own date.
         self.assertEqual(len(self.run_program()), len(files) - copied)

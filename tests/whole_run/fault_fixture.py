@@ -11,8 +11,6 @@ from fixture import ALL_COPIED, ONLOOKER, PREFIX, ROOT, WholeRun, read
 from write_config import SourceFolder, config_folder, map_drive
 
 FAULTY_FS = os.path.join(PREFIX, "faulty_fs")
-# Also runs the cases that are named in NOT_YET.
-RUN_NOT_YET = os.environ.get("VARDEKO_NOT_YET")
 # The long forms, which ./test leaves out.
 LONG = os.environ.get("VARDEKO_LONG")
 # What makes a file system, how it is mounted, and how after a power cut, beside the system that failed.
@@ -179,12 +177,7 @@ def told(run, *needles):
 
 class FaultRun(WholeRun):
     """Where self.nas or self.source is behind a faulty file system, these name the folder behind it."""
-    # Names of cases; whoever mends the program takes them out.
-    NOT_YET = frozenset()
-
     def setUp(self):
-        if self._testMethodName in self.NOT_YET and not RUN_NOT_YET:
-            self.skipTest("the program does not do this yet")
         super().setUp()
         self.disks, self.systems = [], []
 

@@ -19,7 +19,7 @@ WORK = os.path.join(PREFIX, "whole_run")
 ONLOOKER = os.path.join(PREFIX, "onlooker.exe")
 # No run here has more to do than some seconds; what takes longer hangs.
 RUN_SECONDS = 90
-ALL_COPIED, SOME_FAILED, NOT_STARTED = 0, 1, 2
+ALL_COPIED, SOME_FAILED, NOT_STARTED, FOLDER_MISSING = 0, 1, 2, 3
 
 
 def build_onlooker():

@@ -4,7 +4,7 @@ import os
 import random
 import shutil
 
-from fixture import SOME_FAILED, WholeRun, read, write
+from fixture import ALL_COPIED, SOME_FAILED, WholeRun, read, write
 from write_config import SourceFolder
 
 # The long form takes 50.
@@ -33,8 +33,10 @@ class NightCases(WholeRun):
         for _ in range(40):
             self.add_file()
         kept = set()
+        self.next_code = ALL_COPIED
         for _ in range(NIGHTS):
-            self.run_program()
+            self.run_program(self.next_code)
+            self.next_code = ALL_COPIED
             self.assert_backed_up([path for path in self.paths(os.path.isfile)
                                    if "/." not in os.path.dirname(path)])
             contents = self.copied_contents()
@@ -46,7 +48,7 @@ class NightCases(WholeRun):
             for _ in range(self.random.choice((1, 5, 20))):
                 self.random.choice((self.add_file, self.change_file, self.change_file, self.delete_file,
                                     self.rename_file, self.add_folder, self.delete_folder))()
-        self.run_program()
+        self.run_program(self.next_code)
         self.assertEqual(self.run_program(), [], "copied without a change")
         self.assertEqual(self.left_beside(), [])
 
@@ -101,7 +103,7 @@ class NightCases(WholeRun):
             shutil.rmtree(os.path.join(self.source, self.random.choice(folders)))
 
     def spoil_backup(self):
-        """Copies vanish from the backup, or its hash table does, or is cut short."""
+        """Copies vanish from the backup, or its hash table does, or is cut short; the next run tells of a table."""
         copies = self.copies()
         for path in self.random.sample(copies, min(3, len(copies))):
             os.unlink(os.path.join(self.host, "drive_Q", "Daten", path))
@@ -109,8 +111,8 @@ class NightCases(WholeRun):
         match self.random.randrange(4):
             case 0:
                 os.unlink(table)
+                self.next_code = SOME_FAILED
             case 1:
                 content = read(table)
                 write(table, content[:self.random.randrange(len(content))])
-                self.run_program(SOME_FAILED)
-                os.unlink(table)
+                self.next_code = SOME_FAILED
