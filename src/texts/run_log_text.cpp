@@ -51,7 +51,8 @@ const wchar_t* ResultText(int exitCode) {
 }  // namespace
 
 std::wstring RunLogTitle(TDateTime start) {
-    return L"Vardeko " + std::wstring(ProgramVersionText()) + L": Lauf vom " + DateText(start) + L" " + ClockText(start);
+    return L"Vardeko " + std::wstring(ProgramVersionText()) + L": Lauf vom " + DateText(start) + L" " +
+           ClockText(start);
 }
 
 std::wstring RunLogDestination(std::wstring_view folder) {
