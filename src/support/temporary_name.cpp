@@ -35,6 +35,8 @@ const std::wstring& ProcessPart() {
     return part;
 }
 
+std::atomic<std::uint64_t> namesMade = 0;
+
 bool HasDigitsBetween(std::wstring_view name, std::wstring_view prefix, std::wstring_view suffix) {
     return name.size() > prefix.size() + suffix.size() && name.starts_with(prefix) &&
            name.ends_with(suffix) &&
@@ -44,9 +46,8 @@ bool HasDigitsBetween(std::wstring_view name, std::wstring_view prefix, std::wst
 
 }  // namespace
 
-TTemporaryName::TTemporaryName() {
-    static std::atomic<std::uint64_t> count = 0;
-    text_ = std::wstring(kPrefix) + ProcessPart() + std::to_wstring(++count) + std::wstring(kSuffix);
+TTemporaryName::TTemporaryName()
+    : text_(std::wstring(kPrefix) + ProcessPart() + std::to_wstring(++namesMade) + std::wstring(kSuffix)) {
     const std::scoped_lock lock(namesLock);
     NamesInUse().insert(text_);
 }
