@@ -127,7 +127,9 @@ Function un.RemoveUserFiles
     Delete "$APPDATA\Vardeko\NASConf.Dat"
     Delete "$APPDATA\Vardeko\NASConf.ini.new"
     Delete "$APPDATA\Vardeko\NASConf.Dat.new"
+    Delete "$APPDATA\Vardeko\NASSeen.ini"
     Delete "$APPDATA\Vardeko\Error.log"
+    RMDir /r "$APPDATA\Vardeko\Log"
     RMDir "$APPDATA\Vardeko"
   ${EndIf}
   ${If} $Scope == "all"

@@ -4,10 +4,13 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 scripts/package.sh
 tools=build/windows-x64/tests/setup
-if ! cmake --build --preset windows-x64 --target setup_test_programs </dev/null >build/setup.log 2>&1; then
+exec 8>build/windows-x64.lock  # see scripts/build.sh
+flock 8
+if ! cmake --build --preset windows-x64 --target setup_test_programs </dev/null >build/setup.log 2>&1 8>&-; then
     cat build/setup.log >&2
     exit 1
 fi
+exec 8>&-
 IFS=. read -r major minor patch build < <(sed -n 's/^project(Vardeko VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 next=$major.$((minor + 1)) next_build=$((build + 100))
 sed "0,/^## .*/s//## $next (build $next_build)/" CHANGELOG.md >"$tools/CHANGELOG.md"

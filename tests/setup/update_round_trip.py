@@ -79,7 +79,7 @@ class UpdateRoundTrip(unittest.TestCase):
         """What an update leaves as it is: settings, tables, the evening's task, the backup."""
         settings = config_folder(PREFIX)
         files = [os.path.join(folder, name) for folder in (settings, TASKS) for name in sorted(os.listdir(folder))]
-        return {path: content(path) for path in files}, backup_tree.snapshot(self.backup)
+        return {path: content(path) for path in files if os.path.isfile(path)}, backup_tree.snapshot(self.backup)
 
     def test_from_one_version_to_the_next_and_away(self):
         self.assertEqual(install(SHORT, "/TASK=20:00"), 0)
@@ -114,4 +114,4 @@ class UpdateRoundTrip(unittest.TestCase):
             self.assertFalse(os.path.exists(path), path)
         self.assertEqual(os.listdir(TASKS), [])
         self.assertEqual(backup_tree.snapshot(self.backup), after)
-        self.assertEqual(sorted(os.listdir(config_folder(PREFIX))), ["NASConf.Dat", "NASConf.ini"])
+        self.assertEqual(sorted(os.listdir(config_folder(PREFIX))), ["Log", "NASConf.Dat", "NASConf.ini", "NASSeen.ini"])
