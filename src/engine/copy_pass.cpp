@@ -182,7 +182,7 @@ bool TCopyRun::DestinationIsGone(const std::wstring& source) {
     }
     Report(WaitingForDestinationText(destination_.nas), TMessagePos::Status);
     cameBack_ = std::make_shared<bool>(false);
-    waitTask_ = StartTask(
+    waitTask_ = MakeTask(
         [cameBack = cameBack_, folder = destination_.HostFolder(), &calls = with_.calls](IOmniTask& task) {
             *cameBack = AwaitFolder(calls, folder, kLongestDropOut, task).IsFolder();
         },

@@ -21,6 +21,10 @@ void ApplyThreadPriority(TTaskPriority level) {
     SetThreadPriority(GetCurrentThread(), kLevels[static_cast<std::size_t>(level)]);
 }
 
+bool Controls(const std::unique_ptr<IOmniTaskControl>& control, const IOmniTask& task) {
+    return control && control->Task().get() == &task;
+}
+
 }  // namespace
 
 TCopyRun::TCopyRun(TRunSurroundings surroundings)
@@ -36,8 +40,8 @@ TCopyRun::~TCopyRun() {
     Stop();
 }
 
-std::unique_ptr<IOmniTaskControl> TCopyRun::StartTask(TTaskMethod method, std::wstring name,
-                                                      TTaskPriority priority) {
+std::unique_ptr<IOmniTaskControl> TCopyRun::MakeTask(TTaskMethod method, std::wstring name,
+                                                     TTaskPriority priority) {
     auto task = std::make_unique<IOmniTaskControl>(std::move(method), std::move(name));
     task->MonitorWith(with_.monitor);
     task->SetPriority(priority, &ApplyThreadPriority);
@@ -58,7 +62,7 @@ void TCopyRun::Prepare(TRunSettings settings) {
         order->user = std::move(settings.user);
         order->password = std::move(settings.password);
     }
-    preparationTask_ = StartTask(
+    preparationTask_ = MakeTask(
         [order, result = preparation_, &calls = with_.calls](IOmniTask& task) {
             try {
                 *result = PrepareRun(calls, *order, task);
@@ -70,27 +74,27 @@ void TCopyRun::Prepare(TRunSettings settings) {
     preparationTask_->Run();
 }
 
-TCopyRun::TBeginning TCopyRun::BeginScan() {
+bool TCopyRun::BeginScan() {
     const std::shared_ptr<TPreparation> prepared = std::exchange(preparation_, nullptr);
     if (prepared->notReached) {
         const TProblem& problem = *prepared->notReached;
         log_.Problem(problem);
         Report(ProblemText(problem, &SystemErrorText), TMessagePos::Memo,
                ProblemReason(problem, &SystemErrorText));
-        return TBeginning::NotReached;
+        return false;
     }
     for (const TProblem& problem : prepared->told) {
         ReportFailure(problem);
     }
     if (prepared->broken) {
         ReportFailure(*prepared->broken);
-        return TBeginning::Broken;
+        return true;
     }
     claim_ = std::move(prepared->claim);
     with_.nasDataFile.Loaded(destination_.TableFile(), prepared->table.get());
 
     // The tables come as copies: no thread ever reads what another one writes.
-    FScanTask = StartTask(
+    FScanTask = MakeTask(
         [&calls = with_.calls, fetchCloudFiles = fetchCloudFiles_, roots = sourceRoots_](IOmniTask& task) {
             TFolderScan(task, calls,
                         {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
@@ -107,12 +111,11 @@ TCopyRun::TBeginning TCopyRun::BeginScan() {
     FScanTask->SetParameter(L"NAS", destination_.nas);
     FScanTask->SetParameter(L"HOST", destination_.host);
     FScanTask->Run();
-    return TBeginning::Begun;
+    return true;
 }
 
 bool TCopyRun::Owns(const IOmniTask& task) const {
-    const auto is = [&task](const auto& control) { return control && control->Task().get() == &task; };
-    return is(preparationTask_) || is(FScanTask) || is(waitTask_);
+    return Controls(preparationTask_, task) || Controls(FScanTask, task) || Controls(waitTask_, task);
 }
 
 void TCopyRun::TaskSent(TTaskMessage& message) {
@@ -151,14 +154,13 @@ void TCopyRun::TellProblem(const TProblem& problem) {
 }
 
 bool TCopyRun::TaskEnded(const IOmniTask& task) {
-    const auto is = [&task](const auto& control) { return control && control->Task().get() == &task; };
-    if (is(preparationTask_)) {
+    if (Controls(preparationTask_, task)) {
         preparationTask_.reset();
         return true;
     }
-    if (is(FScanTask)) {
+    if (Controls(FScanTask, task)) {
         FScanTask.reset();
-    } else if (is(waitTask_)) {
+    } else if (Controls(waitTask_, task)) {
         waitTask_.reset();
         if (!stopped_ && !*cameBack_) {
             DestinationLost();

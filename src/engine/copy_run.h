@@ -67,9 +67,9 @@ public:
 
     // Looks for the destination and loads its table, on a task.
     void Prepare(TRunSettings settings);
-    // What came of it; the problems are reported.
-    enum class TBeginning { Begun, NotReached, Broken };
-    TBeginning BeginScan();
+    // Starts the scan, unless the table cannot be read: the run then has nothing left to do. False when the
+    // destination was not reached. The problems are reported.
+    bool BeginScan();
 
     // Whether a task belongs to this run, and what it sent or that it has ended. Ended is true for the task
     // that prepares.
@@ -97,8 +97,7 @@ public:
 
 private:
     void Report(const std::wstring& text, TMessagePos kind, const std::wstring& reason = {});
-    std::unique_ptr<IOmniTaskControl> StartTask(TTaskMethod method, std::wstring name,
-                                                TTaskPriority priority);
+    std::unique_ptr<IOmniTaskControl> MakeTask(TTaskMethod method, std::wstring name, TTaskPriority priority);
 
     void TellProblem(const TProblem& problem);
     void TellLostFolders();

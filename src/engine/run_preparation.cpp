@@ -74,10 +74,14 @@ std::optional<TProblem> ReachRoot(const TPlatformCalls& calls, const TPreparatio
 
 std::optional<TProblem> ReachHostFolder(const TPlatformCalls& calls, const TDestination& destination) {
     const std::wstring folder = destination.HostFolder();
-    if (!FolderExists(calls, folder) && !CreateFolders(calls, folder)) {
-        return TProblem{.what = TProblemKind::HostFolderNotMade, .path = folder, .code = GetLastError()};
+    if (FolderExists(calls, folder)) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    const TErrorCode error = CreateFoldersBelow(calls, destination.nas, folder);
+    return error == ERROR_SUCCESS
+               ? std::nullopt
+               : std::optional(
+                     TProblem{.what = TProblemKind::HostFolderNotMade, .path = folder, .code = error});
 }
 
 // Whoever runs already may take hours; nobody is to wait longer than for him.

@@ -144,11 +144,11 @@ void TDM::RunIsPrepared() {
     if (State() != TRunState::Preparing) {
         return;
     }
-    if (run_->BeginScan() == TCopyRun::TBeginning::NotReached) {
+    if (run_->BeginScan()) {
+        machine_.Prepared();
+    } else {
         machine_.NotReached();
         CopyTimer.SetEnabled(false);
-    } else {
-        machine_.Prepared();
     }
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 
-#include "support/path_text.h"
 #include "support/problem.h"
 
 namespace {
@@ -24,10 +23,6 @@ void CheckLengths(const SourceFolderRow& row) {
 }
 
 }  // namespace
-
-std::wstring SourceFolderRow::Folder() const {
-    return Directory ? std::wstring(RemoveTrailingSeparator(*Directory)) : std::wstring();
-}
 
 void TSourceFolderTable::Open() {
     if (!IsOpen()) {

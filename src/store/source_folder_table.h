@@ -25,9 +25,6 @@ struct SourceFolderRow {
     std::optional<bool> History;                // keep earlier copies under numbered names
     std::optional<bool> Hidden;                 // hidden folders too
 
-    // Directory without a trailing "\".
-    std::wstring Folder() const;
-
     friend bool operator==(const SourceFolderRow&, const SourceFolderRow&) = default;
 };
 

@@ -95,20 +95,7 @@ bool FolderExists(const TPlatformCalls& calls, std::wstring_view path) {
 bool CreateFolders(const TPlatformCalls& calls, std::wstring_view path) {
     // In the extended form, where "/" and trailing separators are gone.
     const std::wstring folder = ExtendedPath(path);
-    if (calls.CreateDirectoryW(folder.c_str(), nullptr)) {
-        return true;
-    }
-    if (GetLastError() != ERROR_PATH_NOT_FOUND) {
-        // A folder that exists is answered by other codes too: a drive's root, or one in a folder where
-        // nothing may be created, with "access denied".
-        return FolderExists(calls, folder);
-    }
-    const std::wstring_view parent = RemoveTrailingSeparator(FolderPart(folder));
-    if (parent.size() <= RootOf(folder).size() || !CreateFolders(calls, parent)) {
-        return false;
-    }
-    // Another program may have made it in the meantime.
-    return calls.CreateDirectoryW(folder.c_str(), nullptr) || FolderExists(calls, folder);
+    return CreateFoldersBelow(calls, RootOf(folder), folder) == ERROR_SUCCESS;
 }
 
 TErrorCode CreateFoldersBelow(const TPlatformCalls& calls, std::wstring_view root, std::wstring_view path) {
@@ -117,8 +104,9 @@ TErrorCode CreateFoldersBelow(const TPlatformCalls& calls, std::wstring_view roo
         if (calls.CreateDirectoryW(folder.c_str(), nullptr)) {
             return ERROR_SUCCESS;
         }
-        const TErrorCode error = GetLastError();
-        // Another program may have made it in the meantime.
+        const TErrorCode error = LastFailure();
+        // A folder that exists is answered by several codes: a drive's root, or one in a folder where nothing
+        // may be created, with "access denied". Another program may have made it in the meantime.
         return error != ERROR_PATH_NOT_FOUND && FolderExists(calls, folder) ? ERROR_SUCCESS : error;
     };
     const TErrorCode error = create();

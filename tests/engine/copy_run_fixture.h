@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -20,6 +21,21 @@ struct TReport {
     TMessagePos kind;
     std::wstring reason;
 };
+
+// A clock that a wait moves on at once, and what happens when it does.
+inline std::atomic<ULONGLONG> clockNow;
+inline std::function<void()> onSleep;
+
+inline void UseMovedClock(TPlatformCalls& calls) {
+    calls.Sleep = [](DWORD milliseconds) WINAPI {
+        clockNow += milliseconds;
+        if (onSleep) {
+            onSleep();
+        }
+        Sleep(0);
+    };
+    calls.GetTickCount64 = []() WINAPI -> ULONGLONG { return clockNow; };
+}
 
 class CopyRun : public testing::Test {
 protected:

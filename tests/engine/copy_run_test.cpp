@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <vector>
 
 #include "engine/copy_run_fixture.h"
@@ -229,21 +228,6 @@ TEST_F(CopyRun, ADestinationThatLostItsTableIsToldOnceAndFilledAgain) {
     EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "x");
     Run();
     EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
-}
-
-// A clock that a wait moves on at once, and what happens when it does.
-std::atomic<ULONGLONG> clockNow;
-std::function<void()> onSleep;
-
-void UseMovedClock(TPlatformCalls& calls) {
-    calls.Sleep = [](DWORD milliseconds) WINAPI {
-        clockNow += milliseconds;
-        if (onSleep) {
-            onSleep();
-        }
-        Sleep(0);
-    };
-    calls.GetTickCount64 = []() WINAPI -> ULONGLONG { return clockNow; };
 }
 
 TEST_F(CopyRun, AnUnattendedRunWaitsForADestinationThatWakesUp) {

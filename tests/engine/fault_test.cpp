@@ -89,20 +89,11 @@ BOOL WINAPI CopyWithProgress(LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routin
            tell(kLargeSize, CALLBACK_CHUNK_FINISHED);
 }
 
-// A clock that a wait moves on at once.
-std::atomic<ULONGLONG> clockNow;
-
-void WINAPI MoveClock(DWORD milliseconds) {
-    clockNow += milliseconds;
-    Sleep(0);
-}
-
 class FaultyRun : public CopyRun {
 protected:
     FaultyRun() {
         calls_ = TWatchedCalls::Table();
-        calls_.Sleep = &MoveClock;
-        calls_.GetTickCount64 = []() -> ULONGLONG { return clockNow; };
+        UseMovedClock(calls_);
         calls_.GetFileAttributesExW = &AttributesWithLargeSize;
         calls_.GetFileSizeEx = &SizeWithLargeSize;
         calls_.CopyFileExW = &CopyWithProgress;
