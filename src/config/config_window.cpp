@@ -4,6 +4,7 @@
 
 #include "config/folder_picker.h"
 #include "config/grid_store.h"
+#include "config/row_rules.h"
 #include "support/file_access.h"
 #include "support/system_error.h"
 #include "texts/config_texts.h"
@@ -53,6 +54,7 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
       calls_(calls),
       memData_(memData),
       configurationFolder_(std::move(configurationFolder)),
+      folderCheck_([this] { ShowWarnings(); }),
       keyFilter_([this](MSG& message) { return open_ && IsDialogMessageW(Handle(), &message); }) {
     AskUser = [this](const std::wstring& question) {
         return MessageBoxW(Handle(), question.c_str(), ConfigTexts::Window,
@@ -65,6 +67,9 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
     dsMemData.OnProblem = [this](const TProblem& problem) {
         ShowNotice(ProblemText(problem, &SystemErrorText));
     };
+    dsMemData.OnChanged = [this] { RowsChanged(); };
+    dsMemData.OnTaken = [this] { ShowNotice(settingsNotice_); };
+    dsMemData.IsMissing = [this](const SourceFolderRow& row) { return folderCheck_.IsMissing(row); };
 }
 
 TfmConfig::~TfmConfig() {
@@ -93,6 +98,9 @@ void TfmConfig::FormShow() {
         cxGrid.ColumnsChanged();
     }
     LoadFields();
+    folderCheck_.Forget();
+    folderCheck_.Ask(calls_, memData_.Rows());
+    ShowWarnings();
 }
 
 void TfmConfig::LoadFields() {
@@ -105,6 +113,42 @@ void TfmConfig::LoadFields() {
     ForgetCredentials();
     settingsNotice_ = problem ? ProblemText(*problem, &SystemErrorText) : std::wstring();
     ShowNotice(settingsNotice_);
+}
+
+void TfmConfig::RowsChanged() {
+    if (open_) {
+        folderCheck_.Ask(calls_, memData_.Rows());
+        ShowWarnings();
+    }
+}
+
+void TfmConfig::ShowWarnings() {
+    const std::vector<SourceFolderRow>& rows = memData_.Rows();
+    const std::optional<std::size_t> current =
+        rows.empty() ? std::nullopt : std::optional(memData_.RowNumber());
+    TRowRules rules = RulesOf(rows, current, dsMemData.IsMissing);
+    warnings_.clear();
+    const auto add = [this](const std::wstring& line) {
+        warnings_ += (warnings_.empty() ? L"" : L"\n") + line;
+    };
+    if (!rules.missing.empty()) {
+        for (std::size_t& row : rules.missing) {
+            ++row;
+        }
+        add(ConfigTexts::FoldersNotThere(rules.missing));
+    }
+    const auto folderOf = [&](std::size_t row) { return rows[row].Directory.value_or(L""); };
+    if (rules.filter) {
+        add(ConfigTexts::FilterOfRow(*rules.filter + 1, folderOf(*rules.filter)));
+    }
+    if (rules.history) {
+        add(ConfigTexts::HistoryOfRow(*rules.history + 1, folderOf(*rules.history),
+                                      rows[*rules.history].History.value_or(false)));
+    }
+    UpdateNoticeLine();
+    if (cxGrid.Exists()) {
+        InvalidateRect(cxGrid.Handle(), nullptr, FALSE);  // the marks of its rows
+    }
 }
 
 std::optional<TProblem> TfmConfig::FormClose() {

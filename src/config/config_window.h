@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "config/folder_check.h"
 #include "config/source_folder_grid.h"
 #include "store/settings.h"
 #include "store/source_folder_table.h"
@@ -56,8 +57,10 @@ public:
     TGridColumns cxGridDBTv{SourceFolderColumns()};
     TSourceFolderGrid dsMemData;
     TGrid cxGrid{cxGridDBTv, dsMemData};
-    // What the user is told in the window; empty if nothing.
+    // What the user is told in the window: of the settings and of what he did, and below that what the next
+    // run makes of the rows. Empty if nothing.
     const std::wstring& Notice() const { return notice_; }
+    const std::wstring& Warnings() const { return warnings_; }
 
 protected:
     std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
@@ -78,6 +81,9 @@ private:
     void CentreOn(HWND owner);
     void Paint();
     void ShowNotice(std::wstring notice);
+    void RowsChanged();
+    void ShowWarnings();
+    void UpdateNoticeLine();
     void LoadFields();
     [[nodiscard]] std::optional<TProblem> SaveFields();
     void ForgetCredentials();
@@ -98,8 +104,10 @@ private:
 
     HWND noticeLine_ = nullptr;
     std::wstring notice_;
+    std::wstring warnings_;
     std::wstring settingsNotice_;  // of the settings, for as long as the window is open
     bool placed_ = false;          // has been given its first size
+    TFolderCheck folderCheck_;
     TScale scale_;
     TFont font_;
     TMessageFilter keyFilter_;

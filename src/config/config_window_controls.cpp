@@ -109,15 +109,18 @@ void TfmConfig::Layout() {
     placeRow(cxCheckBox1.Handle(), box.cx, box.cy);
     placeRow(cxTextEdit1.Handle(), width, scale_(TTextField::kHeight));
     placeRow(cxTextEdit2.Handle(), width, scale_(TTextField::kHeight));
-    if (!notice_.empty()) {
+    top += scale_(kMargin) - gap;
+    // Below the grid, so that what comes and goes there does not move the rows under the pointer.
+    LONG bottom = client.bottom - left;
+    if (std::wstring notice; ReadWindowText(noticeLine_, notice), !notice.empty()) {
         RECT area{0, 0, width, 0};
         const TScreenContext screen;
         const TSelection selection(screen.Get(), font_.Get());
-        DrawTextW(screen.Get(), notice_.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
-        placeRow(noticeLine_, width, area.bottom);
+        DrawTextW(screen.Get(), notice.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+        PlaceWindow(noticeLine_, {left, bottom - area.bottom, left + width, bottom});
+        bottom -= area.bottom + gap;
     }
-    top += scale_(kMargin) - gap;
-    PlaceWindow(cxGrid.Handle(), {left, top, left + width, std::max<LONG>(top, client.bottom - left)});
+    PlaceWindow(cxGrid.Handle(), {left, top, left + width, std::max<LONG>(top, bottom)});
 }
 
 void TfmConfig::ShowNotice(std::wstring notice) {
@@ -125,10 +128,23 @@ void TfmConfig::ShowNotice(std::wstring notice) {
         return;
     }
     notice_ = std::move(notice);
-    SetWindowTextW(noticeLine_, notice_.c_str());
-    ShowWindow(noticeLine_, notice_.empty() ? SW_HIDE : SW_SHOWNA);
+    UpdateNoticeLine();
+}
+
+void TfmConfig::UpdateNoticeLine() {
+    if (!cxGrid.Exists()) {
+        return;
+    }
+    const std::wstring text = notice_ + (notice_.empty() || warnings_.empty() ? L"" : L"\n") + warnings_;
+    std::wstring shown;
+    ReadWindowText(noticeLine_, shown);
+    if (text == shown) {
+        return;
+    }
+    SetWindowTextW(noticeLine_, text.c_str());
+    ShowWindow(noticeLine_, text.empty() ? SW_HIDE : SW_SHOWNA);
     Layout();
-    if (!notice_.empty()) {
+    if (!text.empty()) {
         NotifyWinEvent(EVENT_SYSTEM_ALERT, noticeLine_, OBJID_CLIENT, CHILDID_SELF);
     }
 }
@@ -227,6 +243,8 @@ std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParamet
                 settings_.CONNECT.known = true;
             } else if (LOWORD(wordParameter) == IDOK && longParameter == 0) {
                 PressFocusedButton();
+            } else if (LOWORD(wordParameter) == IDCANCEL && longParameter == 0) {  // the Escape key
+                acClose.Execute();
             }
             return 0;
         case WM_CTLCOLORSTATIC:

@@ -1,5 +1,6 @@
 #include "config/source_folder_grid.h"
 
+#include "config/row_rules.h"
 #include "texts/config_texts.h"
 
 namespace {
@@ -26,26 +27,20 @@ constexpr TField kFields[] = {
 }  // namespace
 
 std::vector<TGridColumn> SourceFolderColumns() {
+    using namespace ConfigTexts;
     return {
-        {L"cxGridDBTvAktive", ConfigTexts::Active, TGridEditor::CheckBox, 47, 0, {}},
-        {L"cxGridDBTvHistory", ConfigTexts::History, TGridEditor::CheckBox, 59, 0, {}},
-        {L"cxGridDBTvDirectory", ConfigTexts::Folder, TGridEditor::ButtonText, 243, kDirectoryLength, {}},
-        {L"cxGridDBTvRekursiv", ConfigTexts::Subfolders, TGridEditor::CheckBox, 95, 0, {}},
-        {L"cxGridDBTvHidden", ConfigTexts::Hidden, TGridEditor::CheckBox, 94, 0, {}},
-        {L"cxGridDBTvExtensions",
-         ConfigTexts::FileTypes,
-         TGridEditor::MultiLineText,
-         76,
-         kExtensionsLength,
-         {}},
+        {L"cxGridDBTvAktive", Active, ActiveHint, TGridEditor::CheckBox, 47, {}},
+        {L"cxGridDBTvHistory", History, HistoryHint, TGridEditor::CheckBox, 59, {}},
+        {L"cxGridDBTvDirectory", Folder, FolderHint, TGridEditor::ButtonText, 243, {}},
+        {L"cxGridDBTvRekursiv", Subfolders, SubfoldersHint, TGridEditor::CheckBox, 95, {}},
+        {L"cxGridDBTvHidden", Hidden, HiddenHint, TGridEditor::CheckBox, 94, {}},
+        {L"cxGridDBTvExtensions", FileTypes, FileTypesHint, TGridEditor::MultiLineText, 76, {}},
         {L"cxGridDBTvExtensionMode",
-         ConfigTexts::Mode,
+         Mode,
+         ModeHint,
          TGridEditor::RadioGroup,
          72,
-         kExtensionModeLength,
-         {{ConfigTexts::ModeOff, L"NO"},
-          {ConfigTexts::ModeInclude, L"IN"},
-          {ConfigTexts::ModeExclude, L"EX"}}},
+         {{ModeOff, L"NO"}, {ModeInclude, L"IN"}, {ModeExclude, L"EX"}}},
     };
 }
 
@@ -92,6 +87,14 @@ bool TSourceFolderGrid::Checked(std::size_t row, std::size_t column) const {
     return field != nullptr && (Shown(row).*field).value_or(false);
 }
 
+std::wstring TSourceFolderGrid::Warning(std::size_t row) const {
+    return IsMissing && IsMissing(Shown(row)) ? ConfigTexts::FolderNotThere : L"";
+}
+
+bool TSourceFolderGrid::Dimmed(std::size_t row, std::size_t column) const {
+    return column == Number(TSourceFolderColumn::Extensions) && FilterIsOff(Shown(row));
+}
+
 void TSourceFolderGrid::SetText(std::size_t column, const std::wstring& text) {
     if (const TText field = kFields[column].text) {
         Change([&](SourceFolderRow& row) { row.*field = text; });
@@ -108,7 +111,9 @@ void TSourceFolderGrid::Change(const std::function<void(SourceFolderRow&)>& chan
     if (CurrentRow()) {
         table_.Edit();
         change(table_.Working());
-        PostEdit();
+        if (PostEdit() && OnTaken) {
+            OnTaken();
+        }
     }
 }
 
@@ -144,5 +149,12 @@ void TSourceFolderGrid::AskDeleteRow() {
 }
 
 void TSourceFolderGrid::SetChangeHandler(std::function<void()> handler) {
-    table_.SetChangeHandler(std::move(handler));
+    table_.SetChangeHandler([this, changed = std::move(handler)] {
+        if (changed) {
+            changed();
+        }
+        if (OnChanged) {
+            OnChanged();
+        }
+    });
 }

@@ -34,6 +34,9 @@ public:
     std::function<void()> OnButtonClick;                         // ellipsis of the current row's folder
     std::function<bool(const std::wstring& folder)> OnDeleting;  // true: the row may go
     std::function<void(const TProblem& problem)> OnProblem;      // to be told
+    std::function<void()> OnChanged;                             // rows, cursor or values
+    std::function<void()> OnTaken;                               // a change by the user was good
+    std::function<bool(const SourceFolderRow& row)> IsMissing;   // its folder is known not to be there
 
     std::size_t RowCount() const override;
     std::optional<std::size_t> CurrentRow() const override;
@@ -41,6 +44,8 @@ public:
     std::uint64_t RowKey(std::size_t row) const override;
     std::wstring Text(std::size_t row, std::size_t column) const override;
     bool Checked(std::size_t row, std::size_t column) const override;
+    std::wstring Warning(std::size_t row) const override;
+    bool Dimmed(std::size_t row, std::size_t column) const override;
     void SetText(std::size_t column, const std::wstring& text) override;
     void SetChecked(std::size_t column, bool checked) override;
     void PressButton(std::size_t column) override;

@@ -36,8 +36,11 @@ std::wstring WithVariables(const std::wstring& text) {
     return expanded;
 }
 
-// "%" may be part of a name: variables are only taken for such where there is no folder of that very name.
-std::wstring FolderOf(const TPlatformCalls& calls, const SourceFolderRow& row) {
+}  // namespace
+
+std::wstring FolderOfRow(const TPlatformCalls& calls, const SourceFolderRow& row) {
+    // "%" may be part of a name: variables are only taken for such where there is no folder of that very
+    // name.
     const std::wstring typed = row.Directory.value_or(std::wstring());
     std::wstring folder = FolderAsMeant(typed);
     if (typed.find(L'%') == std::wstring::npos || (!folder.empty() && FolderExists(calls, folder))) {
@@ -45,8 +48,6 @@ std::wstring FolderOf(const TPlatformCalls& calls, const SourceFolderRow& row) {
     }
     return FolderAsMeant(WithVariables(typed));
 }
-
-}  // namespace
 
 TSourceWalk::TSourceWalk(const TPlatformCalls& calls, TSourceRoots& roots, const std::wstring& nas,
                          const std::wstring& host, TSourceWalkKind kind, TSourceWalkReports reports)
@@ -63,7 +64,7 @@ void TSourceWalk::Add(const SourceFolderRow& row) {
     if (!row.Aktive.value_or(false)) {
         return;
     }
-    const std::wstring folder = FolderOf(calls_, row);
+    const std::wstring folder = FolderOfRow(calls_, row);
     const TAttributes attributes =
         folder.empty() ? TAttributes{.error = ERROR_PATH_NOT_FOUND} : QueryAttributes(calls_, folder);
     if (!attributes.IsFolder()) {

@@ -27,6 +27,9 @@ struct TSourceFolder {
     bool sharesTarget = false;  // another folder has a destination that differs in case only, or not at all
 };
 
+// The folder that a row means, plain and without a trailing "\"; empty when it names none.
+std::wstring FolderOfRow(const TPlatformCalls& calls, const SourceFolderRow& row);
+
 // Which of the rows' folders are walked.
 enum class TSourceWalkKind {
     Backup,   // as the rows say; each folder once, also where rows overlap

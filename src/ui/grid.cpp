@@ -187,7 +187,14 @@ std::optional<LRESULT> TGrid::KeyMessage(UINT message, WPARAM wordParameter) {
         return 0;
     }
     const std::optional<TGridKey> key = GridKeyOf(wordParameter);
-    return key && UseKey(*key) ? std::optional<LRESULT>(0) : std::nullopt;
+    if (key && UseKey(*key)) {
+        return 0;
+    }
+    if (key == TGridKey::Escape) {  // the window's, as in every other control
+        PostMessageW(GetAncestor(Handle(), GA_ROOT), WM_COMMAND, IDCANCEL, 0);
+        return 0;
+    }
+    return std::nullopt;
 }
 
 // The Tab key has brought the focus here: on to the first or the last cell of the row.
@@ -275,6 +282,9 @@ std::optional<LRESULT> TGrid::HandleMessage(UINT message, WPARAM wordParameter, 
         case WM_MOUSEMOVE:
         case WM_LBUTTONUP:
             return MouseMessage(message, {GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});
+        case WM_MOUSELEAVE:
+            PointAt({}, {-1, -1});
+            return 0;
         case WM_CAPTURECHANGED:
             drag_ = TDrag::None;
             Repaint();

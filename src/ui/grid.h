@@ -19,6 +19,7 @@
 #include "ui/grid_painter.h"
 #include "ui/grid_source.h"
 #include "ui/scroll_bar.h"
+#include "ui/tool_tips.h"
 
 struct TGridTexts {
     std::wstring name;       // what a screen reader calls the grid
@@ -48,6 +49,8 @@ public:
     HWND EditorHandle() const { return editors_.Handle(); }
     // What a cell shows; empty for a check box.
     std::wstring CellCaption(std::size_t row, std::size_t column) const override;
+    // What is told of the cell or header at a point of the grid; empty if nothing.
+    std::wstring HintAt(POINT point) const;
 
 protected:
     std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
@@ -88,6 +91,7 @@ private:
     void ButtonDown(POINT point);
     TGridNavigator::TSpot SpotAt(const TGridHit& hit, POINT point) const;
     void MouseMoved(POINT point);
+    void PointAt(const TGridHit& hit, POINT point);
     void ButtonUp();
     void ScrollTo(int position);
     void ShowRows();
@@ -111,5 +115,7 @@ private:
     std::size_t dragPosition_ = 0;
     int dragOffset_ = 0;                       // from the pointer to what is dragged
     std::optional<std::size_t> dropPosition_;  // of a header that has left its place
+    TGridHit pointedAt_;
+    TToolTips toolTips_;
     int wheelRest_ = 0;
 };

@@ -1,7 +1,6 @@
 // What a grid is told about one of its columns.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -16,8 +15,8 @@ struct TGridItem {
 struct TGridColumn {
     std::wstring name;  // by which a stored layout knows the column; letters and digits
     std::wstring caption;
+    std::wstring hint;  // what the column means
     TGridEditor editor = TGridEditor::CheckBox;
-    int width = 0;              // pixels at 100 %, as a share of the grid's width
-    std::size_t maxLength = 0;  // characters of a text; 0 for any number
+    int width = 0;  // pixels at 100 %, as a share of the grid's width
     std::vector<TGridItem> items;
 };

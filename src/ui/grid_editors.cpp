@@ -219,7 +219,8 @@ void TGridEditors::Open(const TGridColumn& column, const std::wstring& text, boo
     // The text only after the size: the field scrolls for the size that it has.
     SetWindowTextW(open_, L"");
     Place(cell, body);
-    SendMessageW(open_, EM_SETLIMITTEXT, column.maxLength, 0);
+    // Cut, a text would be another one: the source refuses what is too long.
+    SendMessageW(open_, EM_SETLIMITTEXT, 0, 0);
     SetWindowTextW(open_, text.c_str());
     SendMessageW(open_, EM_EMPTYUNDOBUFFER, 0, 0);
     const auto end = static_cast<WPARAM>(text.size());

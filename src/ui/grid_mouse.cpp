@@ -48,7 +48,7 @@ TGridNavigator::TSpot TGrid::SpotAt(const TGridHit& hit, POINT point) const {
     if (hit.part == TGridPart::Cell) {
         const TGridEditor editor = columns_[columns_.Visible()[hit.position]].editor;
         const TGridArea cell = layout_.Cell(hit.row, hit.position);
-        if (editor == TGridEditor::CheckBox && painter_.CheckMark(cell).Contains(point.x, point.y)) {
+        if (editor == TGridEditor::CheckBox) {  // all of the cell: the mark is small
             return TGridNavigator::TSpot::CheckMark;
         }
         if (editor == TGridEditor::ButtonText && source_.CurrentRow() == hit.row &&
@@ -74,7 +74,38 @@ void TGrid::MouseMoved(POINT point) {
             }
             break;
         case TDrag::None:
+            PointAt(layout_.HitTest(point.x, point.y), point);
             break;
+    }
+}
+
+// The pointer has come to another part of the grid, or has left it.
+void TGrid::PointAt(const TGridHit& hit, POINT point) {
+    if (hit == pointedAt_) {
+        return;
+    }
+    pointedAt_ = hit;
+    TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, Handle(), 0};
+    TrackMouseEvent(&track);
+    toolTips_.SetHint(Handle(), Handle(), HintAt(point));
+    Repaint();
+}
+
+std::wstring TGrid::HintAt(POINT point) const {
+    const TGridHit hit = layout_.HitTest(point.x, point.y);
+    const auto column = [&] { return columns_.Visible()[hit.position]; };
+    switch (hit.part) {
+        case TGridPart::Header:
+            return columns_[column()].hint;
+        case TGridPart::Indicator:
+            return source_.Warning(hit.row);
+        case TGridPart::Cell: {
+            const std::wstring text = CellCaption(hit.row, column());
+            const int width = layout_.Cell(hit.row, hit.position).Width();
+            return painter_.ShowsWhole(text, columns_[column()], width) ? std::wstring() : text;
+        }
+        default:
+            return {};
     }
 }
 

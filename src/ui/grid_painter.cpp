@@ -38,6 +38,7 @@ void TGridPainter::SetScale(TScale scale, HFONT font) {
     scale_ = scale;
     font_ = font;
     lineHeight_ = TextHeight(font);
+    narrowFont_ = MakeNarrowFont(font);
 }
 
 TGridMetrics TGridPainter::Metrics() const {
@@ -54,18 +55,41 @@ int TGridPainter::MinimumRowHeight() const {
     return lineHeight_ + 2 * scale_(GridStyle::CellPaddingY);
 }
 
-int TGridPainter::TextWidth(const TGridColumn& column, int cellWidth) const {
+int TGridPainter::Indent(const TGridColumn& column) const {
+    return scale_(column.items.empty() ? GridStyle::CellPaddingX : GridStyle::ChoicePaddingX);
+}
+
+// A choice is one of a few words, which together with its neighbours tells a user less when it is cut than
+// when it is narrow.
+TGridPainter::TLines TGridPainter::Lines(HDC context, const std::wstring& text, const TGridColumn& column,
+                                         int cellWidth) const {
     const int right =
-        column.editor == TGridEditor::ButtonText ? GridStyle::ButtonWidth : GridStyle::CellPaddingX;
-    return cellWidth - scale_(GridStyle::CellPaddingX) - scale_(right);
+        column.editor == TGridEditor::ButtonText ? scale_(GridStyle::ButtonWidth) : Indent(column);
+    const int width = cellWidth - Indent(column) - right;
+    const TMeasureText measure = MeasureIn(context);
+    if (!column.items.empty()) {
+        const TSelection selection(context, font_);
+        if (measure(text) > width) {
+            const TSelection narrow(context, narrowFont_.Get());
+            return {{CutWithEllipsis(text, width, measure)}, narrowFont_.Get()};
+        }
+    }
+    const TSelection selection(context, font_);
+    return {BreakCellText(text, width, GridStyle::MaximumLines, measure), font_};
 }
 
 int TGridPainter::TextCellHeight(const std::wstring& text, const TGridColumn& column, int width) const {
     const TScreenContext screen;
-    const TSelection selection(screen.Get(), font_);
-    const auto lines =
-        BreakCellText(text, TextWidth(column, width), GridStyle::MaximumLines, MeasureIn(screen.Get()));
-    return static_cast<int>(lines.size()) * lineHeight_ + 2 * scale_(GridStyle::CellPaddingY);
+    const std::size_t lines = Lines(screen.Get(), text, column, width).lines.size();
+    return static_cast<int>(lines) * lineHeight_ + 2 * scale_(GridStyle::CellPaddingY);
+}
+
+bool TGridPainter::ShowsWhole(const std::wstring& text, const TGridColumn& column, int width) const {
+    const TScreenContext screen;
+    const std::vector<std::wstring> lines = Lines(screen.Get(), text, column, width).lines;
+    return std::none_of(lines.begin(), lines.end(), [&](const std::wstring& line) {
+        return line.ends_with(L'…') && text.find(line) == std::wstring::npos;
+    });
 }
 
 TGridArea TGridPainter::CheckMark(const TGridArea& cell) const {
@@ -155,7 +179,8 @@ void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row)
                       ground);
         } else if (!(isFocused && view.editor)) {
             PaintText(context, cell, column,
-                      GridCellCaption(column, view.source.Text(row, visible[position])));
+                      GridCellCaption(column, view.source.Text(row, visible[position])),
+                      view.source.Dimmed(row, visible[position]) ? Theme::DisabledText : Theme::Text);
         }
         if (column.editor == TGridEditor::ButtonText && isCurrent) {
             PaintButton(context, cell);
@@ -171,23 +196,32 @@ void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row)
 void TGridPainter::PaintIndicator(HDC context, const TGridView& view, std::size_t row) const {
     RECT area = ToRect(view.layout.Indicator(row));
     FillArea(context, area, Theme::HeaderGround);
+    area.bottom = area.top + MinimumRowHeight();
+    const bool hasWarning = !view.source.Warning(row).empty();
+    RECT warning = area;
+    warning.left = warning.right - scale_(kMarkSize);
     if (view.source.CurrentRow() == row) {
-        area.bottom = area.top + MinimumRowHeight();
+        if (hasWarning) {
+            area.right = warning.left;  // both marks are narrower than their squares
+        }
         PaintMark(context, area, view.editor ? TMark::EditedRow : TMark::CurrentRow, scale_,
                   Theme::HeaderGround);
+    }
+    if (hasWarning) {
+        PaintMark(context, warning, TMark::Warning, scale_, Theme::HeaderGround);
     }
 }
 
 void TGridPainter::PaintText(HDC context, const TGridArea& cell, const TGridColumn& column,
-                             const std::wstring& text) const {
-    SetTextColor(context, ColorRefOf(Theme::Text));
+                             const std::wstring& text, TColour colour) const {
+    const TLines shown = Lines(context, text, column, cell.Width());
+    const TSelection selection(context, shown.font);
+    SetTextColor(context, ColorRefOf(colour));
     int top = cell.top + scale_(GridStyle::CellPaddingY);
-    const auto lines =
-        BreakCellText(text, TextWidth(column, cell.Width()), GridStyle::MaximumLines, MeasureIn(context));
     const RECT clip = ToRect(cell);
-    for (const std::wstring& line : lines) {
-        ExtTextOutW(context, cell.left + scale_(GridStyle::CellPaddingX), top, ETO_CLIPPED, &clip,
-                    line.c_str(), static_cast<UINT>(line.size()), nullptr);
+    for (const std::wstring& line : shown.lines) {
+        ExtTextOutW(context, cell.left + Indent(column), top, ETO_CLIPPED, &clip, line.c_str(),
+                    static_cast<UINT>(line.size()), nullptr);
         top += lineHeight_;
     }
 }

@@ -6,10 +6,13 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "support/handles.h"
 #include "ui/dpi.h"
 #include "ui/grid_layout.h"
 #include "ui/grid_source.h"
+#include "ui/theme.h"
 
 // What there is to draw.
 struct TGridView {
@@ -33,8 +36,9 @@ public:
     int MinimumRowHeight() const;
     // The height that the text needs in a cell of this width.
     int TextCellHeight(const std::wstring& text, const TGridColumn& column, int width) const;
-    // The mark of a check box and the ellipsis button inside of their cell.
-    TGridArea CheckMark(const TGridArea& cell) const;
+    // Whether a cell of this width shows all of the text.
+    bool ShowsWhole(const std::wstring& text, const TGridColumn& column, int width) const;
+    // The ellipsis button inside of its cell.
     TGridArea Button(const TGridArea& cell) const;
 
     void Paint(HDC context, const RECT& client, const TGridView& view) const;
@@ -42,16 +46,24 @@ public:
 private:
     void PaintHeader(HDC context, const RECT& client, const TGridView& view) const;
     void PaintRow(HDC context, const TGridView& view, std::size_t row) const;
+    TGridArea CheckMark(const TGridArea& cell) const;
     void PaintIndicator(HDC context, const TGridView& view, std::size_t row) const;
-    void PaintText(HDC context, const TGridArea& cell, const TGridColumn& column,
-                   const std::wstring& text) const;
+    void PaintText(HDC context, const TGridArea& cell, const TGridColumn& column, const std::wstring& text,
+                   TColour colour) const;
     void PaintButton(HDC context, const TGridArea& cell) const;
     void PaintGridLines(HDC context, const TGridView& view) const;
     void PaintEditorFrame(HDC context, const TGridArea& editor) const;
-    int TextWidth(const TGridColumn& column, int cellWidth) const;
+    int Indent(const TGridColumn& column) const;
+    // The text's lines as they are shown in a cell of that width, and the font that they are shown in.
+    struct TLines {
+        std::vector<std::wstring> lines;
+        HFONT font = nullptr;
+    };
+    TLines Lines(HDC context, const std::wstring& text, const TGridColumn& column, int cellWidth) const;
 
     TScale scale_;
     HFONT font_ = nullptr;
+    TFont narrowFont_;
     int lineHeight_ = 0;
 };
 

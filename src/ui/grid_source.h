@@ -23,6 +23,10 @@ public:
     // The stored value of a cell that is no check box.
     virtual std::wstring Text(std::size_t row, std::size_t column) const = 0;
     virtual bool Checked(std::size_t row, std::size_t column) const = 0;
+    // What is wrong with a row, which then wears a mark; empty if nothing.
+    virtual std::wstring Warning(std::size_t) const { return {}; }
+    // A cell that counts for nothing as things are.
+    virtual bool Dimmed(std::size_t, std::size_t) const { return false; }
 
     // Changes a cell of the current row for good.
     virtual void SetText(std::size_t column, const std::wstring& text) = 0;

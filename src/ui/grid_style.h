@@ -6,6 +6,7 @@ namespace GridStyle {
 inline constexpr int Indicator = 25;
 inline constexpr int HeaderPadding = 5;  // above and below the caption
 inline constexpr int CellPaddingX = 4;
+inline constexpr int ChoicePaddingX = 2;  // of a cell that shows one of a few words
 inline constexpr int CellPaddingY = 4;
 inline constexpr int ButtonWidth = 22;
 inline constexpr int ScrollBar = 12;

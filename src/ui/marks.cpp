@@ -41,6 +41,11 @@ TIconCanvas DrawMark(TMark mark, int size) {
             canvas.Line({{7, 17}, {17, 7}}, 4, Theme::Accent);
             canvas.Line({{5, 19}, {6, 18}}, 1.5, Theme::Text);
             break;
+        case TMark::Warning:
+            canvas.Polygon({{12, 2}, {23, 21}, {1, 21}}, Theme::Warning);
+            canvas.Line({{12, 9}, {12, 14}}, 2, Theme::ControlGround);
+            canvas.Circle({12, 18}, 1.5, Theme::ControlGround);
+            break;
     }
     return canvas;
 }

@@ -3,7 +3,7 @@
 
 #include "ui/icon_canvas.h"
 
-enum class TMark { CheckOff, CheckOn, RadioOff, RadioOn, CurrentRow, EditedRow };
+enum class TMark { CheckOff, CheckOn, RadioOff, RadioOn, CurrentRow, EditedRow, Warning };
 
 // Width and height of a mark at a scale of 100 %.
 inline constexpr int kMarkSize = 16;

@@ -36,6 +36,7 @@ inline constexpr TColour Text{0xE8, 0xEA, 0xED};
 inline constexpr TColour DimText{0xA3, 0xAB, 0xB5};       // labels, hints
 inline constexpr TColour DisabledText{0x6B, 0x72, 0x7C};  // what cannot be used now
 inline constexpr TColour Accent{0x4D, 0xA3, 0xFF};        // focus, progress, what is switched on
+inline constexpr TColour Warning{0xFB, 0xFB, 0x00};       // the mark of a row with which something is wrong
 inline constexpr TColour Hover{0x2E, 0x32, 0x39};
 inline constexpr TColour Pressed{0x3A, 0x40, 0x49};
 inline constexpr TColour Checked{0x1F, 0x38, 0x52};        // a button that stays down

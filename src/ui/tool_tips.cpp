@@ -4,6 +4,13 @@
 
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
+#include "ui/window_scale.h"
+
+namespace {
+
+constexpr int kMaximumWidth = 420;  // at a scale of 100 %
+
+}  // namespace
 
 TToolTips::~TToolTips() {
     // Gone with its owner, when that was destroyed first.
@@ -18,6 +25,8 @@ void TToolTips::SetHint(HWND owner, HWND control, const std::wstring& hint) {
             CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
                             0, 0, 0, 0, owner, nullptr, GetModuleHandleW(nullptr), nullptr);
         RemoveVisualStyle(handle_);
+        // A longer text breaks into lines.
+        SendMessageW(handle_, TTM_SETMAXTIPWIDTH, 0, ScaleOfWindow(owner)(kMaximumWidth));
         SendMessageW(handle_, TTM_SETTIPBKCOLOR, ColorRefOf(Theme::HeaderGround), 0);
         SendMessageW(handle_, TTM_SETTIPTEXTCOLOR, ColorRefOf(Theme::Text), 0);
     }
@@ -29,5 +38,8 @@ void TToolTips::SetHint(HWND owner, HWND control, const std::wstring& hint) {
     tool.uId = reinterpret_cast<UINT_PTR>(control);
     tool.lpszText = text.data();
     SendMessageW(handle_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    if (hint.empty()) {
+        return;
+    }
     SendMessageW(handle_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }

@@ -13,7 +13,8 @@ public:
     TToolTips& operator=(const TToolTips&) = delete;
     ~TToolTips();
 
-    // Gives a control its hint; a second call changes it. The control is a child of any depth of `owner`.
+    // Gives a control its hint; a second call changes it, an empty one takes it away. The control is a child
+    // of any depth of `owner`.
     void SetHint(HWND owner, HWND control, const std::wstring& hint);
 
 private:

@@ -4,6 +4,12 @@
 
 #include "ui/device_context.h"
 
+namespace {
+
+constexpr int kNarrowLetters = 85;  // percent
+
+}  // namespace
+
 TScale ScaleOfWindow(HWND window) {
     const UINT dpi = window != nullptr ? GetDpiForWindow(window) : GetDpiForSystem();
     return TScale(dpi != 0 ? dpi : kStandardDpi);
@@ -24,6 +30,17 @@ TFont MakeMessageFont(TScale scale, TFontWeight weight, int enlargement) {
         font.lfWeight = FW_SEMIBOLD;
     }
     return TFont(CreateFontIndirectW(&font));
+}
+
+TFont MakeNarrowFont(HFONT font) {
+    const TScreenContext screen;
+    const TSelection selection(screen.Get(), font);
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(screen.Get(), &metrics);
+    LOGFONTW narrow{};
+    GetObjectW(font, sizeof(narrow), &narrow);
+    narrow.lfWidth = metrics.tmAveCharWidth * kNarrowLetters / 100;
+    return TFont(CreateFontIndirectW(&narrow));
 }
 
 int TextHeight(HFONT font) {

@@ -16,6 +16,9 @@ enum class TFontWeight { Normal, SemiBold };
 // The system's font for messages at a scale, `enlargement` percent of its size.
 TFont MakeMessageFont(TScale scale, TFontWeight weight = TFontWeight::Normal, int enlargement = 100);
 
+// The same font with narrower letters, as high as before.
+TFont MakeNarrowFont(HFONT font);
+
 // The height of a line in that font, in device pixels.
 int TextHeight(HFONT font);
 

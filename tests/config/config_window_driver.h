@@ -13,6 +13,7 @@
 #include "config/config_window.h"
 
 inline constexpr auto kAktive = static_cast<std::size_t>(TSourceFolderColumn::Aktive);
+inline constexpr auto kHistory = static_cast<std::size_t>(TSourceFolderColumn::History);
 inline constexpr auto kDirectory = static_cast<std::size_t>(TSourceFolderColumn::Directory);
 inline constexpr auto kHidden = static_cast<std::size_t>(TSourceFolderColumn::Hidden);
 inline constexpr auto kExtensions = static_cast<std::size_t>(TSourceFolderColumn::Extensions);

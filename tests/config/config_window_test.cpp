@@ -3,15 +3,18 @@
 #include <gmock/gmock.h>
 #include <oleacc.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 
 #include "config/config_window_driver.h"
 #include "store/credential_protection.h"
 #include "support/system_code_page.h"
+#include "ui/clipboard.h"
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -284,6 +287,104 @@ TEST_F(ConfigWindow, AnOpenEditIsKeptWhateverTakesTheFocus) {
     }
     EXPECT_FALSE(window.IsOpen());
     EXPECT_EQ(closedWith, L"C:\\Knopf");
+}
+
+TEST_F(ConfigWindow, AllOfACheckBoxCellToggles) {
+    Open();
+    const TGridArea cell = window.cxGrid.Layout().Cell(1, window.cxGridDBTv.PositionOf(kAktive));
+    ClickAt(window.cxGrid.Handle(), cell.left + 2, cell.bottom - 3);
+    EXPECT_EQ(table.Rows()[1].Aktive, false);
+}
+
+TEST_F(ConfigWindow, EscapeClosesAsTheButtonDoes) {
+    const std::function<HWND()> controls[] = {[&] { return window.EdBackupPath.Edit(); },
+                                              [&] { return window.cxGrid.Handle(); },
+                                              [&] { return window.cxCheckBox1.Handle(); }};
+    for (const auto& control : controls) {
+        Open();
+        window.EdBackupPath.SetText(L"E:\\Esc");
+        SetFocus(control());
+        Press(VK_ESCAPE);
+        EXPECT_FALSE(window.IsOpen());
+        EXPECT_THAT(FileBytes(iniPath), HasSubstr("NASDIR=E:\\Esc"));
+        std::filesystem::remove(iniPath);
+    }
+}
+
+TEST_F(ConfigWindow, APastedTextThatIsTooLongIsRefused) {
+    Open();
+    FocusCell(0, kDirectory);
+    Press(VK_F2);
+    ASSERT_TRUE(CopyToClipboard(window.Handle(), std::wstring(5000, L'x')));
+    SendMessageW(window.cxGrid.EditorHandle(), WM_PASTE, 0, 0);
+    Press(VK_RETURN);
+    EXPECT_EQ(table.Rows()[0].Directory, L"C:\\Daten");
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("255"));
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("5000"));
+    FocusCell(0, kAktive);
+    Type(L" ");
+    EXPECT_EQ(window.Notice(), L"") << "what follows is good";
+}
+
+TEST_F(ConfigWindow, SaysWhichRowRulesTheOthers) {
+    table.Assign({{true, L"C:\\windows", true, L".jpg", L"IN", false, false},
+                  {true, L"C:\\windows\\system32", true, L".jpg", L"IN", false, false}});
+    Open();
+    EXPECT_EQ(window.Warnings(), L"");
+    ClickCell(1, kHistory);
+    EXPECT_THAT(Bytes(window.Warnings()), AllOf(HasSubstr("zurzeit Zeile 2"), HasSubstr("mit Haken")));
+    table.MoveTo(0);
+    EXPECT_THAT(Bytes(window.Warnings()), AllOf(HasSubstr("zurzeit Zeile 1"), HasSubstr("ohne Haken")));
+    FocusCell(0, kExtensions);
+    Type(L".txt");
+    Press(VK_RETURN);
+    EXPECT_THAT(Bytes(window.Warnings()), HasSubstr("der von Zeile 2"));
+    EXPECT_FALSE(window.dsMemData.Dimmed(0, kExtensions));
+    table.Edit();
+    table.Working().ExtensionMode = L"NO";
+    table.Post();
+    EXPECT_TRUE(window.dsMemData.Dimmed(0, kExtensions));
+    // Header and cut cell explain themselves.
+    const TGridArea header = window.cxGrid.Layout().Header(window.cxGridDBTv.PositionOf(kHistory));
+    EXPECT_THAT(Bytes(window.cxGrid.HintAt({header.left + 9, 5})), HasSubstr("Markierung"));
+}
+
+// Asks as a NAS that sleeps: no answer to this folder until the test lets it come.
+std::atomic<bool> nasSleeps;
+BOOL WINAPI AttributesFromSleepingNas(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) {
+    while (nasSleeps && std::wstring_view(path).find(L"schlaf") != std::wstring_view::npos) {
+        Sleep(5);
+    }
+    return GetFileAttributesExW(path, level, data);
+}
+
+TEST_F(ConfigWindow, AFolderThatIsNotThereIsMarkedWithoutWaitingForOne) {
+    table.Assign({{true, L"\\\\schlaf\\nas", true, L"", L"NO", false, false},
+                  {true, L"C:\\windows", true, L"", L"NO", false, false},
+                  {true, L"C:\\fehlt", true, L"", L"NO", false, false}});
+    calls.GetFileAttributesExW = &AttributesFromSleepingNas;
+    nasSleeps = true;
+    Open();
+    const auto waitFor = [&](const std::string& text) {
+        for (int round = 0; round < 400 && Bytes(window.Warnings()).find(text) == std::string::npos;
+             ++round) {
+            Sleep(5);
+            ProcessPendingMessages();
+        }
+        EXPECT_THAT(Bytes(window.Warnings()), HasSubstr(text));
+    };
+    waitFor("Zeile 3 ist nicht vorhanden");
+    const TGridArea mark = window.cxGrid.Layout().Indicator(2);
+    EXPECT_NE(window.cxGrid.HintAt({mark.left + 3, mark.top + 3}), L"");
+    ClickCell(1, kDirectory);
+    ClickCell(1, kDirectory);
+    Type(L"C:\\auch nicht");
+    Press(VK_RETURN);
+    EXPECT_EQ(table.Rows()[1].Directory, L"C:\\auch nicht") << "nothing is refused";
+    waitFor("Zeilen 2 und 3");
+    EXPECT_TRUE(window.Close());
+    window.Destroy();
+    nasSleeps = false;
 }
 
 TEST_F(ConfigWindow, FoldersAreInsertedAtTheEnd) {

@@ -9,9 +9,9 @@ namespace {
 using testing::ElementsAre;
 
 TGridColumns ThreeColumns() {
-    return TGridColumns({{L"a", L"A", TGridEditor::CheckBox, 50, 0, {}},
-                         {L"b", L"B", TGridEditor::ButtonText, 200, 0, {}},
-                         {L"c", L"C", TGridEditor::RadioGroup, 100, 0, {}}});
+    return TGridColumns({{L"a", L"A", L"", TGridEditor::CheckBox, 50, {}},
+                         {L"b", L"B", L"", TGridEditor::ButtonText, 200, {}},
+                         {L"c", L"C", L"", TGridEditor::RadioGroup, 100, {}}});
 }
 
 TEST(GridColumns, ShareTheWidthToTheLastPixel) {

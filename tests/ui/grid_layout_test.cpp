@@ -13,8 +13,8 @@ protected:
                        [](std::size_t row, const std::vector<int>&) { return row == 1 ? 40 : 20; });
     }
 
-    TGridColumns columns{
-        {{L"a", L"A", TGridEditor::CheckBox, 100, 0, {}}, {L"b", L"B", TGridEditor::ButtonText, 200, 0, {}}}};
+    TGridColumns columns{{{L"a", L"A", L"", TGridEditor::CheckBox, 100, {}},
+                          {L"b", L"B", L"", TGridEditor::ButtonText, 200, {}}}};
     TGridLayout layout;
 };
 

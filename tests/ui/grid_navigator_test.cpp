@@ -93,10 +93,10 @@ protected:
         }
     }
 
-    TGridColumns columns{{{L"check", L"", TGridEditor::CheckBox, 10, 0, {}},
-                          {L"folder", L"", TGridEditor::ButtonText, 10, 0, {}},
-                          {L"list", L"", TGridEditor::MultiLineText, 10, 0, {}},
-                          {L"mode", L"", TGridEditor::RadioGroup, 10, 0, {}}}};
+    TGridColumns columns{{{L"check", L"", L"", TGridEditor::CheckBox, 10, {}},
+                          {L"folder", L"", L"", TGridEditor::ButtonText, 10, {}},
+                          {L"list", L"", L"", TGridEditor::MultiLineText, 10, {}},
+                          {L"mode", L"", L"", TGridEditor::RadioGroup, 10, {}}}};
     TTestSource source;
     TTestHost host;
     TGridNavigator navigator{source, columns, host};
