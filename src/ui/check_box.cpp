@@ -5,7 +5,9 @@
 #include <algorithm>
 
 #include "ui/device_context.h"
+#include "ui/hover.h"
 #include "ui/mark_painter.h"
+#include "ui/rounded_box.h"
 #include "ui/window.h"
 #include "ui/window_scale.h"
 
@@ -22,8 +24,11 @@ bool TCheckBox::CreateIn(HWND parent, const std::wstring& caption, TScale scale,
     scale_ = scale;
     font_ = font;
     handle_ = CreateChild(parent, L"BUTTON", caption, WS_VISIBLE | WS_TABSTOP | BS_AUTOCHECKBOX);
-    return handle_ != nullptr &&
-           SetWindowSubclass(handle_, &TCheckBox::Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
+    if (handle_ == nullptr) {
+        return false;
+    }
+    WatchHover(handle_, handle_);
+    return SetWindowSubclass(handle_, &TCheckBox::Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
 }
 
 void TCheckBox::SetScale(TScale scale, HFONT font) {
@@ -44,14 +49,17 @@ SIZE TCheckBox::PreferredSize() const {
 void TCheckBox::Paint() const {
     const TPaintContext paint(handle_);
     RECT area = paint.Client();
-    FillArea(paint.Get(), area, Theme::WindowGround);
-    if (GetFocus() == handle_) {
-        FrameArea(paint.Get(), area, Theme::Accent, std::max(1, scale_(1)));
-    }
+    const TColour ground = IsHovered(handle_) ? Theme::Hover : Theme::WindowGround;
+    PaintRoundedBox(paint.Get(), area,
+                    {.ground = ground,
+                     .border = GetFocus() == handle_ ? Theme::Accent : ground,
+                     .outside = Theme::WindowGround,
+                     .thickness = scale_(1),
+                     .radius = scale_(kCornerRadius)});
     area.left += scale_(kPadding);
     RECT mark = area;
     mark.right = mark.left + scale_(kMarkSize);
-    PaintMark(paint.Get(), mark, Checked() ? TMark::CheckOn : TMark::CheckOff, scale_, Theme::WindowGround);
+    PaintMark(paint.Get(), mark, Checked() ? TMark::CheckOn : TMark::CheckOff, scale_, ground);
     area.left = mark.right + scale_(kGap);
     const TSelection selection(paint.Get(), font_);
     SetBkMode(paint.Get(), TRANSPARENT);

@@ -112,6 +112,7 @@ void TGrid::Paint() {
 TGridView TGrid::View() const {
     const HWND focus = GetFocus();
     const bool hasFocus = focus == Handle() || (focus != nullptr && focus == editors_.Handle());
+    const bool onRow = pointedAt_.part == TGridPart::Cell || pointedAt_.part == TGridPart::Indicator;
     return {columns_,
             layout_,
             source_,
@@ -120,6 +121,8 @@ TGridView TGrid::View() const {
             editors_.IsOpen() ? std::optional(editors_.Area()) : std::nullopt,
             drag_ == TDrag::Header ? dropPosition_ : std::nullopt,
             dragPosition_,
+            onRow ? std::optional(pointedAt_.row) : std::nullopt,
+            pointedAt_.part == TGridPart::Header ? std::optional(pointedAt_.position) : std::nullopt,
             texts_.empty};
 }
 

@@ -7,6 +7,7 @@
 #include "ui/grid_style.h"
 #include "ui/grid_text.h"
 #include "ui/mark_painter.h"
+#include "ui/rounded_box.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -113,8 +114,9 @@ void TGridPainter::Paint(HDC context, const RECT& client, const TGridView& view)
     for (std::size_t row = layout.FirstVisibleRow(); row < layout.EndOfVisibleRows(); ++row) {
         PaintRow(context, view, row);
     }
-    PaintGridLines(context, view);
-    if (layout.RowCount() == 0) {
+    if (layout.RowCount() > 0) {
+        PaintGridLines(context, view);
+    } else {
         RECT area = ToRect(layout.Body());
         InflateRect(&area, -scale_(16), -scale_(12));
         SetTextColor(context, ColorRefOf(Theme::DimText));
@@ -141,6 +143,9 @@ void TGridPainter::PaintHeader(HDC context, const RECT& client, const TGridView&
     for (std::size_t position = 0; position < visible.size(); ++position) {
         const TGridColumn& column = view.columns[visible[position]];
         RECT area = ToRect(layout.Header(position));
+        if (view.hoveredHeader == position) {
+            FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme::Hover);
+        }
         if (view.dropAt && view.dragged == position) {
             FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme::Pressed);
         }
@@ -160,9 +165,10 @@ void TGridPainter::PaintHeader(HDC context, const RECT& client, const TGridView&
 
 void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row) const {
     const bool isCurrent = view.source.CurrentRow() == row;
-    const TColour ground = !isCurrent      ? Theme::ControlGround
-                           : view.hasFocus ? Theme::Selection
-                                           : Theme::SelectionIdle;
+    const TColour ground = isCurrent ? (view.hasFocus ? Theme::Selection : Theme::SelectionIdle)
+                           : view.hoveredRow == row ? Theme::Hover
+                           : row % 2 == 0           ? Theme::ControlGround
+                                                    : Theme::AlternateGround;
     const TGridLayout& layout = view.layout;
     RECT area = ToRect(layout.Indicator(row));
     area.right = layout.Body().right;
@@ -173,6 +179,9 @@ void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row)
         const TGridColumn& column = view.columns[visible[position]];
         const TGridArea cell = layout.Cell(row, position);
         const bool isFocused = isCurrent && view.focusedColumn == visible[position];
+        if (isFocused && view.hasFocus && !view.editor) {
+            PaintFocusRing(context, cell, ground);
+        }
         if (column.editor == TGridEditor::CheckBox) {
             const bool checked = view.source.Checked(row, visible[position]);
             PaintMark(context, ToRect(CheckMark(cell)), checked ? TMark::CheckOn : TMark::CheckOff, scale_,
@@ -183,12 +192,7 @@ void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row)
                       view.source.Dimmed(row, visible[position]) ? Theme::DisabledText : Theme::Text);
         }
         if (column.editor == TGridEditor::ButtonText && isCurrent) {
-            PaintButton(context, cell);
-        }
-        if (isFocused && view.hasFocus && !view.editor) {
-            RECT frame = ToRect(cell);
-            frame.right -= std::max(1, scale_(1));
-            FrameArea(context, frame, Theme::Accent, std::max(1, scale_(1)));
+            PaintButton(context, cell, ground);
         }
     }
 }
@@ -226,10 +230,25 @@ void TGridPainter::PaintText(HDC context, const TGridArea& cell, const TGridColu
     }
 }
 
-void TGridPainter::PaintButton(HDC context, const TGridArea& cell) const {
-    RECT button = ToRect(Button(cell));
-    FillArea(context, button, Theme::HeaderGround);
-    FrameArea(context, button, Theme::DisabledText, std::max(1, scale_(1)));
+void TGridPainter::PaintFocusRing(HDC context, const TGridArea& cell, TColour ground) const {
+    RECT frame = ToRect(cell);
+    frame.right -= scale_(1);
+    PaintRoundedBox(context, frame,
+                    {.ground = ground,
+                     .border = Theme::Accent,
+                     .outside = ground,
+                     .thickness = scale_(1),
+                     .radius = scale_(kCornerRadius)});
+}
+
+void TGridPainter::PaintButton(HDC context, const TGridArea& cell, TColour ground) const {
+    const RECT button = ToRect(Button(cell));
+    PaintRoundedBox(context, button,
+                    {.ground = Theme::HeaderGround,
+                     .border = Theme::ControlBorder,
+                     .outside = ground,
+                     .thickness = scale_(1),
+                     .radius = scale_(kCornerRadius)});
     // Three dots, as sharp as the rest; the font's own stand at the foot of the line.
     const int dot = std::max(1, scale_(2));
     const int middle = (button.left + button.right - dot) / 2;
@@ -253,6 +272,10 @@ void TGridPainter::PaintGridLines(HDC context, const TGridView& view) const {
 void TGridPainter::PaintEditorFrame(HDC context, const TGridArea& editor) const {
     RECT frame = ToRect(editor);
     InflateRect(&frame, scale_(GridStyle::CellPaddingX), scale_(GridStyle::CellPaddingY));
-    FillArea(context, frame, Theme::ControlGround);
-    FrameArea(context, frame, Theme::Accent, std::max(1, scale_(1)));
+    PaintRoundedBox(context, frame,
+                    {.ground = Theme::ControlGround,
+                     .border = Theme::Accent,
+                     .outside = Theme::Selection,
+                     .thickness = scale_(1),
+                     .radius = scale_(kCornerRadius)});
 }

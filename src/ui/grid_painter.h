@@ -24,6 +24,8 @@ struct TGridView {
     std::optional<TGridArea> editor;    // of the edit in progress
     std::optional<std::size_t> dropAt;  // the position a dragged header would get
     std::size_t dragged = 0;
+    std::optional<std::size_t> hoveredRow;  // on which the pointer is
+    std::optional<std::size_t> hoveredHeader;
     const std::wstring& emptyText;
 };
 
@@ -50,7 +52,8 @@ private:
     void PaintIndicator(HDC context, const TGridView& view, std::size_t row) const;
     void PaintText(HDC context, const TGridArea& cell, const TGridColumn& column, const std::wstring& text,
                    TColour colour) const;
-    void PaintButton(HDC context, const TGridArea& cell) const;
+    void PaintFocusRing(HDC context, const TGridArea& cell, TColour ground) const;
+    void PaintButton(HDC context, const TGridArea& cell, TColour ground) const;
     void PaintGridLines(HDC context, const TGridView& view) const;
     void PaintEditorFrame(HDC context, const TGridArea& editor) const;
     int Indent(const TGridColumn& column) const;

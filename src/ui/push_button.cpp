@@ -2,34 +2,15 @@
 
 #include <commctrl.h>
 
-#include "ui/device_context.h"
+#include "ui/hover.h"
+#include "ui/rounded_box.h"
 #include "ui/window.h"
 
 namespace {
 
-// A button's own datum: whether the pointer is over it, which an owner-drawn one is not told.
-bool IsHovered(HWND button) {
-    return GetWindowLongPtrW(button, GWLP_USERDATA) != 0;
-}
-
-void SetHovered(HWND button, bool hovered) {
-    SetWindowLongPtrW(button, GWLP_USERDATA, hovered ? 1 : 0);
-    InvalidateRect(button, nullptr, FALSE);
-}
-
 LRESULT CALLBACK ButtonProcedure(HWND button, UINT message, WPARAM wordParameter, LPARAM longParameter,
                                  UINT_PTR id, DWORD_PTR) {
     switch (message) {
-        case WM_MOUSEMOVE:
-            if (!IsHovered(button)) {
-                SetHovered(button, true);
-                TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, button, 0};
-                TrackMouseEvent(&track);
-            }
-            break;
-        case WM_MOUSELEAVE:
-            SetHovered(button, false);
-            break;
         case WM_ERASEBKGND:
             return TRUE;
         case WM_NCDESTROY:
@@ -48,6 +29,7 @@ HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style
     if (button != nullptr) {
         SetWindowLongPtrW(button, GWLP_ID, id);
         SetWindowSubclass(button, &ButtonProcedure, 1, 0);
+        WatchHover(button, button);
     }
     return button;
 }
@@ -58,12 +40,14 @@ TButtonState StateOfButton(const DRAWITEMSTRUCT& draw) {
             (draw.itemState & ODS_FOCUS) != 0};
 }
 
-void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale) {
+void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale, TColour outside) {
     const TButtonState state = StateOfButton(draw);
-    FillArea(draw.hDC, draw.rcItem,
-             state.pressed   ? Theme::Pressed
-             : state.hovered ? Theme::Hover
-                             : Theme::HeaderGround);
-    FrameArea(draw.hDC, draw.rcItem, state.focused ? Theme::Accent : Theme::Border,
-              scale(state.focused ? 2 : 1));
+    PaintRoundedBox(draw.hDC, draw.rcItem,
+                    {.ground = state.pressed   ? Theme::Pressed
+                               : state.hovered ? Theme::Hover
+                                               : Theme::HeaderGround,
+                     .border = state.focused ? Theme::Accent : Theme::ControlBorder,
+                     .outside = outside,
+                     .thickness = scale(state.focused ? 2 : 1),
+                     .radius = scale(kCornerRadius)});
 }

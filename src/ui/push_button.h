@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ui/dpi.h"
+#include "ui/theme.h"
 
 // Creates a button of the system, so that the Tab key, the space bar and screen readers know it. Its parent
 // draws it (WM_DRAWITEM) and is told of clicks (WM_COMMAND) with the identifier. Null when the system
@@ -22,5 +23,5 @@ struct TButtonState {
 
 TButtonState StateOfButton(const DRAWITEMSTRUCT& draw);
 
-// Draws ground and frame of a button that stands in a window by itself.
-void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale);
+// Draws ground and frame of a button that stands by itself, on a ground of that colour.
+void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale, TColour outside = Theme::WindowGround);

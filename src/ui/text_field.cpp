@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "ui/device_context.h"
+#include "ui/hover.h"
 #include "ui/push_button.h"
+#include "ui/rounded_box.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -11,6 +13,7 @@ namespace {
 // Sizes at a scale of 100 %.
 constexpr int kPadding = 6;
 constexpr int kButtonWidth = 26;
+constexpr int kButtonInset = 3;  // from the frame
 constexpr int kLabelGap = 8;
 constexpr int kLabelWidth = 220;
 
@@ -26,6 +29,7 @@ bool TTextField::CreateIn(HWND parent, TProperties properties, int width, TScale
     label_ = CreateChild(Handle(), L"STATIC", properties_.label, WS_VISIBLE | SS_NOPREFIX | SS_CENTERIMAGE);
     edit_ = CreateChild(Handle(), L"EDIT", L"",
                         WS_VISIBLE | WS_TABSTOP | ES_AUTOHSCROLL | (properties_.masked ? ES_PASSWORD : 0));
+    WatchHover(edit_, Handle());
     if (!properties_.buttonName.empty()) {
         button_ = CreatePushButton(Handle(), 0, properties_.buttonName);
     }
@@ -55,7 +59,8 @@ void TTextField::Place() {
     PlaceWindow(edit_, {padding, top, width - padding - button, top + line});
     PlaceWindow(label_, {width + scale_(kLabelGap), 0, width + scale_(kLabelGap + kLabelWidth), height});
     if (button_ != nullptr) {
-        PlaceWindow(button_, {width - button, 0, width, height});
+        const int inset = scale_(kButtonInset);
+        PlaceWindow(button_, {width - button + inset, inset, width - inset, height - inset});
     }
     InvalidateRect(Handle(), nullptr, TRUE);
 }
@@ -77,13 +82,25 @@ void TTextField::Paint() {
     const TPaintContext paint(Handle());
     FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
     const RECT frame{0, 0, scale_(width_), scale_(kHeight)};
-    FillArea(paint.Get(), frame, Theme::ControlGround);
-    FrameArea(paint.Get(), frame, GetFocus() == edit_ ? Theme::Accent : Theme::Border,
-              std::max(1, scale_(1)));
+    const bool focused = GetFocus() == edit_;
+    const int radius = scale_(kCornerRadius);
+    PaintRoundedBox(paint.Get(), frame,
+                    {.ground = Theme::ControlGround,
+                     .border = focused            ? Theme::Accent
+                               : IsHovered(edit_) ? Theme::DimText
+                                                  : Theme::ControlBorder,
+                     .outside = Theme::WindowGround,
+                     .thickness = scale_(1),
+                     .radius = radius});
+    // Where one writes: the lower edge stands out.
+    const int edge = scale_(focused ? 2 : 1);
+    FillArea(paint.Get(),
+             {frame.left + radius / 2, frame.bottom - edge, frame.right - radius / 2, frame.bottom},
+             focused ? Theme::Accent : Theme::DimText);
 }
 
 void TTextField::DrawButton(const DRAWITEMSTRUCT& draw) const {
-    DrawButtonFace(draw, scale_);
+    DrawButtonFace(draw, scale_, Theme::ControlGround);
     const int dot = std::max(1, scale_(2));
     const LONG left = (draw.rcItem.right - dot) / 2;
     const LONG top = (draw.rcItem.bottom - dot) / 2;

@@ -32,6 +32,8 @@ inline constexpr TColour WindowGround{0x1E, 0x20, 0x24};   // windows, tool bars
 inline constexpr TColour ControlGround{0x14, 0x15, 0x18};  // lists, grids, fields
 inline constexpr TColour HeaderGround{0x26, 0x29, 0x2E};   // column headers, caption rows
 inline constexpr TColour Border{0x3A, 0x3F, 0x47};
+inline constexpr TColour AlternateGround{0x1A, 0x1C, 0x20};  // of every second row of a grid
+inline constexpr TColour ControlBorder{0x78, 0x7F, 0x89};    // of what can be used: fields, buttons
 inline constexpr TColour Text{0xE8, 0xEA, 0xED};
 inline constexpr TColour DimText{0xA3, 0xAB, 0xB5};       // labels, hints
 inline constexpr TColour DisabledText{0x6B, 0x72, 0x7C};  // what cannot be used now

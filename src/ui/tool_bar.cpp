@@ -2,6 +2,7 @@
 
 #include "ui/device_context.h"
 #include "ui/push_button.h"
+#include "ui/rounded_box.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -124,13 +125,16 @@ void TToolBar::DrawButton(const DRAWITEMSTRUCT& draw) {
                            : action.Checked() ? Theme::Checked
                            : state.hovered    ? Theme::Hover
                                               : Theme::WindowGround;
-    FillArea(draw.hDC, draw.rcItem, ground);
-    if (action.Checked()) {
-        FrameArea(draw.hDC, draw.rcItem, state.hovered ? Theme::Accent : Theme::Border, scale_(1));
-    }
-    if (state.focused && ShowsFocus(draw.hwndItem)) {
-        FrameArea(draw.hDC, draw.rcItem, Theme::Accent, scale_(2));
-    }
+    const bool ring = state.focused && ShowsFocus(draw.hwndItem);
+    const TColour border = ring || (action.Checked() && state.hovered) ? Theme::Accent
+                           : action.Checked()                          ? Theme::ControlBorder
+                                                                       : ground;
+    PaintRoundedBox(draw.hDC, draw.rcItem,
+                    {.ground = ground,
+                     .border = border,
+                     .outside = Theme::WindowGround,
+                     .thickness = scale_(ring ? 2 : 1),
+                     .radius = scale_(kCornerRadius)});
     const int height = draw.rcItem.bottom - draw.rcItem.top;
     images_.Draw(draw.hDC, {scale_(kImageMargin), (height - images_.Size()) / 2}, action.Image(),
                  state.enabled ? TImageState::Normal : TImageState::Disabled);

@@ -39,8 +39,9 @@ TEST(Theme, EveryRowCanBeReadOnItsGround) {
 }
 
 TEST(Theme, TextOfWindowsCanBeReadInEveryState) {
-    for (const TColour ground : {Theme::WindowGround, Theme::ControlGround, Theme::HeaderGround, Theme::Hover,
-                                 Theme::Pressed, Theme::Checked, Theme::Selection}) {
+    for (const TColour ground :
+         {Theme::WindowGround, Theme::ControlGround, Theme::AlternateGround, Theme::HeaderGround,
+          Theme::Hover, Theme::Pressed, Theme::Checked, Theme::Selection}) {
         EXPECT_GE(Contrast(Theme::Text, ground), 4.5);
     }
     EXPECT_GE(Contrast(Theme::DimText, Theme::WindowGround), 4.5);
@@ -48,6 +49,10 @@ TEST(Theme, TextOfWindowsCanBeReadInEveryState) {
     // Parts that are not text need 3:1.
     EXPECT_GE(Contrast(Theme::Accent, Theme::WindowGround), 3.0);
     EXPECT_GE(Contrast(Theme::Accent, Theme::ControlGround), 3.0);
+    for (const TColour ground :
+         {Theme::WindowGround, Theme::ControlGround, Theme::HeaderGround, Theme::Hover}) {
+        EXPECT_GE(Contrast(Theme::ControlBorder, ground), 3.0);
+    }
 }
 
 TEST(Scale, RoundsToTheNearestPixel) {
