@@ -14,6 +14,7 @@
 namespace {
 
 constexpr wchar_t kGridViewName[] = L"ConfigGrid";
+constexpr wchar_t kPlaceName[] = L"ConfigWindow";  // of the window, beside the grid's layout
 constexpr wchar_t kDefaultExtensions[] = L".pdf,.docx,.xlsx,.jpg";
 
 // Keeps the windows behind a dialog from being used: the dialog itself locks its own owner only.
@@ -84,7 +85,8 @@ void TfmConfig::Show(HWND owner) {
     if (!open_) {
         UseScale(ScaleOfWindow(owner != nullptr ? owner : Handle()));
         FormShow();
-        CentreOn(owner);
+        const std::optional<std::wstring> place = LoadGridLayout(kPlaceName);
+        PlaceOn(owner, place ? RestorePlace(*place) : std::nullopt);
         open_ = true;
     }
     ShowWindow(Handle(), IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
@@ -153,6 +155,7 @@ void TfmConfig::ShowWarnings() {
 
 std::optional<TProblem> TfmConfig::FormClose() {
     StoreGridLayout(kGridViewName, cxGridDBTv.Store());
+    StoreGridLayout(kPlaceName, StorePlace(Handle()));
     std::optional<TProblem> problem = SaveFields();
     cxGrid.TakeOver();
     dsMemData.PostEdit();

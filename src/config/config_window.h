@@ -20,6 +20,7 @@
 #include "ui/text_field.h"
 #include "ui/tool_bar.h"
 #include "ui/window.h"
+#include "ui/window_place.h"
 
 // The window in which the user edits the destination, the share's credentials and the source folders. The
 // settings are read whenever it is shown and written whenever it closes; the source folders change at once.
@@ -78,7 +79,7 @@ private:
     void CreateControls();
     void UseScale(TScale scale);
     void Layout();
-    void CentreOn(HWND owner);
+    void PlaceOn(HWND owner, const std::optional<TWindowPlace>& place);
     void Paint();
     void ShowNotice(std::wstring notice);
     void RowsChanged();
@@ -106,7 +107,6 @@ private:
     std::wstring notice_;
     std::wstring warnings_;
     std::wstring settingsNotice_;  // of the settings, for as long as the window is open
-    bool placed_ = false;          // has been given its first size
     TFolderCheck folderCheck_;
     TScale scale_;
     TFont font_;

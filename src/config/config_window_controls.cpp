@@ -43,7 +43,6 @@ void TfmConfig::FormCreate(HWND owner) {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "CreateWindowEx");
     }
     UseDarkFrame(Handle());
-    placed_ = false;
     CreateControls();
 }
 
@@ -153,24 +152,19 @@ SIZE TfmConfig::ClientSize(int width, int height) const {
     return WindowSizeOfClient({scale_(width), scale_(height)}, kStyle, kExtendedStyle, scale_);
 }
 
-void TfmConfig::CentreOn(HWND owner) {
-    if (!placed_) {
-        // On the owner's monitor first: only there the window has that monitor's scale.
-        const RECT middle = CentredOn(owner, {});
-        SetWindowPos(Handle(), nullptr, middle.left, middle.top, 0, 0,
-                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
-        UseScale(ScaleOfWindow(Handle()));
+// Where the user left it; in the middle of the owner as long as he has not.
+void TfmConfig::PlaceOn(HWND owner, const std::optional<TWindowPlace>& place) {
+    // On the monitor first: only there the window has that monitor's scale.
+    const RECT start = place ? FittedToMonitor(place->area) : CentredOn(owner, {});
+    SetWindowPos(Handle(), nullptr, start.left, start.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    UseScale(ScaleOfWindow(Handle()));
+    RECT area = CentredOn(owner, ClientSize(kClientWidth, kClientHeight));
+    if (place) {
+        const SIZE size = place->SizeAt(scale_);
+        area = FittedToMonitor({start.left, start.top, start.left + size.cx, start.top + size.cy});
     }
-    SIZE wanted = ClientSize(kClientWidth, kClientHeight);
-    if (std::exchange(placed_, true)) {
-        // As large as the user has made it.
-        RECT area{};
-        GetWindowRect(Handle(), &area);
-        wanted = {area.right - area.left, area.bottom - area.top};
-    }
-    const RECT place = CentredOn(owner, wanted);
-    SetWindowPos(Handle(), HWND_TOPMOST, place.left, place.top, place.right - place.left,
-                 place.bottom - place.top, SWP_NOACTIVATE);
+    SetWindowPos(Handle(), HWND_TOPMOST, area.left, area.top, area.right - area.left, area.bottom - area.top,
+                 SWP_NOACTIVATE);
 }
 
 void TfmConfig::Paint() {
@@ -225,8 +219,11 @@ std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParamet
             }
             return 0;
         case WM_GETMINMAXINFO: {
+            // Never more than the monitor has room for.
             const SIZE size = ClientSize(kMinimumWidth, kMinimumHeight);
-            reinterpret_cast<MINMAXINFO*>(longParameter)->ptMinTrackSize = {size.cx, size.cy};
+            const RECT area = FittedToMonitor(CentredOn(Handle(), size));
+            reinterpret_cast<MINMAXINFO*>(longParameter)->ptMinTrackSize = {area.right - area.left,
+                                                                            area.bottom - area.top};
             return 0;
         }
         case WM_DPICHANGED:

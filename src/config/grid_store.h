@@ -1,4 +1,4 @@
-// Keeps the layout of grids in the registry of the current user.
+// Keeps the layout of grids, and where their windows stood, in the registry of the current user.
 #pragma once
 
 #include <optional>

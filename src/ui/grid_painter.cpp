@@ -150,7 +150,7 @@ void TGridPainter::PaintHeader(HDC context, const RECT& client, const TGridView&
             FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme::Pressed);
         }
         FillArea(context, {area.right - line, area.top, area.right, area.bottom}, Theme::Border);
-        InflateRect(&area, -scale_(GridStyle::CellPaddingX), 0);
+        InflateRect(&area, -Indent(column), 0);
         SetTextColor(context, ColorRefOf(Theme::Text));
         const UINT alignment = column.editor == TGridEditor::CheckBox ? DT_CENTER : DT_LEFT;
         DrawTextW(context, column.caption.c_str(), -1, &area,

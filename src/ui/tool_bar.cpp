@@ -73,12 +73,15 @@ int TToolBar::ButtonWidth(const TToolBarItem& item) const {
 }
 
 void TToolBar::PlaceButtons() {
+    unsigned number = 0;
     int left = scale_(kMargin);
     for (const TButton& button : buttons_) {
         const int width = ButtonWidth(button.item);
         if (button.handle != nullptr) {
-            PlaceWindow(button.handle, {left, scale_(kMargin), left + width,
-                                        scale_(kMargin) + scale_(kHeight - 2 * kMargin)});
+            const RECT area{left, scale_(kMargin), left + width,
+                            scale_(kMargin) + scale_(kHeight - 2 * kMargin)};
+            PlaceWindow(button.handle, area);
+            toolTips_.SetAreaHint(Handle(), ++number, area, HintWithShortcut(*button.item.action));
         }
         left += width;
     }

@@ -20,22 +20,35 @@ TToolTips::~TToolTips() {
 }
 
 void TToolTips::SetHint(HWND owner, HWND control, const std::wstring& hint) {
+    TTTOOLINFOW tool{};
+    tool.uFlags = TTF_IDISHWND;
+    tool.hwnd = owner;
+    tool.uId = reinterpret_cast<UINT_PTR>(control);
+    Set(tool, hint);
+}
+
+void TToolTips::SetAreaHint(HWND owner, unsigned number, const RECT& area, const std::wstring& hint) {
+    TTTOOLINFOW tool{};
+    tool.hwnd = owner;
+    tool.uId = number;
+    tool.rect = area;
+    Set(tool, hint);
+}
+
+void TToolTips::Set(TTTOOLINFOW& tool, const std::wstring& hint) {
     if (!IsWindow(handle_)) {
         handle_ =
             CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
-                            0, 0, 0, 0, owner, nullptr, GetModuleHandleW(nullptr), nullptr);
+                            0, 0, 0, 0, tool.hwnd, nullptr, GetModuleHandleW(nullptr), nullptr);
         RemoveVisualStyle(handle_);
         // A longer text breaks into lines.
-        SendMessageW(handle_, TTM_SETMAXTIPWIDTH, 0, ScaleOfWindow(owner)(kMaximumWidth));
+        SendMessageW(handle_, TTM_SETMAXTIPWIDTH, 0, ScaleOfWindow(tool.hwnd)(kMaximumWidth));
         SendMessageW(handle_, TTM_SETTIPBKCOLOR, ColorRefOf(Theme::HeaderGround), 0);
         SendMessageW(handle_, TTM_SETTIPTEXTCOLOR, ColorRefOf(Theme::Text), 0);
     }
     std::wstring text = hint;
-    TTTOOLINFOW tool{};
     tool.cbSize = sizeof(tool);
-    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-    tool.hwnd = owner;
-    tool.uId = reinterpret_cast<UINT_PTR>(control);
+    tool.uFlags |= TTF_SUBCLASS;
     tool.lpszText = text.data();
     SendMessageW(handle_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     if (hint.empty()) {

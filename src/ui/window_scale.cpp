@@ -8,6 +8,21 @@ namespace {
 
 constexpr int kNarrowLetters = 85;  // percent
 
+RECT WorkArea(HMONITOR handle) {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(handle, &monitor);
+    return monitor.rcWork;
+}
+
+RECT FitInto(const RECT& work, const RECT& area) {
+    const LONG width = std::min(area.right - area.left, work.right - work.left);
+    const LONG height = std::min(area.bottom - area.top, work.bottom - work.top);
+    const LONG left = std::clamp(area.left, work.left, work.right - width);
+    const LONG top = std::clamp(area.top, work.top, work.bottom - height);
+    return {left, top, left + width, top + height};
+}
+
 }  // namespace
 
 TScale ScaleOfWindow(HWND window) {
@@ -61,19 +76,18 @@ int TextWidth(HFONT font, const std::wstring& text) {
 
 RECT CentredOn(HWND owner, SIZE size) {
     const HWND around = owner != nullptr && !IsIconic(owner) ? owner : nullptr;
-    MONITORINFO monitor{};
-    monitor.cbSize = sizeof(monitor);
-    GetMonitorInfoW(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY), &monitor);
-    const RECT& work = monitor.rcWork;
-    RECT middle = work;
+    RECT middle = WorkArea(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY));
     if (around != nullptr) {
         GetWindowRect(around, &middle);
     }
-    const LONG width = std::min(size.cx, work.right - work.left);
-    const LONG height = std::min(size.cy, work.bottom - work.top);
-    const LONG left = std::clamp((middle.left + middle.right - width) / 2, work.left, work.right - width);
-    const LONG top = std::clamp((middle.top + middle.bottom - height) / 2, work.top, work.bottom - height);
-    return {left, top, left + width, top + height};
+    const LONG left = (middle.left + middle.right - size.cx) / 2;
+    const LONG top = (middle.top + middle.bottom - size.cy) / 2;
+    return FitInto(WorkArea(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY)),
+                   {left, top, left + size.cx, top + size.cy});
+}
+
+RECT FittedToMonitor(const RECT& area) {
+    return FitInto(WorkArea(MonitorFromRect(&area, MONITOR_DEFAULTTONEAREST)), area);
 }
 
 SIZE WindowSizeOfClient(SIZE client, DWORD style, DWORD extendedStyle, TScale scale) {

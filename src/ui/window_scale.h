@@ -29,5 +29,8 @@ int TextWidth(HFONT font, const std::wstring& text);
 // owner is null or minimized. No larger than the monitor has room for, and all of it on the monitor.
 RECT CentredOn(HWND owner, SIZE size);
 
+// The same area, moved and cut so that all of it is on the monitor that it is nearest to.
+RECT FittedToMonitor(const RECT& area);
+
 // The outer size of a window, so that its client area has the given size in device pixels.
 SIZE WindowSizeOfClient(SIZE client, DWORD style, DWORD extendedStyle, TScale scale);

@@ -1,5 +1,6 @@
 #include "config/config_window.h"
 
+#include <commctrl.h>
 #include <gmock/gmock.h>
 #include <oleacc.h>
 
@@ -559,7 +560,7 @@ TEST_F(ConfigWindow, AScreenReaderHearsColumnAndValue) {
     grid->Release();
 }
 
-TEST_F(ConfigWindow, StandsInTheMiddleOfItsOwnerAndKeepsItsSize) {
+TEST_F(ConfigWindow, StandsInTheMiddleOfItsOwnerThenWhereItWasLeft) {
     Open();
     const auto area = [](HWND handle) {
         RECT rect{};
@@ -573,10 +574,18 @@ TEST_F(ConfigWindow, StandsInTheMiddleOfItsOwnerAndKeepsItsSize) {
     EXPECT_NEAR(area(window.Handle()).left + area(window.Handle()).right,
                 area(owner).left + area(owner).right, 1);
     EXPECT_NE(GetWindowLongPtrW(window.Handle(), GWL_EXSTYLE) & WS_EX_TOPMOST, 0);
-    SetWindowPos(window.Handle(), nullptr, 0, 0, 900, 600, SWP_NOZORDER);
+    SetWindowPos(window.Handle(), nullptr, 30, 20, 900, 600, SWP_NOZORDER);
     EXPECT_TRUE(window.Close());
-    Open();
-    EXPECT_EQ(area(window.Handle()).right - area(window.Handle()).left, 900);
+    {
+        TfmConfig second(calls, table, folder);
+        second.Show(owner);
+        const RECT place = area(second.Handle());
+        EXPECT_EQ(place.left, 30);
+        EXPECT_EQ(place.top, 20);
+        EXPECT_EQ(place.right - place.left, 900);
+        EXPECT_EQ(place.bottom - place.top, 600);
+        EXPECT_TRUE(second.Close());
+    }
 }
 
 TEST_F(ConfigWindow, AnotherScaleLaysEverythingOutAnew) {
@@ -588,6 +597,43 @@ TEST_F(ConfigWindow, AnotherScaleLaysEverythingOutAnew) {
     RECT now{};
     GetWindowRect(window.Handle(), &now);
     EXPECT_EQ(now.right - now.left, 1400);
+    // Four times as large it would be larger than the screen.
+    SendMessageW(window.Handle(), WM_DPICHANGED, MAKEWPARAM(384, 384), reinterpret_cast<LPARAM>(&area));
+    RECT work{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    MINMAXINFO limits{};
+    SendMessageW(window.Handle(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
+    EXPECT_LE(limits.ptMinTrackSize.x, work.right - work.left);
+    EXPECT_LE(limits.ptMinTrackSize.y, work.bottom - work.top);
+}
+
+// What the tool tips say of a point of a control's own area.
+std::wstring ToolTipAt(HWND control, POINT point) {
+    std::wstring found;
+    for (HWND tips = nullptr; (tips = FindWindowExW(nullptr, tips, TOOLTIPS_CLASSW, nullptr)) != nullptr;) {
+        wchar_t text[200]{};
+        TTHITTESTINFOW hit{};
+        hit.hwnd = control;
+        hit.pt = point;
+        hit.ti.cbSize = sizeof(hit.ti);
+        hit.ti.lpszText = text;
+        if (GetWindowThreadProcessId(tips, nullptr) == GetCurrentThreadId() &&
+            SendMessageW(tips, TTM_HITTESTW, 0, reinterpret_cast<LPARAM>(&hit)) != FALSE) {
+            found = text;
+        }
+    }
+    return found;
+}
+
+TEST_F(ConfigWindow, AButtonHasItsHintAlsoWhileItIsDisabled) {
+    Open();
+    const HWND bar = window.dxBarManager1Bar1.Handle();
+    const HWND button = window.dxBarManager1Bar1.ButtonOf(window.acGetDirectory);
+    RECT area{};
+    GetWindowRect(button, &area);
+    MapWindowPoints(nullptr, bar, reinterpret_cast<POINT*>(&area), 2);
+    // The pointer is over the bar then.
+    EXPECT_EQ(ToolTipAt(bar, {area.left + 5, area.top + 5}), window.acGetDirectory.Hint());
 }
 
 }  // namespace
