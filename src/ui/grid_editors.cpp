@@ -250,27 +250,22 @@ TGridArea TGridEditors::TextArea(const TGridArea& cell, const TGridArea& body) c
 }
 
 TGridArea TGridEditors::LinesArea(const TGridArea& cell, const TGridArea& body) const {
-    const int padding = scale_(GridStyle::CellPaddingX);
-    const int minimum = GridStyle::LinesEditorLines * TextHeight(font_) + 2 * padding;
-    TGridArea area = FitInto(body, cell, std::max(cell.Width(), scale_(GridStyle::LinesEditorWidth)),
-                             std::max(cell.Height(), minimum));
-    area.left += padding;
-    area.top += padding;
-    area.right -= padding;
-    area.bottom -= padding;
-    return area;
+    const int minimum = GridStyle::LinesEditorLines * TextHeight(font_) + 2 * scale_(GridStyle::CellPaddingY);
+    return InsideFrame(FitInto(body, cell, std::max(cell.Width(), scale_(GridStyle::LinesEditorWidth)),
+                               std::max(cell.Height(), minimum)));
 }
 
 TGridArea TGridEditors::PanelArea(const TGridArea& cell, const TGridArea& body) const {
-    const int frame = scale_(GridStyle::CellPaddingX);
     const SIZE size = panel_.PreferredSize();
-    TGridArea area =
-        FitInto(body, cell, std::max<int>(cell.Width(), size.cx + 2 * frame), size.cy + 2 * frame);
-    area.left += frame;
-    area.top += frame;
-    area.right -= frame;
-    area.bottom -= frame;
-    return area;
+    const int width = size.cx + 2 * scale_(GridStyle::CellPaddingX);
+    return InsideFrame(
+        FitInto(body, cell, std::max(cell.Width(), width), size.cy + 2 * scale_(GridStyle::CellPaddingY)));
+}
+
+TGridArea TGridEditors::InsideFrame(const TGridArea& frame) const {
+    const int across = scale_(GridStyle::CellPaddingX);
+    const int down = scale_(GridStyle::CellPaddingY);
+    return {frame.left + across, frame.top + down, frame.right - across, frame.bottom - down};
 }
 
 void TGridEditors::Close() {

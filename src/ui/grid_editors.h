@@ -77,6 +77,7 @@ public:
 private:
     TGridArea TextArea(const TGridArea& cell, const TGridArea& body) const;
     TGridArea LinesArea(const TGridArea& cell, const TGridArea& body) const;
+    TGridArea InsideFrame(const TGridArea& frame) const;
     TGridArea PanelArea(const TGridArea& cell, const TGridArea& body) const;
     static LRESULT CALLBACK EditProcedure(HWND handle, UINT message, WPARAM wordParameter,
                                           LPARAM longParameter, UINT_PTR id, DWORD_PTR data);

@@ -206,7 +206,7 @@ void TGridPainter::PaintIndicator(HDC context, const TGridView& view, std::size_
     warning.left = warning.right - scale_(kMarkSize);
     if (view.source.CurrentRow() == row) {
         if (hasWarning) {
-            area.right = warning.left;  // both marks are narrower than their squares
+            area.right = warning.left + scale_(2);  // both marks are narrower than their squares
         }
         PaintMark(context, area, view.editor ? TMark::EditedRow : TMark::CurrentRow, scale_,
                   Theme::HeaderGround);
