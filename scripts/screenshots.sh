@@ -1,14 +1,13 @@
 #!/bin/bash
-# Takes the pictures of the main window and of the empty and filled configuration that docs/images/ holds, from
-# the real program at work on made folders:
+# Takes pictures of the main window and of the empty and filled configuration from the real program at work on
+# made folders: those that a page shows into docs/images/, the others into build/pictures/.
 #   scripts/screenshots.sh [SCALE...]      100 150 200 when none is named
 # Needs build/windows-x64/bin/Vardeko.exe.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh
-images=$PWD/docs/images
 work=$PWD/build/screenshots
-mkdir -p "$images"
+mkdir -p docs/images build/pictures
 trap wine_close EXIT
 trap 'exit 130' INT TERM HUP
 
@@ -50,10 +49,14 @@ make_folders() {
 
 window() { xdotool search --onlyvisible --name "${1:-^Vardeko x64$}" | head -n 1; }
 
-# picture NAME [WINDOW]: the main window, or the named one, as it is now.
+# picture NAME [WINDOW]: the main window, or the named one, as it is now. What no page shows is for looking at.
 picture() {
-    import -window "$(window "${2:-}")" -colors 256 -strip "PNG8:$images/$1-$scale.png"
-    echo "docs/images/$1-$scale.png"
+    local file=$1-$scale.png folder=build/pictures
+    if grep -rqF "images/$file" docs/*.md README.md; then
+        folder=docs/images
+    fi
+    import -window "$(window "${2:-}")" -colors 256 -strip "PNG8:$folder/$file"
+    echo "$folder/$file"
 }
 
 # Starts the program and waits for its window.

@@ -1,5 +1,4 @@
-// Shows the configuration window in the states that docs/images/ holds; make_screenshots.sh makes the
-// pictures.
+// Shows the configuration window in the states that are worth a look; make_screenshots.sh makes the pictures.
 #include <cstdlib>
 #include <fstream>
 

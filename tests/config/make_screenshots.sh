@@ -1,5 +1,5 @@
 #!/bin/bash
-# Makes the pictures of the configuration window from the real one, at three scales:
+# Makes the pictures of the configuration window from the real one, at four scales:
 #   make_screenshots.sh CONFIG_WINDOW_TEST_EXE FOLDER
 # writes FOLDER/config-*.png. Takes ImageMagick.
 set -euo pipefail
@@ -10,7 +10,7 @@ folder=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$folder"
-for dpi in 96 144 192; do
+for dpi in 96 144 192 288; do
     VARDEKO_SCREENSHOTS=Z:${work//\//\\} WINE_DPI=$dpi "$in_wine" wine "$program" \
         --gtest_also_run_disabled_tests --gtest_filter='TConfigScreenshots.*' >"$work/log" ||
         { cat "$work/log" >&2; exit 1; }
