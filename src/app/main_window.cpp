@@ -14,6 +14,7 @@
 #include "texts/run_log_text.h"
 #include "texts/run_texts.h"
 #include "ui/device_context.h"
+#include "ui/question_box.h"
 
 namespace {
 
@@ -217,9 +218,7 @@ void TfmMain::acReindexExecute() {
     }
     // The question has a message loop of its own: an unattended run may begin while it is open. It stands
     // above the configuration window, which is always on top.
-    const int answer =
-        MessageBoxW(Handle(), kReindexQuestion, MainTexts::Program, MB_ICONWARNING | MB_YESNO | MB_TOPMOST);
-    if (answer != IDYES || closing_ || !CopyIdle) {
+    if (!AskYesNo(Handle(), MainTexts::Program, kReindexQuestion) || closing_ || !CopyIdle) {
         return;
     }
     // Reindexing walks the rows with the cursor that the configuration window edits them with.

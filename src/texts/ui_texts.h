@@ -7,6 +7,8 @@
 namespace UiTexts {
 
 inline constexpr wchar_t UnknownError[] = L"Unbekannter Fehler";
+inline constexpr wchar_t Yes[] = L"Ja";
+inline constexpr wchar_t No[] = L"Nein";
 inline constexpr wchar_t DeleteKey[] = L"Entf";
 
 // A screen reader says these of a cell: what a double click would do, and where the cell stands.

@@ -25,8 +25,6 @@ inline constexpr wchar_t BadPage[] = L"Die Adresse der Seite ist ungültig";
 
 inline constexpr wchar_t Confirmation[] = L"Bestätigung";
 inline constexpr wchar_t UpdateQuestion[] = L"Möchten Sie Vardeko aktualisieren?";
-inline constexpr wchar_t Yes[] = L"Ja";
-inline constexpr wchar_t No[] = L"Nein";
 inline constexpr wchar_t Ok[] = L"OK";
 inline constexpr wchar_t Error[] = L"Error";
 inline constexpr wchar_t Message[] = L"Message";

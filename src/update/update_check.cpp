@@ -7,6 +7,7 @@
 #include "support/path_text.h"
 #include "support/system_error.h"
 #include "support/user_locale.h"
+#include "texts/ui_texts.h"
 #include "texts/update_texts.h"
 
 namespace {
@@ -232,7 +233,7 @@ void TfmUpdateCheck::DownLoadFinished(const TDownLoadResult& result) {
 
 void TfmUpdateCheck::AskForSetup() {
     question_.Ask(window_.Handle(), UpdateTexts::Confirmation, UpdateTexts::UpdateQuestion,
-                  {UpdateTexts::Yes, UpdateTexts::No}, [this](std::size_t button) {
+                  {UiTexts::Yes, UiTexts::No}, [this](std::size_t button) {
                       bool isStarted = false;
                       if (button == kYes) {
                           information_.exDelay = 0;

@@ -12,9 +12,9 @@
 #include "support/text.h"
 #include "support/version.h"
 #include "ui/action.h"
+#include "ui/question_box.h"
 #include "update/downloader.h"
 #include "update/http_client.h"
-#include "update/question_box.h"
 #include "update/update_information.h"
 #include "update/update_window.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "ui/action.h"
-#include "update/dialog_window.h"
+#include "ui/dialog_window.h"
 
 // Shows the group box "Status" with the log, the label and the three buttons. What they show and do belongs
 // to its owner, TfmUpdateCheck.

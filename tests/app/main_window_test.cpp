@@ -400,22 +400,19 @@ TEST_F(MainWindow, ReindexAsksFirstAndCanBeStopped) {
     source_.Write(L"sub\\a.txt", "x");
     TfmMain& window = Start();
     EXPECT_EQ(FindWindowExW(ToolBar(), nullptr, L"BUTTON", L"Reindex NAS DB"), nullptr) << "it is hidden";
-    std::wstring question;
-    int answer = IDNO;
+    bool agree = false;
     TTimer answering(20, [&] {
-        if (const HWND box = FindWindowW(L"#32770", L"Vardeko")) {
-            wchar_t text[500] = L"";
-            GetWindowTextW(GetDlgItem(box, 0xFFFF), text, 500);
-            question = text;
-            PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+        if (const HWND box = FindWindowW(L"VardekoDialog", L"Vardeko")) {
+            const HWND yes = FindWindowExW(box, nullptr, L"BUTTON", L"Ja");
+            EXPECT_NE(GetFocus(), yes);
+            PostMessageW(agree ? yes : GetFocus(), agree ? BM_CLICK : WM_KEYDOWN, agree ? 0 : VK_RETURN, 0);
         }
     });
     answering.SetEnabled(true);
     window.acReindex.Execute();
-    EXPECT_EQ(question.substr(0, 30), L"Diese Funktion wird nur benöti");
-    EXPECT_EQ(window.Rows().RowCount(), 0U) << "No ends it";
+    EXPECT_EQ(window.Rows().RowCount(), 0U) << "Enter is a No";
 
-    answer = IDYES;
+    agree = true;
     std::vector<bool> enabled;
     const auto report = dataModule_->SetMessage;
     dataModule_->SetMessage = [&](TDM& sender, const std::wstring& text, TMessagePos kind,

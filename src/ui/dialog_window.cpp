@@ -1,4 +1,4 @@
-#include "update/dialog_window.h"
+#include "ui/dialog_window.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-// What the windows of the update check have in common.
+// What windows that ask or tell something have in common.
 #pragma once
 
 #include <windows.h>

@@ -1,9 +1,11 @@
-#include "update/question_box.h"
+#include "ui/question_box.h"
 
 #include <algorithm>
 #include <utility>
 
+#include "texts/ui_texts.h"
 #include "ui/device_context.h"
+#include "ui/message_loop.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -31,8 +33,21 @@ int HeightOfText(const std::wstring& text) {
 
 }  // namespace
 
+bool AskYesNo(HWND owner, const std::wstring& title, const std::wstring& text) {
+    constexpr std::size_t kYes = 0;
+    constexpr std::size_t kNo = 1;
+    bool yes = false;
+    TQuestionBox box;
+    box.Ask(
+        owner, title, text, {UiTexts::Yes, UiTexts::No}, [&yes](std::size_t button) { yes = button == kYes; },
+        kNo);
+    // It goes with its owner, too.
+    RunMessageLoop([&box] { return !box.Exists(); }, [] {});
+    return yes;
+}
+
 void TQuestionBox::Ask(HWND owner, const std::wstring& title, const std::wstring& text,
-                       std::vector<std::wstring> buttons, TAnswered answered) {
+                       std::vector<std::wstring> buttons, TAnswered answered, std::size_t focusedButton) {
     CloseNow();
     title_ = title;
     text_ = text;
@@ -41,6 +56,8 @@ void TQuestionBox::Ask(HWND owner, const std::wstring& title, const std::wstring
     const int height = kTitleHeight + HeightOfText(text) + 2 * kMargin + kButtonHeight + kMargin;
     if (!Open(owner, title, {kWidth, height})) {
         CancelWanted();
+    } else if (focusedButton < buttons_.size()) {
+        SetFocus(buttons_[focusedButton]);
     }
 }
 
