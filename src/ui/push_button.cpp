@@ -1,6 +1,7 @@
 #include "ui/push_button.h"
 
 #include <commctrl.h>
+#include <windowsx.h>
 
 #include "ui/hover.h"
 #include "ui/rounded_box.h"
@@ -22,6 +23,48 @@ LRESULT CALLBACK ButtonProcedure(HWND button, UINT message, WPARAM wordParameter
     return DefSubclassProc(button, message, wordParameter, longParameter);
 }
 
+// What the system's button does by itself, but without taking the focus.
+void FollowPress(HWND button, UINT message, LPARAM point) {
+    RECT client{};
+    GetClientRect(button, &client);
+    const bool inside = PtInRect(&client, {GET_X_LPARAM(point), GET_Y_LPARAM(point)}) != FALSE;
+    if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) {
+        SetCapture(button);
+        SendMessageW(button, BM_SETSTATE, TRUE, 0);
+    } else if (GetCapture() == button && message == WM_MOUSEMOVE) {
+        SendMessageW(button, BM_SETSTATE, inside ? TRUE : FALSE, 0);
+    } else if (GetCapture() == button && message == WM_LBUTTONUP) {
+        ReleaseCapture();
+        if (inside) {
+            SendMessageW(GetParent(button), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(button), BN_CLICKED),
+                         reinterpret_cast<LPARAM>(button));
+        }
+    }
+}
+
+LRESULT CALLBACK UnfocusedProcedure(HWND button, UINT message, WPARAM wordParameter, LPARAM longParameter,
+                                    UINT_PTR id, DWORD_PTR) {
+    switch (message) {
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+        case WM_LBUTTONUP:
+            FollowPress(button, message, longParameter);
+            return 0;
+        case WM_MOUSEMOVE:
+            FollowPress(button, message, longParameter);
+            break;
+        case WM_CAPTURECHANGED:
+            SendMessageW(button, BM_SETSTATE, FALSE, 0);
+            return 0;
+        case WM_NCDESTROY:
+            RemoveWindowSubclass(button, &UnfocusedProcedure, id);
+            break;
+        default:
+            break;
+    }
+    return DefSubclassProc(button, message, wordParameter, longParameter);
+}
+
 }  // namespace
 
 HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style) {
@@ -32,6 +75,10 @@ HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style
         WatchHover(button, button);
     }
     return button;
+}
+
+void LeaveFocusOnClick(HWND button) {
+    SetWindowSubclass(button, &UnfocusedProcedure, 2, 0);
 }
 
 TButtonState StateOfButton(const DRAWITEMSTRUCT& draw) {

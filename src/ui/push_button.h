@@ -13,6 +13,10 @@
 // refuses.
 HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style = 0);
 
+// Lets clicks of the mouse leave the focus where it is: else the next Enter or Space would press the button
+// again.
+void LeaveFocusOnClick(HWND button);
+
 // What a button looks like at the moment.
 struct TButtonState {
     bool enabled = true;

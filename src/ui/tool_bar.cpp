@@ -48,6 +48,7 @@ void TToolBar::CreateButton(TButton& button, int id) {
     const std::wstring& name = button.item.showCaption ? action.Caption() : action.Hint();
     const DWORD group = id == 1 ? WS_GROUP : 0;
     button.handle = CreatePushButton(Handle(), id, name, group);
+    LeaveFocusOnClick(button.handle);
     toolTips_.SetHint(Handle(), button.handle, HintWithShortcut(action));
     EnableWindow(button.handle, action.Enabled());
     action.SetChangeHandler([this, &button] { ActionChanged(button); });
@@ -92,11 +93,22 @@ void TToolBar::ActionChanged(const TButton& button) {
     if ((IsWindowEnabled(button.handle) != FALSE) != enabled) {
         // A disabled control would keep the keyboard to itself.
         if (!enabled && GetFocus() == button.handle) {
-            SetFocus(GetNextDlgTabItem(GetAncestor(Handle(), GA_ROOT), button.handle, FALSE));
+            GiveFocusAway(button);
         }
         EnableWindow(button.handle, enabled);
     }
     InvalidateRect(button.handle, nullptr, FALSE);
+}
+
+void TToolBar::GiveFocusAway(const TButton& button) {
+    HWND next = focusFallback_;
+    if (TAction* replacement = button.item.replacement) {
+        replacement->Update();
+        if (replacement->Enabled()) {
+            next = ButtonOf(*replacement);
+        }
+    }
+    SetFocus(next != nullptr ? next : GetAncestor(Handle(), GA_ROOT));
 }
 
 HWND TToolBar::ButtonOf(const TAction& action) const {

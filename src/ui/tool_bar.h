@@ -16,10 +16,12 @@
 struct TToolBarItem {
     TAction* action = nullptr;  // a separator, when there is none
     bool showCaption = false;
+    // Gets the focus when the action is disabled that has it.
+    TAction* replacement = nullptr;
 };
 
 // Shows actions as buttons: real ones, so that the Tab key, the space bar and screen readers know them, drawn
-// in the dark look.
+// in the dark look. The mouse gives them no focus.
 class TToolBar final : public TDrawnControl {
 public:
     // Height at a scale of 100 %.
@@ -30,6 +32,10 @@ public:
                                 HFONT font);
     // Places the buttons anew.
     void SetScale(TScale scale, HFONT font);
+
+    // Gets the focus when an action is disabled that has it and no replacement can be used: a neighbour might
+    // do harm by the key that was meant for the other one.
+    void SetFocusFallback(HWND control) { focusFallback_ = control; }
 
     // The button of an action; null when it has none.
     HWND ButtonOf(const TAction& action) const;
@@ -47,6 +53,7 @@ private:
     void PlaceButtons();
     int ButtonWidth(const TToolBarItem& item) const;
     void ActionChanged(const TButton& button);
+    void GiveFocusAway(const TButton& button);
     void DrawButton(const DRAWITEMSTRUCT& draw);
     void Paint() override;
     const TButton* FindButton(HWND handle) const;
@@ -56,4 +63,5 @@ private:
     TToolTips toolTips_;
     TScale scale_;
     HFONT font_ = nullptr;
+    HWND focusFallback_ = nullptr;
 };
