@@ -3,6 +3,7 @@
 #include <shobjidl.h>
 
 #include <algorithm>
+#include <utility>
 
 TTaskbarProgress::~TTaskbarProgress() {
     if (list_ != nullptr) {
@@ -25,29 +26,59 @@ void TTaskbarProgress::Attach(HWND window) {
         list_->Release();
         list_ = nullptr;
     }
-    // A new button shows nothing yet.
-    if (shown_) {
-        shown_ = false;
-        Show(position_, maximum_);
+    Send();  // a new button shows nothing yet
+}
+
+// Whether that is another state.
+bool TTaskbarProgress::Enter(TState state) {
+    return std::exchange(state_, state) != state;
+}
+
+void TTaskbarProgress::Send() const {
+    if (list_ == nullptr) {
+        return;
+    }
+    switch (state_) {
+        case TState::Hidden:
+            list_->SetProgressState(window_, TBPF_NOPROGRESS);
+            break;
+        case TState::Pulse:
+            list_->SetProgressState(window_, TBPF_INDETERMINATE);
+            break;
+        case TState::Error:
+            list_->SetProgressState(window_, TBPF_ERROR);
+            list_->SetProgressValue(window_, 1, 1);
+            break;
+        case TState::Value:
+            list_->SetProgressState(window_, TBPF_NORMAL);
+            list_->SetProgressValue(window_, static_cast<ULONGLONG>(std::clamp(position_, 0.0, maximum_)),
+                                    static_cast<ULONGLONG>(std::max(maximum_, 1.0)));
+            break;
     }
 }
 
 void TTaskbarProgress::Show(double position, double maximum) {
-    if (shown_ && position == position_ && maximum == maximum_) {
-        return;
+    const bool moved = std::exchange(position_, position) != position;
+    const bool grew = std::exchange(maximum_, maximum) != maximum;
+    if (Enter(TState::Value) || moved || grew) {
+        Send();
     }
-    shown_ = true;
-    position_ = position;
-    maximum_ = maximum;
-    if (list_ != nullptr) {
-        list_->SetProgressValue(window_, static_cast<ULONGLONG>(std::clamp(position, 0.0, maximum)),
-                                static_cast<ULONGLONG>(std::max(maximum, 1.0)));
+}
+
+void TTaskbarProgress::ShowPulse() {
+    if (Enter(TState::Pulse)) {
+        Send();
+    }
+}
+
+void TTaskbarProgress::ShowError() {
+    if (Enter(TState::Error)) {
+        Send();
     }
 }
 
 void TTaskbarProgress::Hide() {
-    if (shown_ && list_ != nullptr) {
-        list_->SetProgressState(window_, TBPF_NOPROGRESS);
+    if (Enter(TState::Hidden)) {
+        Send();
     }
-    shown_ = false;
 }

@@ -5,7 +5,7 @@
 
 struct ITaskbarList3;
 
-// Shows a value on the taskbar button of a window. Systems without a taskbar show nothing.
+// Shows a value, or a state, on the taskbar button of a window. Systems without a taskbar show nothing.
 class TTaskbarProgress {
 public:
     TTaskbarProgress() = default;
@@ -18,12 +18,22 @@ public:
     static UINT ButtonCreatedMessage();
 
     void Show(double position, double maximum);
+    // Something is under way, nobody knows how far.
+    void ShowPulse();
+    // All of it red: something went wrong.
+    void ShowError();
     void Hide();
 
+    enum class TState { Hidden, Value, Pulse, Error };
+    TState State() const { return state_; }
+
 private:
+    bool Enter(TState state);
+    void Send() const;
+
     HWND window_ = nullptr;
     ITaskbarList3* list_ = nullptr;
-    bool shown_ = false;
+    TState state_ = TState::Hidden;
     double position_ = 0;
     double maximum_ = 0;
 };
