@@ -14,6 +14,9 @@ namespace {
 constexpr int kLeastThumb = 28;  // at a scale of 100 %
 constexpr int kThumbMargin = 4;  // a part of the bar's width
 
+constexpr int kMarkHeight = 2;
+constexpr int kMarkWidth = 5;
+
 constexpr UINT_PTR kPageTimer = 1;
 constexpr UINT kFirstPageDelay = 300;  // milliseconds
 constexpr UINT kPageDelay = 50;
@@ -158,6 +161,21 @@ void TScrollBar::Paint() {
                     thumb.bottom - margin / 2};
     FillRoundedArea(paint.Get(), area, hovered_ || dragging_ ? Theme::ScrollThumbHover : Theme::ScrollThumb,
                     (area.right - area.left) / 2);
+    if (hasMark_) {
+        PaintMarks(paint.Get(), paint.Client());
+    }
+}
+
+void TScrollBar::PaintMarks(HDC context, const RECT& client) const {
+    const TScale scale = ScaleOfWindow(Handle());
+    const int step = scale(kMarkHeight);
+    for (int top = 0; top < client.bottom; top += step) {
+        if (hasMark_(MulDiv(top, range_.length, client.bottom),
+                     MulDiv(top + step, range_.length, client.bottom))) {
+            FillArea(context, {client.right - scale(kMarkWidth), top, client.right, top + step},
+                     Theme::ErrorMark);
+        }
+    }
 }
 
 std::optional<LRESULT> TScrollBar::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {

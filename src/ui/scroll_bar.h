@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <utility>
 
 #include "ui/drawn_control.h"
 #include "ui/scroll_range.h"
@@ -23,6 +24,10 @@ public:
     // keeps it like that one, whose range begins at 0. The control needs the style WS_CLIPSIBLINGS.
     [[nodiscard]] bool AttachTo(HWND control, std::function<void(int position)> scrollTo);
 
+    // Marks the lines of the track for whose share of the range, from `first` up to but not including
+    // `behind`, `hasMark` answers true. It is asked whenever the bar is painted.
+    void SetMarks(std::function<bool(int first, int behind)> hasMark) { hasMark_ = std::move(hasMark); }
+
 protected:
     std::optional<LRESULT> HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) override;
 
@@ -38,11 +43,13 @@ private:
     void Page();
     void SetHovered(bool hovered);
     void Paint() override;
+    void PaintMarks(HDC context, const RECT& client) const;
     static LRESULT CALLBACK ControlProcedure(HWND handle, UINT message, WPARAM wordParameter,
                                              LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
 
     HWND owner_ = nullptr;
     std::function<void(int position)> scrollTo_;
+    std::function<bool(int first, int behind)> hasMark_;
     TScrollRange range_;
     bool hovered_ = false;
     bool dragging_ = false;

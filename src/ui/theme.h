@@ -46,6 +46,7 @@ inline constexpr TColour Selection{0x1F, 0x43, 0x68};      // selected rows whil
 inline constexpr TColour SelectionIdle{0x2F, 0x33, 0x3A};  // and while it has not
 inline constexpr TColour ScrollTrack{0x1A, 0x1C, 0x1F};
 inline constexpr TColour ScrollThumb{0x4A, 0x50, 0x59};
+inline constexpr TColour ErrorMark{0xFF, 0x5C, 0x5C};  // where errors are, beside the scroll bar
 inline constexpr TColour ScrollThumbHover{0x66, 0x6E, 0x79};
 
 // The red of the errors reaches a contrast of 4.07:1 on pure black, the darkest ground there is, so no

@@ -41,7 +41,7 @@ void TToolTips::Set(TTTOOLINFOW& tool, const std::wstring& hint) {
             CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
                             0, 0, 0, 0, tool.hwnd, nullptr, GetModuleHandleW(nullptr), nullptr);
         RemoveVisualStyle(handle_);
-        // A longer text breaks into lines.
+        // Without a width, line breaks are not obeyed, either.
         SendMessageW(handle_, TTM_SETMAXTIPWIDTH, 0, ScaleOfWindow(tool.hwnd)(kMaximumWidth));
         SendMessageW(handle_, TTM_SETTIPBKCOLOR, ColorRefOf(Theme::HeaderGround), 0);
         SendMessageW(handle_, TTM_SETTIPTEXTCOLOR, ColorRefOf(Theme::Text), 0);
