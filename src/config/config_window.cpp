@@ -3,12 +3,12 @@
 #include <utility>
 
 #include "config/folder_picker.h"
-#include "config/grid_store.h"
 #include "config/row_rules.h"
 #include "support/file_access.h"
 #include "support/system_error.h"
 #include "texts/config_texts.h"
 #include "texts/problem_text.h"
+#include "ui/layout_store.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -85,7 +85,7 @@ void TfmConfig::Show(HWND owner) {
     if (!open_) {
         UseScale(ScaleOfWindow(owner != nullptr ? owner : Handle()));
         FormShow();
-        const std::optional<std::wstring> place = LoadGridLayout(kPlaceName);
+        const std::optional<std::wstring> place = LoadLayout(kPlaceName);
         PlaceOn(owner, place ? RestorePlace(*place) : std::nullopt);
         open_ = true;
     }
@@ -95,7 +95,7 @@ void TfmConfig::Show(HWND owner) {
 }
 
 void TfmConfig::FormShow() {
-    if (const std::optional<std::wstring> layout = LoadGridLayout(kGridViewName);
+    if (const std::optional<std::wstring> layout = LoadLayout(kGridViewName);
         layout && cxGridDBTv.Restore(*layout)) {
         cxGrid.ColumnsChanged();
     }
@@ -154,8 +154,8 @@ void TfmConfig::ShowWarnings() {
 }
 
 std::optional<TProblem> TfmConfig::FormClose() {
-    StoreGridLayout(kGridViewName, cxGridDBTv.Store());
-    StoreGridLayout(kPlaceName, StorePlace(Handle()));
+    StoreLayout(kGridViewName, cxGridDBTv.Store());
+    StoreLayout(kPlaceName, StorePlace(Handle()));
     std::optional<TProblem> problem = SaveFields();
     cxGrid.TakeOver();
     dsMemData.PostEdit();
@@ -189,6 +189,24 @@ bool TfmConfig::Close() {
     if (!open_) {  // closed while the user was asked
         return true;
     }
+    Hide();
+    return true;
+}
+
+bool TfmConfig::CloseForRun() {
+    if (!open_) {
+        return true;
+    }
+    if (const std::optional<TProblem> problem = FormClose()) {
+        ShowNotice(ProblemText(*problem, &SystemErrorText));
+        Show(GetWindow(Handle(), GW_OWNER));
+        return false;
+    }
+    Hide();
+    return true;
+}
+
+void TfmConfig::Hide() {
     open_ = false;
     ShowWindow(Handle(), SW_HIDE);
     // Not to be kept in a window that nobody sees.
@@ -200,7 +218,6 @@ bool TfmConfig::Close() {
     if (OnClosed) {
         OnClosed();
     }
-    return true;
 }
 
 // The program or the session ends: nobody may be there to answer. A failure goes where mistakes go.

@@ -37,6 +37,9 @@ public:
     // Closes the window as the user does. False when the settings could not be saved and the user wants to
     // go on editing.
     bool Close();
+    // The same for a run that is about to begin, without a question: settings that cannot be saved stay open,
+    // with the reason, and false is returned.
+    bool CloseForRun();
 
     // Called when the window has closed and all that was entered is in the table: losing it to a crash hours
     // later would be a pity.
@@ -96,6 +99,7 @@ private:
     void PressFocusedButton();
     void ScaleChanged(TScale scale, const RECT& suggestedArea);
     void CloseWithoutQuestion();
+    void Hide();
     SIZE ClientSize(int width, int height) const;
     std::wstring IniPath() const { return configurationFolder_ + L"\\NASConf.ini"; }
 

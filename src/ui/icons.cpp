@@ -23,12 +23,13 @@ void DrawClose(TIconCanvas& canvas, const TInk& ink) {
     canvas.Line({{16, 8}, {20, 12}, {16, 16}}, kLine, ink.accent);
 }
 
-// Two sheets, the copy in front.
+// A file on its way down into the box on the network, which has a light.
 void DrawStartCopy(TIconCanvas& canvas, const TInk& ink) {
-    canvas.Line({{4, 15}, {4, 5}, {5, 4}, {15, 4}}, kLine, ink.line);
-    canvas.Line({{9, 8}, {19, 8}, {20, 9}, {20, 19}, {19, 20}, {9, 20}, {8, 19}, {8, 9}, {9, 8}}, kLine,
-                ink.accent);
-    canvas.Line({{11, 14}, {13.5, 16.5}, {17, 11.5}}, kLine, ink.accent);
+    canvas.Line({{4, 14}, {20, 14}, {20, 21}, {4, 21}, {4, 14}}, kLine, ink.line);
+    canvas.Line({{7, 17.5}, {12, 17.5}}, kLine, ink.line);
+    canvas.Circle({16.5, 17.5}, 1.4, ink.accent);
+    canvas.Line({{12, 2}, {12, 10}}, kLine, ink.accent);
+    canvas.Line({{8, 6.5}, {12, 10.5}, {16, 6.5}}, kLine, ink.accent);
 }
 
 void DrawStopCopy(TIconCanvas& canvas, const TInk& ink) {

@@ -178,8 +178,15 @@ TEST_F(ConfigWindow, AFailedSaveIsToldAndNothingIsLost) {
     EXPECT_TRUE(window.IsOpen());
     EXPECT_THAT(Bytes(window.EdBackupPath.Text()), HasSubstr("E:"));
     EXPECT_EQ(FileBytes(iniPath), before);
+    // A run asks nothing.
+    question.clear();
+    EXPECT_FALSE(window.CloseForRun());
+    EXPECT_TRUE(window.IsOpen());
+    EXPECT_EQ(question, L"");
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("NASConf.ini"));
     calls.MoveFileExW = SystemPlatformCalls().MoveFileExW;
-    EXPECT_TRUE(window.Close());
+    EXPECT_TRUE(window.CloseForRun());
+    EXPECT_FALSE(window.IsOpen());
     EXPECT_NE(FileBytes(iniPath), before);
 }
 
