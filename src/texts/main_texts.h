@@ -27,16 +27,23 @@ inline constexpr wchar_t Update[] = L"Update";
 inline constexpr wchar_t UpdateKeys[] = L"Strg+U";
 inline constexpr wchar_t OpenRunLog[] = L"Laufprotokoll öffnen";
 inline constexpr wchar_t OpenRunLogKeys[] = L"Strg+L";
+inline constexpr wchar_t NextError[] = L"Nächster Fehler";
+inline constexpr wchar_t NextErrorKeys[] = L"F8";
+inline constexpr wchar_t PreviousError[] = L"Voriger Fehler";
+inline constexpr wchar_t PreviousErrorKeys[] = L"Umschalt+F8";
 inline constexpr wchar_t Minimize[] = L"Minimize";
 inline constexpr wchar_t About[] = L"About Vardeko";
 
 inline constexpr wchar_t CurrentFile[] = L"Datei:";
 inline constexpr wchar_t StatusList[] = L"Meldungen";
+inline constexpr wchar_t NothingYet[] = L"Noch kein Lauf. F5 kopiert, Strg+E stellt ein.";
 inline constexpr wchar_t Version[] = L"Version";
 
 // In the status list's menu. Not just "Kopieren": that is what the button says that starts a run.
 inline constexpr wchar_t CopyRows[] = L"Zeilen kopieren";
 inline constexpr wchar_t CopyRowsKeys[] = L"Strg+C";
+inline constexpr wchar_t ShowFile[] = L"Im Ordner zeigen";
+inline constexpr wchar_t ShowCopy[] = L"Kopie im Backup zeigen";
 
 // Shown by the system.
 inline constexpr wchar_t ShutDownMessage[] = L"Vardeko Shutdown in progress";
@@ -52,6 +59,14 @@ inline std::wstring Finished(const std::wstring& time) {
 
 inline std::wstring StoppedByUser(const std::wstring& time) {
     return L"Anwender Abbruch: " + time;
+}
+
+inline std::wstring NotShown(const std::wstring& path) {
+    return L"Der Ordner lässt sich nicht öffnen: " + path;
+}
+
+inline std::wstring NotFound(const std::wstring& path) {
+    return L"Nicht gefunden: " + path;
 }
 
 inline std::wstring ReindexEnded(const std::wstring& time) {

@@ -22,6 +22,19 @@ std::wstring WaitingForOtherRunText(std::wstring_view destination) {
     return L"Ein anderer Lauf sichert gerade hierhin, warte auf sein Ende: " + std::wstring(destination);
 }
 
+std::wstring FailuresText(std::uint64_t files, std::uint64_t folders, std::uint64_t others) {
+    std::wstring text;
+    const auto add = [&text](std::uint64_t count, const wchar_t* one, const wchar_t* many) {
+        if (count != 0) {
+            text += (text.empty() ? L"" : L", ") + std::to_wstring(count) + L" " + (count == 1 ? one : many);
+        }
+    };
+    add(files, L"Datei nicht kopiert", L"Dateien nicht kopiert");
+    add(folders, L"Ordner nicht vollständig gelesen", L"Ordner nicht vollständig gelesen");
+    add(others, L"anderer Fehler", L"andere Fehler");
+    return L"Nicht alles gesichert: " + text;
+}
+
 std::wstring ErrorLogText(std::wstring_view source) {
     return std::wstring(source) + L" Copy Error";
 }

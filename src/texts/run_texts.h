@@ -14,6 +14,10 @@ std::wstring ComparedText(std::int64_t files);
 // For the run's log.
 std::wstring CloudFilesText(std::int64_t files);
 
+// What a run that failed in something says at its end: "Nicht alles gesichert: 3 Dateien nicht kopiert, 1
+// Ordner nicht vollständig gelesen". Numbers of 0 are left out.
+std::wstring FailuresText(std::uint64_t files, std::uint64_t folders, std::uint64_t others);
+
 inline constexpr wchar_t kSearchingText[] = L"Suche nach veränderten Daten..";
 
 // Shown as the current path while a run waits.

@@ -21,6 +21,10 @@ inline constexpr wchar_t NewerVersion[] = L"Neuere Version: ";
 inline constexpr wchar_t HowToUpdate[] =
     L"Klicken Sie auf Update, um eine neuere Version von Vardeko zu erhalten";
 inline constexpr wchar_t BadInformation[] = L"Die Angaben des Servers zum Update sind ungültig";
+inline constexpr wchar_t NoServer[] =
+    L"Der Server ist nicht zu erreichen. Prüfen Sie, ob der PC mit dem Internet verbunden ist.";
+inline constexpr wchar_t NoSecureConnection[] =
+    L"Mit dem Server ist keine sichere Verbindung möglich. Prüfen Sie Datum und Uhrzeit des PCs.";
 inline constexpr wchar_t BadPage[] = L"Die Adresse der Seite ist ungültig";
 
 inline constexpr wchar_t Confirmation[] = L"Bestätigung";

@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "support/system_error.h"
+#include "texts/update_texts.h"
 
 namespace {
 
@@ -248,6 +249,17 @@ THttpError THttpExchange::Read(std::string_view& bytes) {
 }
 
 std::wstring HttpErrorText(THttpError error) {
+    switch (error) {
+        case ERROR_WINHTTP_NAME_NOT_RESOLVED:
+        case ERROR_WINHTTP_CANNOT_CONNECT:
+        case ERROR_WINHTTP_TIMEOUT:
+        case ERROR_WINHTTP_CONNECTION_ERROR:
+            return UpdateTexts::NoServer;
+        case ERROR_WINHTTP_SECURE_FAILURE:
+            return UpdateTexts::NoSecureConnection;
+        default:
+            break;
+    }
     std::array<wchar_t, 512> buffer{};
     const HMODULE module = GetModuleHandleW(L"winhttp.dll");
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_IGNORE_INSERTS, module,

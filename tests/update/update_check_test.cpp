@@ -209,7 +209,7 @@ TEST_F(TUpdateCheckTest, LogsWhatWentWrong) {
     Make(L"localhost:1");
     SearchSilently();
     Show();
-    EXPECT_THAT(Log(), testing::StartsWith(L"12029 "));
+    EXPECT_THAT(Log(), testing::StartsWith(L"12029 Der Server ist nicht zu erreichen."));
 }
 
 TEST_F(TUpdateCheckTest, OpensTheNewsPageOnlyWhenItIsAPage) {
