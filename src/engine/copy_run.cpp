@@ -195,7 +195,7 @@ void TCopyRun::Report(const std::wstring& text, TMessagePos kind, const std::wst
 }
 
 void TCopyRun::ReportFailure(const TProblem& problem) {
-    ++otherFailures_;
+    ++(problem.what == TProblemKind::FolderIncomplete ? incompleteFolders_ : otherFailures_);
     log_.Problem(problem);
     Report(ProblemText(problem, &SystemErrorText), TMessagePos::Error);
 }

@@ -52,6 +52,15 @@ struct TRunSettings {
     bool fetchCloudFiles = false;
 };
 
+// How much of a run went wrong.
+struct TRunFailures {
+    std::uint64_t files = 0;    // not copied
+    std::uint64_t folders = 0;  // not listed to their end
+    std::uint64_t others = 0;   // a table that was not saved, say
+
+    std::uint64_t Sum() const { return files + folders + others; }
+};
+
 // The run from TDM.StartCopy to its end: its destination, its tasks, the list of files that wait, what was
 // copied and what failed. A new run is a new object; one that was stopped does nothing more but finish the
 // file at hand. Belongs to the window's thread.
@@ -92,7 +101,7 @@ public:
     // Writes the last lines of the run's log. Once.
     void Close(int exitCode);
 
-    std::uint64_t Failures() const { return otherFailures_ + failedFiles_.size(); }
+    TRunFailures Failures() const { return {failedFiles_.size(), incompleteFolders_, otherFailures_}; }
     std::uint64_t MissingFolders() const { return missingFolders_; }
 
 private:
@@ -136,6 +145,7 @@ private:
     // Tried once more at the end of the run.
     std::vector<std::wstring> failedFiles_;
     bool triedAgain_ = false;
+    std::uint64_t incompleteFolders_ = 0;
     std::uint64_t otherFailures_ = 0;
     std::uint64_t missingFolders_ = 0;
 

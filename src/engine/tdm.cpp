@@ -5,10 +5,12 @@
 #include "engine/file_size_text.h"
 #include "engine/reindex.h"
 #include "engine/scan_folders.h"
+#include "hashdb/destination_folder.h"
 #include "store/seen_tables.h"
 #include "store/settings.h"
 #include "store/source_folder_file.h"
 #include "support/path_hash.h"
+#include "support/path_text.h"
 #include "support/system_error.h"
 #include "support/system_helpers.h"
 #include "support/user_locale.h"
@@ -184,8 +186,18 @@ void TDM::CloseRun() {
     }
 }
 
+TRunFailures TDM::Failures() const {
+    TRunFailures failures = run_ ? run_->Failures() : TRunFailures();
+    failures.others += failures_;
+    return failures;
+}
+
+std::wstring TDM::PathOfCopy(std::wstring_view source) const {
+    return DestinationFolder(NAS, hostName_, source) + std::wstring(FileNamePart(source));
+}
+
 TExitCode TDM::ExitCode() const {
-    return ExitCodeOf(machine_.Outcome(), Failures(), run_ ? run_->MissingFolders() : 0);
+    return ExitCodeOf(machine_.Outcome(), Failures().Sum(), run_ ? run_->MissingFolders() : 0);
 }
 
 void TDM::ReIndexNasData() {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "engine/copy_run.h"
 #include "engine/message_kind.h"
@@ -79,8 +80,10 @@ public:
     // Whether a run was ever begun, and what came of the last one.
     bool HasRun() const { return run_ != nullptr; }
     TExitCode ExitCode() const;
-    // How much of the current or last run went wrong: files not copied, folders not read, tables not saved.
-    std::uint64_t Failures() const { return failures_ + (run_ ? run_->Failures() : 0); }
+    // How much of the current or last run went wrong.
+    TRunFailures Failures() const;
+    // Where the copy of a source file is, or would be, in the destination of the last run.
+    std::wstring PathOfCopy(std::wstring_view source) const;
     // Whether a file is being copied further up the stack: the window must not go away now.
     bool InCopyPass() const { return inPass_; }
     const std::wstring& ConfigurationFolder() const { return configurationFolder_; }

@@ -102,7 +102,7 @@ TEST_F(CopyRun, AFailedCopyIsToldLoggedAndLeavesTheOldOne) {
     Run();
     EXPECT_EQ(Texts(TMessagePos::Error), std::vector{source_.At(L"a.txt")});
     EXPECT_EQ(Texts(TMessagePos::Memo), std::vector{source_.At(L"b.txt")});
-    EXPECT_EQ(Dm().Failures(), 1U);
+    EXPECT_EQ(Dm().Failures().Sum(), 1U);
     EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "old");
     EXPECT_FALSE(Dm().NasData.Find(PathDigest(source_.At(L"a.txt"))));
     const std::string log = destination_.Read(HostName() + L"\\Error.log").value_or("");
@@ -375,7 +375,7 @@ TEST_F(CopyRun, AListingThatBreaksOffIsNoEmptyFolder) {
         ASSERT_EQ(errors.size(), 1U) << error
                                      << ": the source folder's listing breaks off before its sub-folder";
         EXPECT_NE(errors.front().find(source_.Path()), std::wstring::npos);
-        EXPECT_EQ(Dm().Failures(), 1U);
+        EXPECT_EQ(Dm().Failures().Sum(), 1U);
     }
 }
 
@@ -397,7 +397,7 @@ TEST_F(CopyRun, ASourceFolderThatDoesNotAnswerIsNotMissing) {
         };
         Run();
         const bool isTold = tried == ERROR_BAD_NETPATH || tried == ERROR_ACCESS_DENIED;
-        EXPECT_EQ(Dm().Failures(), isTold ? 1U : 0U) << error;
+        EXPECT_EQ(Dm().Failures().Sum(), isTold ? 1U : 0U) << error;
         EXPECT_EQ(Texts(TMessagePos::Error).size(), isTold ? 1U : 0U) << error;
         EXPECT_EQ(destination_.Read(CopyOf(L"b\\b.txt")), "y") << "the other folders are copied";
     }
@@ -442,7 +442,7 @@ TEST_F(CopyRun, ADestinationListingThatBreaksOffIsAskedFileByFile) {
     };
     Run();
     EXPECT_TRUE(Texts(TMessagePos::Memo).empty());
-    EXPECT_EQ(Dm().Failures(), 0U);
+    EXPECT_EQ(Dm().Failures().Sum(), 0U);
 }
 
 TEST_F(CopyRun, FilesThatComeWithTheEndOfTheScanAreCopiedToo) {
