@@ -7,30 +7,39 @@
 
 namespace {
 
-enum TItem : UINT_PTR { kCopyRows = 1, kRunLog };
+constexpr UINT_PTR kCopyRows = 1;
+constexpr UINT_PTR kFirstAction = 2;
 
 std::wstring WithKeys(const std::wstring& caption, const std::wstring& keys) {
-    return caption + L"\t" + keys;
+    return keys.empty() ? caption : caption + L"\t" + keys;
+}
+
+void AddItem(const TPopupMenu& menu, UINT_PTR id, const std::wstring& text, bool enabled) {
+    AppendMenuW(menu.Get(), enabled ? MF_STRING : MF_STRING | MF_GRAYED, id, text.c_str());
 }
 
 }  // namespace
 
-void ShowListMenu(HWND window, TStatusListView& list, TAction& runLog, POINT screenPoint) {
+void ShowListMenu(HWND window, TStatusListView& list, const std::vector<TAction*>& actions,
+                  POINT screenPoint) {
     if (screenPoint.x == -1 && screenPoint.y == -1) {
         screenPoint = list.MenuPoint();
     }
     const TPopupMenu menu;
-    AppendMenuW(menu.Get(), list.HasSelection() ? MF_STRING : MF_STRING | MF_GRAYED, kCopyRows,
-                WithKeys(MainTexts::CopyRows, MainTexts::CopyRowsKeys).c_str());
-    AppendMenuW(menu.Get(), MF_STRING, kRunLog, WithKeys(runLog.Caption(), runLog.Shortcut().name).c_str());
-    switch (menu.Track(window, screenPoint)) {
-        case kCopyRows:
-            list.CopySelection();
-            break;
-        case kRunLog:
-            runLog.Execute();
-            break;
-        default:
-            break;
+    AddItem(menu, kCopyRows, WithKeys(MainTexts::CopyRows, MainTexts::CopyRowsKeys), list.HasSelection());
+    for (std::size_t index = 0; index < actions.size(); ++index) {
+        if (TAction* action = actions[index]) {
+            action->Update();
+            AddItem(menu, kFirstAction + index, WithKeys(action->Caption(), action->Shortcut().name),
+                    action->Enabled());
+        } else {
+            AppendMenuW(menu.Get(), MF_SEPARATOR, 0, nullptr);
+        }
+    }
+    const auto chosen = static_cast<UINT_PTR>(menu.Track(window, screenPoint));
+    if (chosen == kCopyRows) {
+        list.CopySelection();
+    } else if (chosen >= kFirstAction) {
+        actions.at(chosen - kFirstAction)->Execute();
     }
 }

@@ -76,6 +76,7 @@ public:
 
     void ShowConfiguration(HWND owner) override { fmConfig.Show(owner); }
     bool CloseConfiguration() override { return fmConfig.Close(); }
+    bool CloseConfigurationForRun() override { return fmConfig.CloseForRun(); }
     void CheckForUpdate(bool silent, std::function<void()> finished) override {
         fmUpdateCheck.ShowEx(silent, std::move(finished));
     }

@@ -8,6 +8,7 @@
 #include "app/shutdown.h"
 #include "engine/run_log.h"
 #include "support/date_time_text.h"
+#include "support/file_access.h"
 #include "support/system_error.h"
 #include "support/user_locale.h"
 #include "texts/main_texts.h"
@@ -90,6 +91,24 @@ TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
                 .shortcut = {.key = 'L', .control = true, .name = MainTexts::OpenRunLogKeys},
                 .visible = false,
                 .execute = [this] { acRunLogExecute(); }}),
+      acNextError({.caption = MainTexts::NextError,
+                   .shortcut = {.key = VK_F8, .name = MainTexts::NextErrorKeys},
+                   .visible = false,
+                   .enabledWhen = [this] { return rows_.HasErrors(); },
+                   .execute = [this] { SelectError(true); }}),
+      acPreviousError({.caption = MainTexts::PreviousError,
+                       .shortcut = {.key = VK_F8, .shift = true, .name = MainTexts::PreviousErrorKeys},
+                       .visible = false,
+                       .enabledWhen = [this] { return rows_.HasErrors(); },
+                       .execute = [this] { SelectError(false); }}),
+      acShowFile({.caption = MainTexts::ShowFile,
+                  .visible = false,
+                  .enabledWhen = [this] { return !CurrentPath().empty(); },
+                  .execute = [this] { ShowInFolder(CurrentPath()); }}),
+      acShowCopy({.caption = MainTexts::ShowCopy,
+                  .visible = false,
+                  .enabledWhen = [this] { return !CurrentPath().empty(); },
+                  .execute = [this] { ShowInFolder(dataModule_->PathOfCopy(CurrentPath())); }}),
       acPauseCopy({.visible = false}),
       acMinWin({.caption = MainTexts::Minimize, .visible = false}),
       acAbout({.caption = MainTexts::About, .visible = false}),
@@ -110,7 +129,9 @@ void TfmMain::Show(TDM& dataModule, TCompanionWindows& companions, int showComma
     dataModule_ = &dataModule;
     companions_ = &companions;
     FormShow();
-    ShowWindow(Handle(), showCommand);
+    const bool asUsual = showCommand == SW_SHOWNORMAL || showCommand == SW_SHOWDEFAULT;
+    ShowWindow(Handle(), asUsual && maximized_ ? SW_SHOWMAXIMIZED : showCommand);
+    shown_ = showCommand != SW_HIDE;
     UpdateWindow(Handle());
 }
 
@@ -154,13 +175,23 @@ void TfmMain::acCloseExecute() {
 }
 
 void TfmMain::acStartCopyExecute() {
+    // What was entered counts, or the run would use a destination that nobody sees any more.
+    if (companions_->CloseConfigurationForRun()) {
+        StartRun();
+    }
+}
+
+void TfmMain::StartRun() {
     // A reindex that was stopped is still on the stack until it has unwound.
-    if (closing_ || dataModule_->IsReindexing()) {
+    if (closing_ || dataModule_->IsReindexing() || !CopyIdle) {
         return;
     }
     rows_.Clear();
+    failureUnseen_ = false;
     sbarMain.SetText(kBytesPanel, L"0");
     sbarMain.SetText(kPathPanel, L"");
+    SetCurrentFile(L"");
+    cxProgressBar.SetPosition(0);
     AddStatusLine(MainTexts::Started(Now()));
     startTime = GetTickCount();
     const TEngineCall call(*this);
@@ -183,6 +214,11 @@ void TfmMain::EndOfRun() {
     const TEngineCall call(*this);
     dataModule_->EndScanTask();
     const double minutes = (GetTickCount() - startTime) / 60000.0;
+    if (const TRunFailures failures = dataModule_->Failures();
+        failures.Sum() != 0 && !dataModule_->IsReindexing()) {
+        AddStatusLine(FailuresText(failures.files, failures.folders, failures.others), kErrorStatus);
+        failureUnseen_ = GetForegroundWindow() != Handle();
+    }
     AddStatusLine(TimeTakenText(minutes, DecimalSeparator()));
     AddStatusLine(MainTexts::Finished(Now()));
     sbarMain.SetText(kProgressPanel, L"");
@@ -191,8 +227,21 @@ void TfmMain::EndOfRun() {
     UpdateActions();
 }
 
+void TfmMain::DrawAttention() {
+    if (GetForegroundWindow() == Handle()) {
+        return;
+    }
+    FLASHWINFO flash{};
+    flash.cbSize = sizeof(flash);
+    flash.hwnd = Handle();
+    flash.dwFlags = FLASHW_TRAY;
+    flash.uCount = 1;
+    FlashWindowEx(&flash);
+}
+
 void TfmMain::DoNasFinishMsg() {
     EndOfRun();
+    DrawAttention();
     if (acShutDown.Checked()) {
         ShutdownSystem(calls_, L"", MainTexts::ShutDownMessage, kShutDownDelay, true, false);
     } else if (CloseAfterCopy) {
@@ -252,10 +301,40 @@ void TfmMain::acRunLogExecute() {
     const std::wstring path = NewestRunLog(calls_, folder);
     if (path.empty()) {
         AddStatusLine(kNoRunLogText);
-    } else if (reinterpret_cast<INT_PTR>(calls_.ShellExecuteW(Handle(), L"open", path.c_str(), nullptr,
-                                                              nullptr, SW_SHOWNORMAL)) <= kLastShellError) {
+    } else if (!OpenByShell(path.c_str(), nullptr)) {
         const std::wstring reason = SystemErrorText(GetLastError());
         AddStatusLine(RunLogNotOpenedText(path), kErrorStatus, reason);
+    }
+}
+
+bool TfmMain::OpenByShell(const wchar_t* file, const wchar_t* parameters) {
+    const HINSTANCE answer =
+        calls_.ShellExecuteW(Handle(), L"open", file, parameters, nullptr, SW_SHOWNORMAL);
+    return reinterpret_cast<INT_PTR>(answer) > kLastShellError;
+}
+
+void TfmMain::SelectError(bool below) {
+    if (cxGridTv.SelectError(below)) {
+        SetFocus(cxGridTv.Handle());
+    }
+}
+
+std::wstring TfmMain::CurrentPath() const {
+    const std::optional<std::size_t> row = cxGridTv.CurrentRow();
+    const std::wstring text = row ? rows_.Text(*row) : std::wstring();
+    return IsPathRow(text) ? text : std::wstring();
+}
+
+void TfmMain::ShowInFolder(const std::wstring& path) {
+    if (path.empty()) {
+        return;
+    }
+    // Of a file that is not there the Explorer would show something else.
+    if (!FileExists(calls_, path)) {
+        AddStatusLine(MainTexts::NotFound(path));
+    } else if (!OpenByShell(L"explorer.exe", (L"/select,\"" + path + L"\"").c_str())) {
+        const std::wstring reason = SystemErrorText(GetLastError());
+        AddStatusLine(MainTexts::NotShown(path), kErrorStatus, reason);
     }
 }
 
@@ -265,7 +344,9 @@ void TfmMain::TimerTimer() {
         return;
     }
     Timer.SetEnabled(false);
-    acStartCopy.Execute();
+    // Nobody may be there: settings that cannot be saved hold up nothing.
+    static_cast<void>(companions_->CloseConfigurationForRun());
+    StartRun();
 }
 
 void TfmMain::UpdateTimerTimer() {
@@ -304,10 +385,14 @@ void TfmMain::EndForgottenMenu() {
     }
 }
 
+std::array<TAction*, 12> TfmMain::Actions() {
+    return {&acClose,  &acStartCopy, &acStopCopy,  &acConfigCopy,    &acShutDown, &acReindex,
+            &acUpdate, &acRunLog,    &acNextError, &acPreviousError, &acShowFile, &acShowCopy};
+}
+
 void TfmMain::UpdateActions() {
     KeepAwake();
-    for (TAction* action : {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex,
-                            &acUpdate, &acRunLog}) {
+    for (TAction* action : Actions()) {
         action->Update();
     }
 }
@@ -445,9 +530,12 @@ void TfmMain::ShowChanges() {
         SetWindowTextW(dxBarStatic2_, currentFile_.c_str());
     }
     if (CopyIdle) {
-        taskbarProgress_.Hide();
-    } else {
+        failureUnseen_ ? taskbarProgress_.ShowError() : taskbarProgress_.Hide();
+    } else if (cxProgressBar.Position() > 0) {
         taskbarProgress_.Show(cxProgressBar.Position(), cxProgressBar.Maximum());
+    } else {
+        // Files are compared, or small ones copied.
+        taskbarProgress_.ShowPulse();
     }
 }
 

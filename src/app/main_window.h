@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -34,6 +35,9 @@ public:
     virtual void ShowConfiguration(HWND owner) = 0;
     // Closes the configuration window as its user would. False when the user wants to go on editing.
     virtual bool CloseConfiguration() = 0;
+    // The same before a run: asks nothing. False when what was entered could not be saved; the window stays
+    // open then and says so.
+    virtual bool CloseConfigurationForRun() = 0;
     // Looks for a newer version: silently, or in a window. `finished` is called when the search has ended or
     // the window was closed.
     virtual void CheckForUpdate(bool silent, std::function<void()> finished) = 0;
@@ -78,6 +82,10 @@ public:
     TAction acReindex;
     TAction acUpdate;
     TAction acRunLog;
+    TAction acNextError;
+    TAction acPreviousError;
+    TAction acShowFile;
+    TAction acShowCopy;
     TAction acPauseCopy;
     TAction acMinWin;
     TAction acAbout;
@@ -85,6 +93,7 @@ public:
     const TStatusListModel& Rows() const { return rows_; }
     const TStatusBar& StatusBar() const { return sbarMain; }
     const TProgressBar& ProgressBar() const { return cxProgressBar; }
+    const TTaskbarProgress& TaskbarProgress() const { return taskbarProgress_; }
     HWND ListHandle() const { return cxGridTv.Handle(); }
     HWND CurrentFileField() const { return dxBarStatic2_; }
 
@@ -117,11 +126,17 @@ private:
     void acReindexExecute();
     void acUpdateExecute();
     void acRunLogExecute();
+    void SelectError(bool below);
+    // The path in the current row; empty when that row is about something else.
+    std::wstring CurrentPath() const;
+    void ShowInFolder(const std::wstring& path);
+    bool OpenByShell(const wchar_t* file, const wchar_t* parameters);
+    void StartRun();
     void TimerTimer();
     void UpdateTimerTimer();
 
     // Handlers of window messages.
-    void Deactivated();
+    void Activated(bool active);
     void ScaleChanged(TScale scale, const RECT& suggestedArea);
     void SessionEnds();
     void RunBroken();
@@ -130,11 +145,17 @@ private:
     void ProgressMessage(UINT message, WPARAM wordParameter, LPARAM longParameter);
 
     void CreateControls();
+    // Where the window stood when it was last closed, or in the middle of the screen; always on the screen.
+    RECT StartingPlace();
+    void StorePlace() const;
     void FormShow();
     void UseScale(TScale scale);
     void Layout();
 
     void EndOfRun();
+    // Tells somebody who looks at another window that the run is over.
+    void DrawAttention();
+    std::array<TAction*, 12> Actions();
     // Stops a run, and closes the window once the engine is off the stack.
     void RequestClose();
     TEndAnswer EndRequested();
@@ -157,12 +178,15 @@ private:
     const TCommandLine commandLine_;
     TDM* dataModule_ = nullptr;
     bool dataModuleEnded_ = false;
+    bool shown_ = false;
+    bool maximized_ = false;  // when it was last closed
     TCompanionWindows* companions_ = nullptr;
 
     bool aShowMessage = true;
     bool CloseAfterCopy = false;
     DWORD startTime = 0;
     bool unexpectedErrors_ = false;
+    bool failureUnseen_ = false;  // a run failed in something, and the window was not looked at since
     bool keepsAwake_ = false;
     bool closing_ = false;
     int engineCalls_ = 0;

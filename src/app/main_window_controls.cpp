@@ -5,6 +5,7 @@
 #include <windowsx.h>
 
 #include <algorithm>
+#include <sstream>
 #include <system_error>
 
 #include "app/list_menu.h"
@@ -13,6 +14,7 @@
 #include "texts/main_texts.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
+#include "ui/layout_store.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -28,6 +30,8 @@ constexpr int kFileFieldHeight = 24;
 constexpr int kMargin = 8;
 
 constexpr int kListId = 100;
+constexpr wchar_t kPlaceName[] = L"MainWindow";
+constexpr LPARAM kKeyWasDown = LPARAM{1} << 30;
 
 constexpr DWORD kStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
 // A tool window has no button in the taskbar of its own accord.
@@ -47,8 +51,11 @@ void TfmMain::FormCreate() {
     options.caption = MainTexts::Window;
     options.style = kStyle;
     options.extendedStyle = kExtendedStyle;
-    options.width = scale_(kWindowWidth);
-    options.height = scale_(kWindowHeight);
+    const RECT place = StartingPlace();
+    options.left = place.left;
+    options.top = place.top;
+    options.width = place.right - place.left;
+    options.height = place.bottom - place.top;
     options.icon = LoadProgramIcon(GetSystemMetrics(SM_CXICON));
     options.smallIcon = LoadProgramIcon(GetSystemMetrics(SM_CXSMICON));
     if (!Create(options)) {
@@ -65,13 +72,41 @@ void TfmMain::FormCreate() {
     UpdateTimer.SetEnabled(true);
 }
 
+RECT TfmMain::StartingPlace() {
+    RECT place{};
+    if (const std::optional<std::wstring> stored = LoadLayout(kPlaceName)) {
+        std::wistringstream numbers(*stored);
+        numbers >> place.left >> place.top >> place.right >> place.bottom >> maximized_;
+        const bool isUsable = !numbers.fail() && place.right - place.left >= scale_(kLeastWidth) &&
+                              place.bottom - place.top >= scale_(kLeastHeight);
+        if (isUsable) {
+            return FitToWorkArea(place);
+        }
+        maximized_ = false;
+    }
+    return CentredOn(nullptr, {scale_(kWindowWidth), scale_(kWindowHeight)});
+}
+
+void TfmMain::StorePlace() const {
+    WINDOWPLACEMENT placement{};
+    placement.length = sizeof(placement);
+    if (!shown_ || !GetWindowPlacement(Handle(), &placement)) {
+        return;
+    }
+    std::wostringstream numbers;
+    const RECT& place = placement.rcNormalPosition;
+    numbers << place.left << L' ' << place.top << L' ' << place.right << L' ' << place.bottom << L' '
+            << (placement.showCmd == SW_SHOWMAXIMIZED);
+    StoreLayout(kPlaceName, numbers.str());
+}
+
 void TfmMain::CreateControls() {
     const HFONT font = font_.Get();
     bool created = toolBar_.CreateIn(Handle(),
                                      {{&acClose},
                                       {},
-                                      {&acStartCopy},
-                                      {&acStopCopy},
+                                      {&acStartCopy, false, &acStopCopy},
+                                      {&acStopCopy, false, &acStartCopy},
                                       {},
                                       {&acConfigCopy},
                                       {&acReindex, true},
@@ -96,6 +131,8 @@ void TfmMain::CreateControls() {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "CreateWindowEx");
     }
     lastFocus_ = cxGridTv.Handle();
+    toolBar_.SetFocusFallback(cxGridTv.Handle());
+    cxGridTv.OnOpenRow = [this] { acShowFile.Execute(); };
 }
 
 void TfmMain::UseScale(TScale scale) {
@@ -164,8 +201,12 @@ void TfmMain::ScaleChanged(TScale scale, const RECT& suggestedArea) {
     PlaceWindow(Handle(), suggestedArea);
 }
 
-// A window that is no dialog forgets which of its controls had the keyboard.
-void TfmMain::Deactivated() {
+void TfmMain::Activated(bool active) {
+    if (active) {
+        failureUnseen_ = false;
+        return;
+    }
+    // A window that is no dialog forgets which of its controls had the keyboard.
     if (const HWND focus = GetFocus(); focus != nullptr && IsChild(Handle(), focus)) {
         lastFocus_ = focus;
     }
@@ -178,8 +219,7 @@ bool TfmMain::TranslateKey(const MSG& message) {
     if (message.message == WM_KEYDOWN) {
         const bool control = GetKeyState(VK_CONTROL) < 0;
         const bool shift = GetKeyState(VK_SHIFT) < 0;
-        for (TAction* action : {&acClose, &acStartCopy, &acStopCopy, &acConfigCopy, &acShutDown, &acReindex,
-                                &acUpdate, &acRunLog}) {
+        for (TAction* action : Actions()) {
             const TShortcut& shortcut = action->Shortcut();
             if (shortcut.key == message.wParam && shortcut.control == control && shortcut.shift == shift) {
                 action->Execute();
@@ -187,7 +227,10 @@ bool TfmMain::TranslateKey(const MSG& message) {
             }
         }
         if (message.wParam == VK_RETURN && GetParent(message.hwnd) == toolBar_.Handle()) {
-            SendMessageW(message.hwnd, BM_CLICK, 0, 0);
+            // A key that is held down presses once: what it started must not be stopped by it.
+            if ((message.lParam & kKeyWasDown) == 0) {
+                SendMessageW(message.hwnd, BM_CLICK, 0, 0);
+            }
             return true;
         }
     }
@@ -228,8 +271,10 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             if (reinterpret_cast<HWND>(wordParameter) != cxGridTv.Handle()) {
                 return std::nullopt;
             }
-            ShowListMenu(Handle(), cxGridTv, acRunLog,
-                         {GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});
+            ShowListMenu(
+                Handle(), cxGridTv,
+                {&acShowFile, &acShowCopy, nullptr, &acNextError, &acPreviousError, nullptr, &acRunLog},
+                {GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});
             return 0;
         case WM_SIZE:
             Layout();
@@ -242,9 +287,7 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             ScaleChanged(TScale(HIWORD(wordParameter)), *reinterpret_cast<const RECT*>(longParameter));
             return 0;
         case WM_ACTIVATE:
-            if (LOWORD(wordParameter) == WA_INACTIVE) {
-                Deactivated();
-            }
+            Activated(LOWORD(wordParameter) != WA_INACTIVE);
             return std::nullopt;
         case WM_SETFOCUS:
             SetFocus(IsWindowEnabled(lastFocus_) ? lastFocus_ : cxGridTv.Handle());
@@ -282,6 +325,7 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             }
             return 0;
         case WM_DESTROY:
+            StorePlace();
             PostQuitMessage(0);
             return 0;
         default:

@@ -33,6 +33,12 @@ struct TRowShares {
 // is room; else the reason gives way first, down to 35 % of the row, and then the text.
 TRowShares ShareRow(int width, int gap, int textWidth, int reasonWidth);
 
+// The hint of a row: its whole text and the reason, in lines of which none is too long for a screen.
+std::wstring HintOfRow(std::wstring_view text, std::wstring_view reason);
+
+// Whether the text of a row is the path of a file and nothing else.
+bool IsPathRow(std::wstring_view text);
+
 // Holds the rows of the status list, the newest first. Adding costs the same however many there are; texts
 // are kept in UTF-8, one behind the other.
 class TStatusListModel {
@@ -43,6 +49,11 @@ public:
     std::optional<int> Status(std::size_t row) const;
     // Why what the row tells of went wrong; empty for most rows.
     std::wstring Reason(std::size_t row) const;
+
+    // The nearest Error row below or above a place in the list; -1 is the place above the first row.
+    std::optional<std::size_t> ErrorBelow(std::ptrdiff_t row) const;
+    std::optional<std::size_t> ErrorAbove(std::ptrdiff_t row) const;
+    bool HasErrors() const { return !errors_.empty(); }
 
     void InsertAtTop(std::wstring_view text, std::optional<int> status, std::wstring_view reason = {});
     void Clear();
@@ -84,8 +95,9 @@ private:
     const char* Keep(const std::string& text);
     const TRow& Row(std::size_t row) const { return rows_.at(rows_.size() - 1 - row); }
 
-    std::deque<TRow> rows_;        // the oldest first
-    std::deque<TReason> reasons_;  // in the order of their rows
+    std::deque<TRow> rows_;           // the oldest first
+    std::deque<TReason> reasons_;     // in the order of their rows
+    std::deque<std::size_t> errors_;  // the places in rows_ of the Error rows
     std::deque<std::unique_ptr<char[]>> blocks_;
     std::size_t blockBytes_ = 0;
     char* free_ = nullptr;

@@ -1,5 +1,7 @@
 #include "app/status_list_view.h"
 
+#include <windowsx.h>
+
 #include <algorithm>
 #include <cwchar>
 
@@ -56,6 +58,8 @@ bool TStatusListView::CreateIn(HWND parent, int id, TScale scale, HFONT font) {
     column.mask = LVCF_WIDTH;
     SendMessageW(handle_, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
     SetScale(scale, font);
+    SetWindowSubclass(handle_, &TStatusListView::ListProcedure, 2, reinterpret_cast<DWORD_PTR>(this));
+    scrollBar_.SetMarks([this](int first, int behind) { return HasErrorIn(first, behind); });
     return scrollBar_.AttachTo(handle_, [this](int position) {
         ScrollBy(position - static_cast<int>(SendMessageW(handle_, LVM_GETTOPINDEX, 0, 0)));
     });
@@ -137,11 +141,13 @@ void TStatusListView::ShowNewRows(int count) {
     }
     const int top = static_cast<int>(SendMessageW(handle_, LVM_GETTOPINDEX, 0, 0));
     const int mark = static_cast<int>(SendMessageW(handle_, LVM_GETSELECTIONMARK, 0, 0));
-    const int focused =
-        static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+    const int focused = FocusedRow();
+    const bool wasEmpty = shownRows_ == 0;
     shownRows_ += count;
-    // While the newest row is in sight the list shows the newest rows; further down it stays where it is.
-    const bool follows = top == 0;
+    ShowHintOf(-1);
+    // While the newest row is in sight the list shows the newest rows; further down, and while the user looks
+    // at a row of his choice, it stays where it is.
+    const bool follows = wasEmpty || (top == 0 && !HasSelection());
     SendMessageW(handle_, LVM_SETITEMCOUNT, static_cast<WPARAM>(shownRows_),
                  LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
     MoveSelection(count);
@@ -151,11 +157,13 @@ void TStatusListView::ShowNewRows(int count) {
     if (mark >= 0) {
         SendMessageW(handle_, LVM_SETSELECTIONMARK, 0, mark + count);
     }
-    if (!follows) {
-        ScrollBy(count);
+    // Whatever the changes of state have done to it.
+    const int wanted = follows ? 0 : top + count;
+    if (const int now = static_cast<int>(SendMessageW(handle_, LVM_GETTOPINDEX, 0, 0)); now != wanted) {
+        ScrollBy(wanted - now);
     }
     FitColumn();
-    InvalidateRect(handle_, nullptr, FALSE);
+    InvalidateRect(handle_, nullptr, wasEmpty);
     selectionChanged_ = false;
 }
 
@@ -224,13 +232,78 @@ void TStatusListView::CopySelection() {
     }
 }
 
+int TStatusListView::FocusedRow() const {
+    return static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+}
+
+std::optional<std::size_t> TStatusListView::CurrentRow() const {
+    const int row = FocusedRow();
+    if (row < 0 || SendMessageW(handle_, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_SELECTED) == 0) {
+        return std::nullopt;
+    }
+    return ModelRow(row);
+}
+
+bool TStatusListView::SelectError(bool below) {
+    ShowChanges();  // rows are counted from the top
+    const std::ptrdiff_t from = FocusedRow();
+    const auto found = below || from < 0 ? model_.ErrorBelow(from) : model_.ErrorAbove(from);
+    if (!found) {
+        return false;
+    }
+    const int row = static_cast<int>(*found);
+    SetRowState(-1, 0, LVIS_SELECTED);
+    SetRowState(row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+    SendMessageW(handle_, LVM_SETSELECTIONMARK, 0, row);
+    SendMessageW(handle_, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row), FALSE);
+    return true;
+}
+
+bool TStatusListView::HasErrorIn(int first, int behind) const {
+    const auto found = model_.ErrorBelow(static_cast<std::ptrdiff_t>(first) - 1);
+    return found && static_cast<int>(*found) < behind;
+}
+
+// The whole text and the reason of a row that is cut; nothing for -1. Shown by the tool tip once the pointer
+// rests.
+void TStatusListView::ShowHintOf(int row) {
+    if (row == hintedRow_) {
+        return;
+    }
+    hintedRow_ = row;
+    std::wstring hint;
+    if (const auto modelRow = ModelRow(row)) {
+        const std::wstring text = model_.Text(*modelRow);
+        const std::wstring reason = model_.Reason(*modelRow);
+        const int gap = reason.empty() ? 0 : scale_(kReasonGap);
+        const RECT area = RowArea(row);
+        if (TextWidth(font_, text) + gap + TextWidth(font_, reason) > area.right - 2 * scale_(kTextMargin)) {
+            hint = HintOfRow(text, reason);
+        }
+    }
+    hints_.SetHint(GetParent(handle_), handle_, hint);
+}
+
+LRESULT CALLBACK TStatusListView::ListProcedure(HWND handle, UINT message, WPARAM wordParameter,
+                                                LPARAM longParameter, UINT_PTR id, DWORD_PTR data) {
+    auto* view = reinterpret_cast<TStatusListView*>(data);
+    if (message == WM_MOUSEMOVE) {
+        LVHITTESTINFO hit{};
+        hit.pt = {GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)};
+        const auto row =
+            static_cast<int>(SendMessageW(handle, LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+        RunGuarded([&] { view->ShowHintOf(row); });
+    } else if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(handle, &TStatusListView::ListProcedure, id);
+    }
+    return DefSubclassProc(handle, message, wordParameter, longParameter);
+}
+
 POINT TStatusListView::MenuPoint() const {
     RECT client{};
     GetClientRect(handle_, &client);
     POINT point{scale_(kTextMargin), 0};
-    const auto focused =
-        static_cast<int>(SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
-    if (focused >= 0) {
+    if (const int focused = FocusedRow(); focused >= 0) {
         if (const RECT area = RowArea(focused); area.top >= 0 && area.bottom <= client.bottom) {
             point.y = area.bottom;
         }
@@ -243,6 +316,11 @@ std::optional<LRESULT> TStatusListView::HandleNotification(NMHDR& notification) 
     switch (notification.code) {
         case LVN_GETDISPINFOW:
             FillDisplayInformation(reinterpret_cast<NMLVDISPINFOW&>(notification));
+            return 0;
+        case NM_DBLCLK:
+            if (OnOpenRow) {
+                OnOpenRow();
+            }
             return 0;
         case NM_CUSTOMDRAW:
             return CustomDraw(reinterpret_cast<const NMLVCUSTOMDRAW&>(notification));
@@ -286,13 +364,26 @@ void TStatusListView::FillDisplayInformation(NMLVDISPINFOW& information) const {
 LRESULT TStatusListView::CustomDraw(const NMLVCUSTOMDRAW& draw) {
     switch (draw.nmcd.dwDrawStage) {
         case CDDS_PREPAINT:
-            return CDRF_NOTIFYITEMDRAW;
+            return CDRF_NOTIFYITEMDRAW | (shownRows_ == 0 ? CDRF_NOTIFYPOSTPAINT : 0);
+        case CDDS_POSTPAINT:
+            PaintEmptyText(draw.nmcd.hdc);
+            return CDRF_DODEFAULT;
         case CDDS_ITEMPREPAINT:
             DrawRow(draw.nmcd.hdc, static_cast<int>(draw.nmcd.dwItemSpec));
             return CDRF_SKIPDEFAULT;
         default:
             return CDRF_DODEFAULT;
     }
+}
+
+void TStatusListView::PaintEmptyText(HDC context) const {
+    RECT client{};
+    GetClientRect(handle_, &client);
+    const TSelection font(context, font_);
+    SetBkMode(context, TRANSPARENT);
+    SetTextColor(context, ColorRefOf(Theme::DimText));
+    DrawTextW(context, MainTexts::NothingYet, -1, &client,
+              DT_SINGLELINE | DT_CENTER | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
 
 void TStatusListView::DrawRow(HDC context, int row) const {

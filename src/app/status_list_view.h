@@ -6,6 +6,7 @@
 #include <commctrl.h>
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -14,9 +15,11 @@
 #include "support/handles.h"
 #include "ui/dpi.h"
 #include "ui/scroll_bar.h"
+#include "ui/tool_tips.h"
 
 // Shows a TStatusListModel in the system's list control, which keeps no row of its own: it asks for what it
-// shows. New rows come in above; the rows the user looks at, and the selected ones, stay where they are.
+// shows. New rows come in above. The list follows them while its top is seen and nothing is selected; else
+// the rows the user looks at, and the selected ones, stay where they are.
 class TStatusListView {
 public:
     explicit TStatusListView(const TStatusListModel& model) : model_(model) {}
@@ -39,6 +42,13 @@ public:
     bool HasSelection() const { return SendMessageW(handle_, LVM_GETSELECTEDCOUNT, 0, 0) > 0; }
     void SelectAll();
     void CopySelection();
+    // Selects the nearest Error row below (or above) the focused row, or the first one when no row has the
+    // focus. False when there is none.
+    bool SelectError(bool below);
+    // The model's number of the focused row, if it is selected.
+    std::optional<std::size_t> CurrentRow() const;
+    // A row was double-clicked.
+    std::function<void()> OnOpenRow;
     // Where a menu asked for by the keyboard belongs, in device pixels of the screen: below the focused row,
     // or at the top of the list when that row is out of sight.
     POINT MenuPoint() const;
@@ -56,6 +66,12 @@ private:
     void DrawRow(HDC context, int row) const;
     RECT RowArea(int row) const;
     void FillDisplayInformation(NMLVDISPINFOW& information) const;
+    int FocusedRow() const;
+    void ShowHintOf(int row);
+    void PaintEmptyText(HDC context) const;
+    bool HasErrorIn(int first, int behind) const;
+    static LRESULT CALLBACK ListProcedure(HWND handle, UINT message, WPARAM wordParameter,
+                                          LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
     void FitColumn();
     int RowHeight() const;
     void ScrollBy(int rows);
@@ -63,6 +79,8 @@ private:
     const TStatusListModel& model_;
     HWND handle_ = nullptr;
     TScrollBar scrollBar_;
+    TToolTips hints_;
+    int hintedRow_ = -1;
     TScale scale_;
     HFONT font_ = nullptr;
     // An empty image list: its height is the rows' height.

@@ -41,6 +41,7 @@ class TFakeWindows final : public TCompanionWindows {
 public:
     void ShowConfiguration(HWND) override { ++configurationsShown; }
     bool CloseConfiguration() override { return !userGoesOnEditing; }
+    bool CloseConfigurationForRun() override { return !settingsCannotBeSaved; }
     void CheckForUpdate(bool silent, std::function<void()> finished) override {
         ++(silent ? silentChecks : shownChecks);
         if (onShow && !silent) {
@@ -58,6 +59,7 @@ public:
     int shownChecks = 0;
     int closings = 0;
     bool userGoesOnEditing = false;
+    bool settingsCannotBeSaved = false;
     bool newUpdateExists = false;
     std::function<void()> onShow;
 };
@@ -335,8 +337,129 @@ TEST_F(MainWindow, AFailedCopyShowsInTheExitCode) {
     };
     TfmMain& window = Start();
     window.acStartCopy.Execute();
+    EXPECT_EQ(window.TaskbarProgress().State(), TTaskbarProgress::TState::Pulse);
     ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
     EXPECT_EQ(window.ExitCode(), 1);
+    EXPECT_TRUE(
+        HasRows({L"Fertig: ", L"Das Backup benötigte ", L"Nicht alles gesichert: 1 Datei nicht kopiert"}));
+    EXPECT_EQ(window.Rows().Status(2), kErrorStatus);
+    // Nobody has looked at the hidden window yet.
+    window.ApplicationIdle();
+    EXPECT_EQ(window.TaskbarProgress().State(), TTaskbarProgress::TState::Error);
+    SendMessageW(window.Handle(), WM_ACTIVATE, WA_ACTIVE, 0);
+    window.ApplicationIdle();
+    EXPECT_EQ(window.TaskbarProgress().State(), TTaskbarProgress::TState::Hidden);
+
+    const auto focusedText = [&] {
+        const auto row =
+            SendMessageW(window.ListHandle(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED);
+        return window.Rows().Text(static_cast<std::size_t>(row));
+    };
+    const auto press = [&](WPARAM key) {
+        MSG message{window.ListHandle(), WM_KEYDOWN, key, 0, 0, {}};
+        HandleQueuedMessage(message);
+    };
+    press(VK_F8);
+    EXPECT_EQ(focusedText().substr(0, 21), L"Nicht alles gesichert");
+    press(VK_F8);
+    EXPECT_EQ(focusedText(), source_.At(L"file0.txt"));
+    press(VK_F8);
+    EXPECT_EQ(focusedText(), source_.At(L"file0.txt")) << "there is no other";
+
+    // Its copy was never made; the file itself is shown.
+    calls_.ShellExecuteW = [](HWND, LPCWSTR, LPCWSTR file, LPCWSTR parameters, LPCWSTR, INT) -> HINSTANCE {
+        opened.push_back(std::wstring(file) + L" " + parameters);
+        return reinterpret_cast<HINSTANCE>(INT_PTR{42});
+    };
+    opened.clear();
+    window.acShowFile.Execute();
+    EXPECT_EQ(opened,
+              std::vector<std::wstring>{L"explorer.exe /select,\"" + source_.At(L"file0.txt") + L"\""});
+    window.acShowCopy.Execute();
+    EXPECT_EQ(opened.size(), 1U);
+    EXPECT_TRUE(HasRows({L"Nicht gefunden: "}));
+}
+
+// Keys as a user presses them, with the focus where the clicks and the run have left it.
+TEST_F(MainWindow, NoKeyMeantForAnotherButtonArmsTheShutdown) {
+    AddFiles(40);
+    copyMilliseconds = 10;
+    TfmMain& window = Start({}, SW_SHOW);
+    SetForegroundWindow(window.Handle());
+    SetFocus(window.ListHandle());
+    const auto press = [](WPARAM key) {
+        PostMessageW(GetFocus(), WM_KEYDOWN, key, 0);
+        ProcessPendingMessages();
+        PostMessageW(GetFocus(), WM_KEYUP, key, 0);
+        ProcessPendingMessages();
+    };
+    const auto clickByMouse = [](HWND button) {
+        PostMessageW(button, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+        PostMessageW(button, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+        ProcessPendingMessages();
+    };
+    clickByMouse(StartButton());
+    EXPECT_FALSE(CopyIdle);
+    EXPECT_EQ(GetFocus(), window.ListHandle());
+    press(VK_RETURN);
+    press(VK_SPACE);
+    EXPECT_FALSE(window.acShutDown.Checked());
+    clickByMouse(StopButton());
+    EXPECT_TRUE(CopyIdle);
+
+    SetFocus(StartButton());
+    press(VK_SPACE);
+    EXPECT_FALSE(CopyIdle);
+    EXPECT_EQ(GetFocus(), StopButton());
+    press(VK_SPACE);
+    EXPECT_TRUE(CopyIdle);
+    EXPECT_EQ(GetFocus(), StartButton());
+    EXPECT_FALSE(window.acShutDown.Checked());
+    // Another action that is disabled under the focus.
+    SetFocus(FindWindowExW(ToolBar(), nullptr, L"BUTTON", L"Einstellen"));
+    window.acStartCopy.Execute();
+    EXPECT_EQ(GetFocus(), window.ListHandle());
+    window.acStopCopy.Execute();
+}
+
+TEST_F(MainWindow, ARunBeginsWithWhatWasEnteredOrNotAtAll) {
+    TfmMain& window = Start();
+    windows_.settingsCannotBeSaved = true;
+    window.SetMessage(L"old.txt", TMessagePos::FileMsg);
+    window.acStartCopy.Execute();
+    EXPECT_TRUE(CopyIdle);
+    EXPECT_EQ(window.Rows().RowCount(), 0U);
+    windows_.settingsCannotBeSaved = false;
+    window.acStartCopy.Execute();
+    EXPECT_FALSE(CopyIdle);
+    EXPECT_TRUE(LoopUntil([&] { return GetWindowTextLengthW(window.CurrentFileField()) == 0; }, 1))
+        << "the file of the former run";
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+}
+
+TEST_F(MainWindow, SettingsThatCannotBeSavedHoldUpNoUnattendedRun) {
+    windows_.settingsCannotBeSaved = true;
+    TfmMain& window = Start({.copy = true});
+    EXPECT_TRUE(LoopUntil([&] { return !window.Exists(); }));
+    EXPECT_EQ(window.ExitCode(), 0);
+}
+
+TEST_F(MainWindow, OpensWhereItWasClosedButOnTheScreen) {
+    const auto reopenedAt = [this](const RECT& place) {
+        Start({}, SW_SHOW);
+        PlaceWindow(window_->Handle(), place);
+        window_.reset();
+        RECT now{};
+        GetWindowRect(Start().Handle(), &now);
+        return now;
+    };
+    const RECT place{30, 40, 730, 440};
+    RECT now = reopenedAt(place);
+    EXPECT_TRUE(EqualRect(&now, &place));
+    RECT work{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    now = reopenedAt({work.right - 100, 40, work.right + 3000, 4000});
+    EXPECT_TRUE(now.left >= work.left && now.right <= work.right && now.bottom <= work.bottom);
 }
 
 TEST_F(MainWindow, ClosedDuringARunItWaitsForTheFileAtHand) {

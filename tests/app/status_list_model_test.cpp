@@ -88,4 +88,33 @@ TEST(RunTexts, TellsTheTimeTakenWithTwoDecimals) {
     EXPECT_EQ(TimeTakenText(71582.788, L"."), L"Das Backup benötigte 71582.79 min");
 }
 
+TEST(StatusListModel, FindsTheNearestError) {
+    TStatusListModel model;
+    EXPECT_FALSE(model.ErrorBelow(-1));
+    for (int row = 0; row < 10; ++row) {
+        model.InsertAtTop(L"row", row == 2 || row == 7 ? kErrorStatus : kFileNameStatus);
+    }
+    // The newest is row 0, so that these are rows 7 and 2.
+    EXPECT_EQ(model.ErrorBelow(-1), 2U);
+    EXPECT_EQ(model.ErrorBelow(2), 7U);
+    EXPECT_EQ(model.ErrorBelow(7), std::nullopt);
+    EXPECT_EQ(model.ErrorBelow(9), std::nullopt);
+    EXPECT_EQ(model.ErrorAbove(9), 7U);
+    EXPECT_EQ(model.ErrorAbove(7), 2U);
+    EXPECT_EQ(model.ErrorAbove(2), std::nullopt);
+    model.Clear();
+    EXPECT_FALSE(model.HasErrors());
+}
+
+TEST(StatusListModel, AHintHoldsAllOfALongPathInShortLines) {
+    const std::wstring folder(70, L'x');
+    const std::wstring path = L"C:\\" + folder + L"\\" + folder + L"\\" + std::wstring(150, L'y');
+    const std::wstring hint = HintOfRow(path, L"why");
+    EXPECT_EQ(hint, L"C:\\" + folder + L"\\\r\n" + folder + L"\\\r\n" + std::wstring(100, L'y') + L"\r\n" +
+                        std::wstring(50, L'y') + L"\r\nwhy");
+    EXPECT_TRUE(IsPathRow(path));
+    EXPECT_TRUE(IsPathRow(L"\\\\srv\\a"));
+    EXPECT_FALSE(IsPathRow(L"Start: 1.1.2026"));
+}
+
 }  // namespace

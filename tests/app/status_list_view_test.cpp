@@ -97,6 +97,16 @@ TEST_F(StatusListView, FollowsTheNewestRowUnlessTheUserHasScrolledAway) {
     Add(50);
     Show();
     EXPECT_EQ(TopRow(), 0);
+    Select(2);
+    Add(300);
+    Show();
+    EXPECT_EQ(TopRow(), 300) << "the user looks at the row he has selected";
+    Select(600);
+    SendMessageW(List(), LVM_ENSUREVISIBLE, 400, FALSE);
+    const int looked = TopRow();
+    Add(7);
+    Show();
+    EXPECT_EQ(TopRow(), looked + 7);
     SendMessageW(List(), LVM_ENSUREVISIBLE, 100, FALSE);
     const int before = TopRow();
     ASSERT_GT(before, 0);
