@@ -59,7 +59,7 @@ wine_environment() {
 # A prefix takes ten seconds and 700 MB to make, a copy of the shrunk template some hundredths and 13 MB. The
 # template is complete or not there: it is made under another name. Prints where it is.
 wine_template() {
-    local template="$wine_root/template-3-$(wine --version | tr -cd '[:alnum:]')"
+    local template="$wine_root/template-4-$(wine --version | tr -cd '[:alnum:]')"
     local unfinished=$wine_root/unfinished lock
     echo "$template"
     [ -d "$template" ] && return 0
@@ -79,11 +79,9 @@ wine_make_template() {
     pinned=(taskset -c "$(wine_core)")
     wine_environment "$1"
     unset DISPLAY
-    # The provider is one that a Windows user has by default, and a Wine user has not. For a window that goes
-    # away Wine waits two seconds on the window manager, which is missing; so Wine manages windows itself.
+    # For a window that goes away Wine waits two seconds on the window manager, which is missing; so Wine manages
+    # windows itself.
     "${pinned[@]}" wineboot -i &&
-        "${pinned[@]}" wine reg add 'HKCU\Software\Microsoft\Cryptography\Provider Type 024' /v Name \
-            /t REG_SZ /d 'Microsoft Enhanced RSA and AES Cryptographic Provider' /f &&
         "${pinned[@]}" wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N /f &&
         wineserver -k && wineserver -w &&
         [ -f "$1/system.reg" ] && [ -L "$1/dosdevices/c:" ] &&

@@ -155,8 +155,13 @@ std::optional<DWORD> InstalledProviderType(const TCryptoCalls& calls, std::wstri
 std::wstring TRwCSP::DefaultProvider(DWORD providerType) const {
     wchar_t name[kProviderNameLength];
     DWORD size = sizeof name;
-    const DWORD flags = options_.machineKeyset ? CRYPT_MACHINE_DEFAULT : CRYPT_USER_DEFAULT;
-    if (!calls_.CryptGetDefaultProviderW(providerType, nullptr, flags, name, &size)) {
+    if (!options_.machineKeyset &&
+        calls_.CryptGetDefaultProviderW(providerType, nullptr, CRYPT_USER_DEFAULT, name, &size)) {
+        return name;
+    }
+    // A user need not have a default of his own.
+    size = sizeof name;
+    if (!calls_.CryptGetDefaultProviderW(providerType, nullptr, CRYPT_MACHINE_DEFAULT, name, &size)) {
         RaiseCryptError("CryptGetDefaultProvider", GetLastError());
     }
     return name;

@@ -82,7 +82,8 @@ public:
     TRwCSP& operator=(const TRwCSP&) = delete;
     ~TRwCSP() { SetActive(false); }
 
-    // The name of the user's default provider of that type (the machine's, with machineKeyset).
+    // The name of the user's default provider of that type; the machine's, where the user has none or with
+    // machineKeyset.
     std::wstring DefaultProvider(DWORD providerType) const;
 
     // The provider to use, as installed. Empty or "(Default)" leaves the choice to the system, among

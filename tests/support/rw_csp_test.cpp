@@ -175,7 +175,9 @@ TEST(RwCsp, AsksForTheContextAsItShould) {
     calls.CryptGetDefaultProviderW = [](DWORD type, DWORD* reserved, DWORD flags, wchar_t* name,
                                         DWORD* size) {
         asked += std::to_wstring(type) + L"/" + std::to_wstring(flags) + L"/" + std::to_wstring(*size) + L" ";
-        return CryptGetDefaultProviderW(type, reserved, flags, name, size);
+        // A user without a default of his own, whatever this one has; the size spoilt as a failure may.
+        return flags == CRYPT_USER_DEFAULT ? (*size = 0, Fail(Code(NTE_PROV_TYPE_NOT_DEF)))
+                                           : CryptGetDefaultProviderW(type, reserved, flags, name, size);
     };
     calls.CryptAcquireContextW = [](HCRYPTPROV* provider, const wchar_t* container, const wchar_t* name,
                                     DWORD type, DWORD flags) {
@@ -186,7 +188,7 @@ TEST(RwCsp, AsksForTheContextAsItShould) {
     TRwCSP csp(calls);
     csp.ActivateDefaultProvider(PROV_RSA_AES);
     csp.ActivateDefaultProvider(PROV_RSA_AES);
-    EXPECT_EQ(asked, L"24/2/2048 -/24/4026531840");
+    EXPECT_EQ(asked, L"24/2/2048 24/1/2048 -/24/4026531840");
 }
 
 TEST(RwCsp, BadDataHasItsOwnException) {
