@@ -6,13 +6,16 @@
 
 #include "engine/scan_folders.h"
 #include "support/date_time_text.h"
+#include "support/handles.h"
 #include "support/system_error.h"
 #include "texts/problem_text.h"
 #include "texts/run_texts.h"
 
 namespace {
 
-constexpr std::uint32_t kLongestWait = 60'000;  // milliseconds
+// Milliseconds. What prepares changes nothing that a run needs, so nobody has to wait for its end.
+constexpr std::uint32_t kWaitForPreparation = 50;
+constexpr std::uint32_t kWaitForTask = 5000;
 
 void ApplyThreadPriority(TTaskPriority level) {
     constexpr int kLevels[] = {THREAD_PRIORITY_IDLE,         THREAD_PRIORITY_LOWEST,
@@ -23,6 +26,15 @@ void ApplyThreadPriority(TTaskPriority level) {
 
 bool Controls(const std::unique_ptr<IOmniTaskControl>& control, const IOmniTask& task) {
     return control && control->Task().get() == &task;
+}
+
+// A call to a network drive that does not answer lasts up to a minute.
+std::function<void()> BreakOffCallsOfThisThread() {
+    TKernelHandle thread;
+    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), thread.Receive(),
+                    THREAD_TERMINATE, FALSE, 0);
+    return
+        [thread = std::make_shared<TKernelHandle>(std::move(thread))] { CancelSynchronousIo(thread->Get()); };
 }
 
 }  // namespace
@@ -36,8 +48,7 @@ TCopyRun::TCopyRun(TRunSurroundings surroundings)
 }
 
 TCopyRun::~TCopyRun() {
-    // The threads are joined as the tasks go.
-    Stop();
+    EndTasks({});
 }
 
 std::unique_ptr<IOmniTaskControl> TCopyRun::MakeTask(TTaskMethod method, std::wstring name,
@@ -45,6 +56,7 @@ std::unique_ptr<IOmniTaskControl> TCopyRun::MakeTask(TTaskMethod method, std::ws
     auto task = std::make_unique<IOmniTaskControl>(std::move(method), std::move(name));
     task->MonitorWith(with_.monitor);
     task->SetPriority(priority, &ApplyThreadPriority);
+    task->BreakOffWith(&BreakOffCallsOfThisThread);
     return task;
 }
 
@@ -58,7 +70,7 @@ void TCopyRun::Prepare(TRunSettings settings) {
     order->configurationFolder = with_.configurationFolder;
     order->unattended = with_.unattended;
     if (settings.useConnect) {
-        order->logon = &with_.shareLogon;
+        order->logon = with_.shareLogon;
         order->user = std::move(settings.user);
         order->password = std::move(settings.password);
     }
@@ -183,9 +195,13 @@ void TCopyRun::Stop() {
 }
 
 void TCopyRun::EndTasks(const std::function<void()>& whileWaiting) {
-    for (auto* task : {&preparationTask_, &FScanTask, &waitTask_}) {
+    Stop();
+    if (const auto preparation = std::move(preparationTask_)) {
+        preparation->Terminate(kWaitForPreparation, whileWaiting);
+    }
+    for (auto* task : {&FScanTask, &waitTask_}) {
         if (const std::unique_ptr<IOmniTaskControl> ending = std::move(*task)) {
-            ending->Terminate(kLongestWait, whileWaiting);
+            ending->Terminate(kWaitForTask, whileWaiting);
         }
     }
 }

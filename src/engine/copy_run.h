@@ -28,7 +28,7 @@
 using TReportSink =
     std::function<void(const std::wstring& text, TMessagePos kind, const std::wstring& reason)>;
 
-// What a run works with. All of it outlives the run.
+// What a run works with. All of it outlives the run; the calls and the logon also a task that is stuck.
 struct TRunSurroundings {
     const TPlatformCalls& calls;
     const std::wstring& hostName;
@@ -36,7 +36,7 @@ struct TRunSurroundings {
     TSourceFolderTable& memData;
     THashTable& nasData;
     TStoredHashTable& nasDataFile;
-    TShareLogon& shareLogon;
+    std::shared_ptr<TShareLogon> shareLogon;
     TOmniEventMonitor& monitor;
     TReportSink report;
     HWND progressWindow;
@@ -93,7 +93,8 @@ public:
 
     // Copies nothing more. The tasks are asked to end, not waited for.
     void Stop();
-    // Waits for the tasks to end, for a minute at most.
+    // Stops, and waits for the tasks to end, some seconds at most: what is stuck after that in a call of the
+    // system is left to itself.
     void EndTasks(const std::function<void()>& whileWaiting);
 
     // A row about something that failed, which keeps the run from being a success.

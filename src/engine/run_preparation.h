@@ -28,7 +28,7 @@ struct TDestination {
 struct TPreparationOrder {
     TDestination destination;
     std::wstring configurationFolder;
-    TShareLogon* logon = nullptr;  // none: without another user
+    std::shared_ptr<TShareLogon> logon;  // none: without another user
     TSecret user;
     TSecret password;
     bool unattended = false;  // a destination that is not there yet is waited for

@@ -11,9 +11,27 @@ constexpr std::chrono::milliseconds kWaitStep{50};
 }  // namespace
 
 void IOmniTask::Send(std::uint16_t identifier, TTaskValue value) {
+    const std::lock_guard lock(mutex_);
     if (monitor_ != nullptr) {
         monitor_->Add({shared_from_this(), TTaskMessage{identifier, std::move(value)}});
     }
+}
+
+void IOmniTask::Run(const TTaskMethod& method) {
+    try {
+        method(*this);
+    } catch (...) {
+        // An exception ends the task and nothing else: its end is told below as any other.
+    }
+    {
+        const std::lock_guard lock(mutex_);
+        if (monitor_ != nullptr) {
+            monitor_->Add({shared_from_this(), std::nullopt});
+        }
+        ended_ = true;
+        breakOff_ = nullptr;
+    }
+    endedCondition_.notify_all();
 }
 
 IOmniTaskControl::IOmniTaskControl(TTaskMethod method, std::wstring name) : method_(std::move(method)) {
@@ -21,9 +39,18 @@ IOmniTaskControl::IOmniTaskControl(TTaskMethod method, std::wstring name) : meth
 }
 
 IOmniTaskControl::~IOmniTaskControl() {
-    if (thread_.joinable()) {
-        thread_.join();
+    if (!thread_.joinable()) {
+        return;
     }
+    {
+        const std::lock_guard lock(task_->mutex_);
+        if (task_->terminated_ && !task_->ended_) {
+            task_->monitor_ = nullptr;
+            thread_.detach();
+            return;
+        }
+    }
+    thread_.join();
 }
 
 void IOmniTaskControl::SetPriority(TTaskPriority level, void (*apply)(TTaskPriority)) {
@@ -32,26 +59,18 @@ void IOmniTaskControl::SetPriority(TTaskPriority level, void (*apply)(TTaskPrior
 }
 
 void IOmniTaskControl::Run() {
-    thread_ = std::thread([this] { RunTask(); });
-}
-
-void IOmniTaskControl::RunTask() {
-    if (applyPriority_ != nullptr) {
-        applyPriority_(priority_);
-    }
-    try {
-        method_(*task_);
-    } catch (...) {
-        // An exception ends the task and nothing else: its end is told below as any other.
-    }
-    if (task_->monitor_ != nullptr) {
-        task_->monitor_->Add({task_, std::nullopt});
-    }
-    {
-        const std::lock_guard lock(task_->mutex_);
-        task_->ended_ = true;
-    }
-    task_->endedCondition_.notify_all();
+    // Nothing of this control: the thread may outlive it.
+    thread_ = std::thread([task = task_, method = std::move(method_), priority = priority_,
+                           applyPriority = applyPriority_, makeBreakOff = makeBreakOff_] {
+        if (applyPriority != nullptr) {
+            applyPriority(priority);
+        }
+        if (makeBreakOff != nullptr) {
+            const std::lock_guard lock(task->mutex_);
+            task->breakOff_ = makeBreakOff();
+        }
+        task->Run(method);
+    });
 }
 
 bool IOmniTaskControl::Terminate(std::uint32_t maxWait, const std::function<void()>& whileWaiting) {
@@ -66,6 +85,10 @@ bool IOmniTaskControl::WaitFor(std::uint32_t maxWait, const std::function<void()
     const auto started = TClock::now();
     std::unique_lock lock(task_->mutex_);
     while (!task_->ended_) {
+        // Each time: it may have got stuck in the next call.
+        if (task_->terminated_ && task_->breakOff_) {
+            task_->breakOff_();
+        }
         auto step = kWaitStep;
         if (maxWait != kUnlimitedWait) {
             const auto waited =

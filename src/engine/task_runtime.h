@@ -49,6 +49,9 @@ enum class TTaskPriority { Idle, Lowest, BelowNormal, Normal, AboveNormal, Highe
 inline constexpr std::uint32_t kUnlimitedWait = 0xFFFFFFFF;  // milliseconds
 
 class TOmniEventMonitor;
+class IOmniTask;
+
+using TTaskMethod = std::function<void(IOmniTask&)>;
 
 // The task's own side: its parameters, the way to send messages, and whether it is asked to stop.
 class IOmniTask : public std::enable_shared_from_this<IOmniTask> {
@@ -69,19 +72,21 @@ public:
 private:
     friend class IOmniTaskControl;
 
+    void Run(const TTaskMethod& method);
+
     std::wstring name_;
     std::map<std::wstring, std::any> parameters_;
-    TOmniEventMonitor* monitor_ = nullptr;
     std::atomic<bool> terminated_ = false;
-    std::mutex mutex_;
+    std::mutex mutex_;  // for all below
+    TOmniEventMonitor* monitor_ = nullptr;
+    std::function<void()> breakOff_;
     std::condition_variable endedCondition_;
     bool ended_ = false;
 };
 
-using TTaskMethod = std::function<void(IOmniTask&)>;
-
 // The owner's side of a task: made, given its parameters, run once. The thread is joined when the control
-// goes, so the monitor must outlive it.
+// goes, but for one whose Terminate was waited for in vain: that one is left to itself and reports to nobody
+// any more. So the method must own whatever it works with, or work with what lasts as long as the program.
 class IOmniTaskControl {
 public:
     IOmniTaskControl(TTaskMethod method, std::wstring name);
@@ -89,18 +94,21 @@ public:
     IOmniTaskControl& operator=(const IOmniTaskControl&) = delete;
     ~IOmniTaskControl();
 
-    // All three before Run.
+    // All four before Run. The monitor must outlive the control.
     void MonitorWith(TOmniEventMonitor& monitor) { task_->monitor_ = &monitor; }
     void SetParameter(const std::wstring& name, std::any value) {
         task_->parameters_[name] = std::move(value);
     }
     // `apply` is called on the new thread with the level.
     void SetPriority(TTaskPriority level, void (*apply)(TTaskPriority));
+    // `make` is called on the new thread; what it answers is called to free that thread from a call of the
+    // system it is stuck in. Without it a task that was asked to stop ends when that call does.
+    void BreakOffWith(std::function<void()> (*make)()) { makeBreakOff_ = make; }
 
     void Run();
 
-    // Asks the task to stop and waits for its end up to `maxWait` milliseconds, calling `whileWaiting` a few
-    // times a second; true when it has ended.
+    // Asks the task to stop, breaks off what it is stuck in, and waits for its end up to `maxWait`
+    // milliseconds, calling `whileWaiting` a few times a second; true when it has ended.
     bool Terminate(std::uint32_t maxWait, const std::function<void()>& whileWaiting = {});
     // The same without asking it to stop.
     bool WaitFor(std::uint32_t maxWait, const std::function<void()>& whileWaiting = {});
@@ -108,12 +116,11 @@ public:
     const std::shared_ptr<IOmniTask>& Task() const { return task_; }
 
 private:
-    void RunTask();
-
     std::shared_ptr<IOmniTask> task_ = std::make_shared<IOmniTask>();
     TTaskMethod method_;
     TTaskPriority priority_ = TTaskPriority::Normal;
     void (*applyPriority_)(TTaskPriority) = nullptr;
+    std::function<void()> (*makeBreakOff_)() = nullptr;
     std::thread thread_;
 };
 

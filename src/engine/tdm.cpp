@@ -37,7 +37,7 @@ void PaintWhileWaiting() {
 
 TDM::TDM(const TPlatformCalls& calls)
     : calls_(calls),
-      shareLogon_(calls),
+      shareLogon_(std::make_shared<TShareLogon>(calls)),
       taskWakeUp_([this] { OmniEventMonitor.Deliver(); }),
       OmniEventMonitor([this] { taskWakeUp_.Post(); }),
       CopyTimer(kCopyTimerInterval, [this] { CopyTimerTimer(); }) {
@@ -47,7 +47,7 @@ TDM::TDM(const TPlatformCalls& calls)
     OmniEventMonitor.OnTaskTerminated = [this](IOmniTask& task) { OmniEventMonitorTaskTerminated(task); };
 }
 
-// The run joins its tasks before what they report to goes.
+// The run ends its tasks before what they report to goes.
 TDM::~TDM() = default;
 
 void TDM::DataModuleCreate() {
@@ -65,7 +65,7 @@ void TDM::DataModuleDestroy() {
     MemData.Close();
     NasData.Close();
     if (UseConnect) {
-        Res = shareLogon_.Cancel();
+        Res = shareLogon_->Cancel();
         if (Res != 0) {
             Report(SystemErrorText(Res), TMessagePos::Memo);
         }

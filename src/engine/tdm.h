@@ -56,7 +56,7 @@ public:
     void StartCopy();
     // Stops the run, or the reindex: nothing more is copied but the file at hand.
     void StopCopy();
-    // Waits for the tasks of the run to end, a minute at most. The windows are painted meanwhile.
+    // Waits for the tasks of the run to end, some seconds at most. The windows are painted meanwhile.
     void EndScanTask();
     // Writes the hash table to its file if it has something to say; a failure is reported as an Error row.
     void SaveNasData();
@@ -123,7 +123,7 @@ private:
     bool sourceFolderFileMissing_ = false;
     bool unattended_ = false;
 
-    TShareLogon shareLogon_;
+    std::shared_ptr<TShareLogon> shareLogon_;
     bool fetchCloudFiles_ = false;
     TSecret AUser;
     TSecret APass;

@@ -3,21 +3,26 @@
 #include "support/wipe.h"
 
 DWORD TShareLogon::Connect(std::wstring_view remoteName, std::wstring& user, std::wstring& password) {
-    remoteName_ = remoteName;
-    record_ = {};
-    record_.dwScope = RESOURCE_GLOBALNET;
-    record_.dwType = RESOURCETYPE_DISK;
-    record_.dwUsage = RESOURCEUSAGE_CONNECTABLE;
-    record_.lpLocalName = localName_;
-    record_.lpRemoteName = remoteName_.data();
-    lastResult_ =
-        calls_.WNetAddConnection2W(&record_, password.c_str(), user.c_str(), CONNECT_UPDATE_PROFILE);
+    std::wstring remote(remoteName);
+    wchar_t noLocalName[1] = {};
+    NETRESOURCEW record{};
+    record.dwScope = RESOURCE_GLOBALNET;
+    record.dwType = RESOURCETYPE_DISK;
+    record.dwUsage = RESOURCEUSAGE_CONNECTABLE;
+    record.lpLocalName = noLocalName;
+    record.lpRemoteName = remote.data();
+    attempted_ = true;
+    const DWORD result =
+        calls_.WNetAddConnection2W(&record, password.c_str(), user.c_str(), CONNECT_UPDATE_PROFILE);
     WipeText(password);
     WipeText(user);
-    return lastResult_;
+    lastResult_ = result;
+    return result;
 }
 
 DWORD TShareLogon::Cancel() {
-    lastResult_ = calls_.WNetCancelConnection2W(record_.lpLocalName, CONNECT_UPDATE_PROFILE, TRUE);
-    return lastResult_;
+    const DWORD result =
+        calls_.WNetCancelConnection2W(attempted_ ? L"" : nullptr, CONNECT_UPDATE_PROFILE, TRUE);
+    lastResult_ = result;
+    return result;
 }

@@ -3,13 +3,14 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
 #include "support/platform_calls.h"
 
-// Opens a network connection as another user than the one logged on to Windows, and keeps the record of it
-// that the system is asked to cancel at the end.
+// Opens a network connection as another user than the one logged on to Windows, and remembers what the system
+// is asked to cancel at the end. May be used by several threads: an attempt to connect can take a minute.
 class TShareLogon {
 public:
     explicit TShareLogon(const TPlatformCalls& calls) : calls_(calls) {}
@@ -20,7 +21,7 @@ public:
     // success. User name and password are empty afterwards, whatever the result, and wiped from memory.
     DWORD Connect(std::wstring_view remoteName, std::wstring& user, std::wstring& password);
 
-    // Asks the system to cancel the connection by the record's local name, which is empty after an attempt
+    // Asks the system to cancel the connection by its local name, which is empty after an attempt
     // to connect and absent before one. As the connection has no local device the system does not find it:
     // it is left to Windows to close, and the answer is an error code. Kept so deliberately.
     DWORD Cancel();
@@ -30,8 +31,6 @@ public:
 
 private:
     const TPlatformCalls& calls_;
-    NETRESOURCEW record_{};
-    std::wstring remoteName_;  // what the record points at
-    wchar_t localName_[1] = {};
-    DWORD lastResult_ = NO_ERROR;
+    std::atomic<bool> attempted_ = false;
+    std::atomic<DWORD> lastResult_ = NO_ERROR;
 };

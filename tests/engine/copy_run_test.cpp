@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <vector>
 
 #include "engine/copy_run_fixture.h"
@@ -343,6 +344,51 @@ TEST_F(CopyRun, StopAndStartFromWithinAReportAreSafe) {
     EXPECT_TRUE(finished_);
     EXPECT_EQ(destination_.FileCount(), 21U);
     EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko.dat")->size(), 42U + 78 * 20);
+}
+
+// Calls to a NAS that hangs: one that waits for bytes which never come, and one that nothing ends.
+HANDLE silentPipe = nullptr;
+HANDLE waitedFor = nullptr;
+DWORD windowThread = 0;
+std::atomic<int> stuckCalls = 0;
+
+BOOL WINAPI HangOnce(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) {
+    if (GetCurrentThreadId() != windowThread && stuckCalls++ == 0) {
+        char byte = 0;
+        DWORD read = 0;
+        return waitedFor != nullptr ? WaitForSingleObject(waitedFor, INFINITE) != WAIT_OBJECT_0
+                                    : ReadFile(silentPipe, &byte, 1, &read, nullptr);
+    }
+    return GetFileAttributesExW(path, level, data);
+}
+
+TEST_F(CopyRun, AStopIsAnsweredAlsoWhileTheDestinationHangs) {
+    source_.Write(L"a.txt", "content");
+    AddSource(source_.Path());
+    calls_.GetFileAttributesExW = &HangOnce;
+    windowThread = GetCurrentThreadId();
+    HANDLE otherEnd = nullptr;
+    ASSERT_TRUE(CreatePipe(&silentPipe, &otherEnd, nullptr, 0));
+    for (const bool canBeBrokenOff : {true, false}) {
+        waitedFor = canBeBrokenOff ? nullptr : CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        stuckCalls = 0;
+        Dm().StartCopy();
+        while (stuckCalls == 0) {
+            Sleep(1);
+        }
+        const auto begin = std::chrono::steady_clock::now();
+        EndRun();
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(100));
+        // Nothing that still hangs is in the way of the next run.
+        Run();
+        EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
+    }
+    EXPECT_EQ(destination_.Read(CopyOf(L"a.txt")), "content");
+    SetEvent(waitedFor);
+    CloseHandle(otherEnd);
+    Sleep(200);  // the thread that was left behind
+    CloseHandle(silentPipe);
+    CloseHandle(waitedFor);
 }
 
 TEST_F(CopyRun, LeftOversOfInterruptedRunsDisappear) {

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -103,6 +105,61 @@ TEST(TaskRuntime, TerminateAsksAndWaitsWithinItsLimit) {
     }));
     EXPECT_GE(waits, 1);
     loop.DeliverUntilEnded();
+}
+
+struct TStuck {
+    std::atomic<bool> reached = false;
+    std::atomic<bool> freed = false;
+};
+std::shared_ptr<TStuck> stuck;
+
+TTaskMethod StuckTask() {
+    stuck = std::make_shared<TStuck>();
+    return [call = stuck](IOmniTask& task) {
+        call->reached = true;
+        while (!call->freed) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        task.Send(4, std::int64_t{1});
+    };
+}
+
+TEST(TaskRuntime, ACallThatHangsIsBrokenOff) {
+    TTestLoop loop;
+    IOmniTaskControl control(StuckTask(), L"PrepareRun");
+    control.MonitorWith(loop.monitor);
+    // The first time comes too early, as if the call had not begun.
+    control.BreakOffWith([]() -> std::function<void()> {
+        return [times = std::make_shared<int>(0)] { stuck->freed = ++*times > 1; };
+    });
+    control.Run();
+    while (!stuck->reached) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(stuck->freed);
+    EXPECT_TRUE(control.Terminate(10'000));
+    loop.DeliverUntilEnded();
+}
+
+TEST(TaskRuntime, WhatCannotBeBrokenOffIsLeftToItself) {
+    TTestLoop loop;
+    {
+        IOmniTaskControl control(StuckTask(), L"PrepareRun");
+        control.MonitorWith(loop.monitor);
+        control.Run();
+        while (!stuck->reached) {
+            std::this_thread::yield();
+        }
+        EXPECT_FALSE(control.Terminate(20));
+    }
+    const std::weak_ptr<TStuck> left = std::exchange(stuck, nullptr);
+    left.lock()->freed = true;
+    while (!left.expired()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    loop.monitor.Deliver();
+    EXPECT_TRUE(loop.received.empty());
+    EXPECT_FALSE(loop.ended);
 }
 
 TEST(TaskRuntime, DeliverMayBeEnteredAgainFromAHandler) {
