@@ -121,6 +121,9 @@ int RunProgram(const TCommandLine& commandLine, int nShowCmd) {
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int nShowCmd) {
     const TCommandLine commandLine = ParseCommandLine(ProgramArguments());
     LeaveOutSystemErrorBoxes(commandLine.copy);
+    // A call to a NAS may take longer than the system's patience. The window it would put in place of ours,
+    // closed by a click, would end the program in the middle of a file.
+    DisableProcessWindowsGhosting();
     const TComUse com;
     const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);

@@ -243,7 +243,7 @@ void TfmMain::DoNasFinishMsg() {
     EndOfRun();
     DrawAttention();
     if (acShutDown.Checked()) {
-        ShutdownSystem(calls_, L"", MainTexts::ShutDownMessage, kShutDownDelay, true, false);
+        shutsDown_ = ShutdownSystem(calls_, L"", MainTexts::ShutDownMessage, kShutDownDelay, true, false);
     } else if (CloseAfterCopy) {
         RequestClose();
     }
@@ -367,6 +367,11 @@ void TfmMain::KeepAwake() {
     const bool atWork = dataModule_ != nullptr && dataModule_->IsAtWork();
     if (std::exchange(keepsAwake_, atWork) != atWork) {
         calls_.SetThreadExecutionState(atWork ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
+        if (atWork) {
+            calls_.ShutdownBlockReasonCreate(Handle(), kRunIsOnText);
+        } else {
+            calls_.ShutdownBlockReasonDestroy(Handle());
+        }
         menuTimer_.SetEnabled(atWork);
     }
 }
@@ -530,6 +535,7 @@ void TfmMain::ShowChanges() {
         SetWindowTextW(dxBarStatic2_, currentFile_.c_str());
     }
     if (CopyIdle) {
+        // A full bar would stay on the button for as long as the window is open.
         failureUnseen_ ? taskbarProgress_.ShowError() : taskbarProgress_.Hide();
     } else if (cxProgressBar.Position() > 0) {
         taskbarProgress_.Show(cxProgressBar.Position(), cxProgressBar.Maximum());
@@ -594,14 +600,27 @@ void TfmMain::EndDataModule() {
     }
 }
 
-// The process may be ended as soon as this returns.
+bool TfmMain::MayEndSession(bool critical) const {
+    return critical || shutsDown_ || dataModule_ == nullptr || !dataModule_->IsAtWork();
+}
+
+// The process may be ended as soon as this returns, or when it takes longer than some seconds: what can be
+// lost is saved first, and what is on the NAS after what is on this computer. While a mistake of the start is
+// being told there is only the window.
 void TfmMain::SessionEnds() {
     closing_ = true;
+    // The tables are saved whatever becomes of the windows.
+    if (companions_ != nullptr) {
+        RunGuarded([this] { companions_->CloseAllNow(); });
+    }
+    if (dataModule_ != nullptr && !dataModuleEnded_) {
+        const TEngineCall call(*this);
+        dataModule_->SaveSourceFolderTable();
+        dataModule_->SaveNasData();
+    }
     if (!CopyIdle) {
         acStopCopyExecute();
     }
-    // The tables are saved whatever becomes of the windows.
-    RunGuarded([this] { companions_->CloseAllNow(); });
     // What is on the stack must not find its tables closed, but they are saved now.
     if (EngineIsOnStack()) {
         const TEngineCall call(*this);

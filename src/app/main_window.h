@@ -138,6 +138,8 @@ private:
     // Handlers of window messages.
     void Activated(bool active);
     void ScaleChanged(TScale scale, const RECT& suggestedArea);
+    // Whether the session may end now; `critical`: it will, whatever is answered.
+    bool MayEndSession(bool critical) const;
     void SessionEnds();
     void RunBroken();
     void Paint();
@@ -161,7 +163,7 @@ private:
     TEndAnswer EndRequested();
     bool EngineIsOnStack() const;
     void CloseWhenPossible();
-    // While work is under way the computer does not fall asleep.
+    // While work is under way the computer does not fall asleep, and says why it should not be switched off.
     void KeepAwake();
     void EndForgottenMenu();
     void UpdateActions();
@@ -188,6 +190,7 @@ private:
     bool unexpectedErrors_ = false;
     bool failureUnseen_ = false;  // a run failed in something, and the window was not looked at since
     bool keepsAwake_ = false;
+    bool shutsDown_ = false;  // asked for by this program
     bool closing_ = false;
     int engineCalls_ = 0;
 

@@ -62,6 +62,7 @@ void TfmMain::FormCreate() {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "CreateWindowEx");
     }
     UseDarkFrame(Handle());
+    TTaskbarProgress::LetButtonMessagePass(Handle());
     scale_ = ScaleOfWindow(Handle());
     font_ = MakeMessageFont(scale_);
     CreateControls();
@@ -219,9 +220,12 @@ bool TfmMain::TranslateKey(const MSG& message) {
     if (message.message == WM_KEYDOWN) {
         const bool control = GetKeyState(VK_CONTROL) < 0;
         const bool shift = GetKeyState(VK_SHIFT) < 0;
+        // AltGr is Ctrl and Alt together: AltGr+Q types an @.
+        const bool alt = GetKeyState(VK_MENU) < 0;
         for (TAction* action : Actions()) {
             const TShortcut& shortcut = action->Shortcut();
-            if (shortcut.key == message.wParam && shortcut.control == control && shortcut.shift == shift) {
+            if (!alt && shortcut.key == message.wParam && shortcut.control == control &&
+                shortcut.shift == shift) {
                 action->Execute();
                 return true;
             }
@@ -238,9 +242,10 @@ bool TfmMain::TranslateKey(const MSG& message) {
     return IsDialogMessageW(Handle(), &copy) != FALSE;
 }
 
+// The window can be used meanwhile, so not the hourglass.
 void TfmMain::ShowWaitCursor(bool wait) {
     waitCursor_ = wait;
-    SetCursor(LoadCursorW(nullptr, wait ? IDC_WAIT : IDC_ARROW));
+    SetCursor(LoadCursorW(nullptr, wait ? IDC_APPSTARTING : IDC_ARROW));
 }
 
 std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
@@ -304,7 +309,7 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             return ControlColours(wordParameter, Theme::Text, Theme::ControlGround);
         case WM_SETCURSOR:
             if (waitCursor_) {
-                SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+                SetCursor(LoadCursorW(nullptr, IDC_APPSTARTING));
                 return TRUE;
             }
             return std::nullopt;
@@ -319,6 +324,8 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
         case WM_CLOSE:
             acCloseExecute();
             return 0;
+        case WM_QUERYENDSESSION:
+            return MayEndSession((longParameter & static_cast<LPARAM>(ENDSESSION_CRITICAL)) != 0);
         case WM_ENDSESSION:
             if (wordParameter != FALSE) {
                 SessionEnds();

@@ -322,6 +322,8 @@ std::optional<LRESULT> TStatusListView::HandleNotification(NMHDR& notification) 
                 OnOpenRow();
             }
             return 0;
+        case LVN_ODFINDITEMW:
+            return -1;  // a letter typed leads to no row
         case NM_CUSTOMDRAW:
             return CustomDraw(reinterpret_cast<const NMLVCUSTOMDRAW&>(notification));
         case LVN_ITEMCHANGED:

@@ -35,6 +35,8 @@ const TPlatformCalls& SystemPlatformCalls() {
         .AdjustTokenPrivileges = &::AdjustTokenPrivileges,
         .InitiateSystemShutdownW = &::InitiateSystemShutdownW,
         .SetThreadExecutionState = &::SetThreadExecutionState,
+        .ShutdownBlockReasonCreate = &::ShutdownBlockReasonCreate,
+        .ShutdownBlockReasonDestroy = &::ShutdownBlockReasonDestroy,
     };
     return calls;
 }

@@ -50,6 +50,8 @@ struct TPlatformCalls {
     decltype(&::AdjustTokenPrivileges) AdjustTokenPrivileges;
     decltype(&::InitiateSystemShutdownW) InitiateSystemShutdownW;
     decltype(&::SetThreadExecutionState) SetThreadExecutionState;
+    decltype(&::ShutdownBlockReasonCreate) ShutdownBlockReasonCreate;
+    decltype(&::ShutdownBlockReasonDestroy) ShutdownBlockReasonDestroy;
 };
 
 // The table of the real functions.

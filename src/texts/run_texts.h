@@ -27,6 +27,9 @@ std::wstring WaitingForOtherRunText(std::wstring_view destination);
 // What the error log says of a file that was not copied; English, and known.
 std::wstring ErrorLogText(std::wstring_view source);
 
+// Shown by Windows when it is to shut down in mid-run.
+inline constexpr wchar_t kRunIsOnText[] = L"Die Sicherung läuft noch und würde abgebrochen.";
+
 // Asked before the hash table is rebuilt; the line break is meant to be in this order.
 inline constexpr wchar_t kReindexQuestion[] =
     L"Diese Funktion wird nur benötigt um einen neuen Index eines bestehenden NAS Backups früherer "

@@ -5,14 +5,19 @@
 
 namespace {
 
-// DWMWA_USE_IMMERSIVE_DARK_MODE; systems before Windows 10 2004 answer with an error that changes nothing.
-constexpr DWORD kDarkFrameAttribute = 20;
+// DWMWA_USE_IMMERSIVE_DARK_MODE, and its number before build 18985 of Windows 10. Each answers the other's
+// with an error that changes nothing.
+constexpr DWORD kDarkFrameAttributes[] = {20, 19};
 
 }  // namespace
 
 void UseDarkFrame(HWND window) {
     const BOOL dark = TRUE;
-    DwmSetWindowAttribute(window, kDarkFrameAttribute, &dark, sizeof(dark));
+    for (const DWORD attribute : kDarkFrameAttributes) {
+        if (SUCCEEDED(DwmSetWindowAttribute(window, attribute, &dark, sizeof(dark)))) {
+            return;
+        }
+    }
 }
 
 void UseDarkScrollBars(HWND control) {

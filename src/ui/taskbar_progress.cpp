@@ -16,6 +16,10 @@ UINT TTaskbarProgress::ButtonCreatedMessage() {
     return message;
 }
 
+void TTaskbarProgress::LetButtonMessagePass(HWND window) {
+    ChangeWindowMessageFilterEx(window, ButtonCreatedMessage(), MSGFLT_ALLOW, nullptr);
+}
+
 void TTaskbarProgress::Attach(HWND window) {
     window_ = window;
     if (list_ == nullptr && FAILED(CoCreateInstance(CLSID_TaskbarList, nullptr, CLSCTX_INPROC_SERVER,

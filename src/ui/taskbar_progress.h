@@ -16,6 +16,9 @@ public:
     // When the system has told the window that its button exists (the message ButtonCreated).
     void Attach(HWND window);
     static UINT ButtonCreatedMessage();
+    // The taskbar has fewer privileges than a program started with the highest: its message would be held
+    // back.
+    static void LetButtonMessagePass(HWND window);
 
     void Show(double position, double maximum);
     // Something is under way, nobody knows how far.

@@ -14,9 +14,12 @@ struct TFakeShutdown {
     inline static std::vector<std::string> asked;
     // What fails: the name of a call, or "privilege" for one that is not granted.
     inline static std::string failing;
+    // What Windows shows its user for now when it is to shut down.
+    inline static std::wstring reason;
 
     static void Reset(const std::string& whatFails = "") {
         asked.clear();
+        reason.clear();
         failing = whatFails;
     }
 
@@ -26,6 +29,14 @@ struct TFakeShutdown {
         calls.LookupPrivilegeValueW = &LookupPrivilegeValueW;
         calls.AdjustTokenPrivileges = &AdjustTokenPrivileges;
         calls.InitiateSystemShutdownW = &InitiateSystemShutdownW;
+        calls.ShutdownBlockReasonCreate = [](HWND, LPCWSTR text) -> BOOL {
+            reason = text;
+            return TRUE;
+        };
+        calls.ShutdownBlockReasonDestroy = [](HWND) -> BOOL {
+            reason.clear();
+            return TRUE;
+        };
         return calls;
     }
 

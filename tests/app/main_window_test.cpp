@@ -1,6 +1,7 @@
 // The main window with the real engine behind it, driven by messages.
 #include "app/main_window.h"
 
+#include <commctrl.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include "support/system_helpers.h"
 #include "test_folder.h"
 #include "texts/run_log_text.h"
+#include "texts/run_texts.h"
 
 namespace {
 
@@ -480,6 +482,43 @@ TEST_F(MainWindow, ClosedDuringARunItWaitsForTheFileAtHand) {
     EXPECT_TRUE(FileExists(calls_, configuration_ + L"\\NASConf.Dat"));
 }
 
+TEST_F(MainWindow, WindowsIsAskedToWaitForARun) {
+    AddFiles(3);
+    TfmMain& window = Start();
+    const auto mayEnd = [&](LPARAM reason) {
+        return SendMessageW(window.Handle(), WM_QUERYENDSESSION, 0, reason) != 0;
+    };
+    EXPECT_TRUE(mayEnd(0));
+    bool asked = false;
+    duringCopy = [&] {
+        asked = true;
+        EXPECT_FALSE(mayEnd(0));
+        EXPECT_FALSE(mayEnd(static_cast<LPARAM>(ENDSESSION_LOGOFF)));
+        EXPECT_TRUE(mayEnd(static_cast<LPARAM>(ENDSESSION_CRITICAL)));
+        EXPECT_EQ(TFakeShutdown::reason, kRunIsOnText);
+    };
+    window.acShutDown.Execute();
+    window.acStartCopy.Execute();
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+    EXPECT_TRUE(asked);
+    EXPECT_TRUE(mayEnd(0));
+    EXPECT_EQ(TFakeShutdown::reason, L"");
+    // The shutdown that this program has asked for is on its way, whatever is begun now.
+    duringCopy = nullptr;
+    window.acStartCopy.Execute();
+    EXPECT_TRUE(mayEnd(0));
+    ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+}
+
+TEST_F(MainWindow, TheEndOfTheSessionFindsAProgramThatCannotStart) {
+    // As while the box about a damaged table stands.
+    window_ = std::make_unique<TfmMain>(calls_, TCommandLine{});
+    window_->FormCreate();
+    EXPECT_TRUE(SendMessageW(window_->Handle(), WM_QUERYENDSESSION, 0, 0));
+    SendMessageW(window_->Handle(), WM_ENDSESSION, TRUE, 0);
+    EXPECT_FALSE(window_->Exists());
+}
+
 TEST_F(MainWindow, TheEndOfTheSessionSavesBothTablesAtOnce) {
     AddFiles(30);
     TfmMain& window = Start();
@@ -578,6 +617,29 @@ TEST_F(MainWindow, KeysReachEveryActionAndEveryControl) {
     ProcessPendingMessages();
     EXPECT_FALSE(CopyIdle);
     ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
+
+    // AltGr+E is a euro sign and no shortcut, and a letter is no way through the list.
+    BYTE keys[256]{};
+    keys[VK_CONTROL] = keys[VK_MENU] = keys[VK_RMENU] = 0x80;
+    SetKeyboardState(keys);
+    PostMessageW(window.ListHandle(), WM_KEYDOWN, 'E', 0);
+    ProcessPendingMessages();
+    EXPECT_EQ(windows_.configurationsShown, 0);
+    keys[VK_MENU] = keys[VK_RMENU] = 0;
+    SetKeyboardState(keys);
+    PostMessageW(window.ListHandle(), WM_KEYDOWN, 'E', 0);
+    ProcessPendingMessages();
+    EXPECT_EQ(windows_.configurationsShown, 1);
+    keys[VK_CONTROL] = 0;
+    SetKeyboardState(keys);
+    const auto focused = [&] {
+        return SendMessageW(window.ListHandle(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED);
+    };
+    SendMessageW(window.ListHandle(), WM_KEYDOWN, VK_END, 0);
+    const LRESULT last = focused();
+    ASSERT_GT(last, 0);
+    SendMessageW(window.ListHandle(), WM_CHAR, 's', 0);
+    EXPECT_EQ(focused(), last);
 
     windows_.userGoesOnEditing = true;
     SendMessageW(window.Handle(), WM_CLOSE, 0, 0);
