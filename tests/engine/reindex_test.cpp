@@ -80,6 +80,31 @@ TEST_F(Reindex, WithoutABackupOnlyTellsSo) {
     EXPECT_EQ(destination_.FileCount(), 0U);
 }
 
+std::wstring loggedOnAs;
+DWORD logonAnswer = ERROR_SUCCESS;
+
+TEST_F(Reindex, LogsOnAsARunDoesAndKeepsNoPassword) {
+    calls_.WNetAddConnection2W = [](NETRESOURCEW* share, const wchar_t* password, const wchar_t* user,
+                                    DWORD) -> DWORD {
+        loggedOnAs = std::wstring(user) + L"/" + password + L"@" + share->lpRemoteName;
+        return logonAnswer;
+    };
+    TSettings settings;
+    settings.NASDIR = {destination_.Path(), true};
+    settings.CONNECT = {true, true};
+    settings.USER.value = TSecret(L"sicherung");
+    settings.PASS.value = TSecret(L"geheim");
+    settings.USER.known = settings.PASS.known = true;
+    ASSERT_FALSE(::WriteSettings(calls_, configuration_ + L"\\NASConf.ini", settings));
+    for (const DWORD answer : {DWORD{ERROR_LOGON_FAILURE}, DWORD{ERROR_SUCCESS}}) {
+        logonAnswer = answer;
+        loggedOnAs.clear();
+        Rebuild();
+        EXPECT_EQ(loggedOnAs, L"sicherung/geheim@" + Dm().NAS);
+        EXPECT_EQ(StoredRecords(), answer == ERROR_SUCCESS ? 2U : 0U);
+    }
+}
+
 TEST_F(Reindex, AsksTheDestinationOncePerFolder) {
     for (int index = 0; index < 100; ++index) {
         const std::wstring name = L"many\\f" + std::to_wstring(index);
