@@ -73,6 +73,7 @@ TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
                   .hint = MainTexts::ShutDownHint,
                   .image = TImageIndex::ShutDown,
                   .shortcut = {.key = 'H', .control = true, .name = MainTexts::ShutDownKeys},
+                  .checkable = true,
                   .execute = [this] { acShutDownExecute(); }}),
       acReindex({.caption = MainTexts::Reindex,
                  .hint = MainTexts::ReindexHint,

@@ -279,8 +279,13 @@ void TfmConfig::EdBackupPathPropertiesButtonClick() {
 
 std::optional<std::wstring> TfmConfig::AskForFolder(const std::wstring& startFolder) {
     const TLockedWindow owner(GetWindow(Handle(), GW_OWNER));
-    const std::optional<std::wstring> folder =
-        ShellBrowserDialog(Handle(), ConfigTexts::FolderPicker, startFolder);
+    std::optional<std::wstring> folder;
+    try {
+        folder = ShellBrowserDialog(Handle(), ConfigTexts::FolderPicker, startFolder);
+    } catch (const std::exception& error) {
+        // No mistake of a run that may be on.
+        ShowNotice(ConfigTexts::NoFolderPicker(ProblemText(ProblemOf(error), &SystemErrorText)));
+    }
     return open_ ? folder : std::nullopt;
 }
 

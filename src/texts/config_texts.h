@@ -75,6 +75,11 @@ inline std::wstring HistoryOfRow(std::size_t row, const std::wstring& folder, bo
            std::to_wstring(row) + L" („" + folder + (checked ? L"“), mit Haken." : L"“), ohne Haken.");
 }
 
+// `reason`: in the words of the system.
+inline std::wstring NoFolderPicker(const std::wstring& reason) {
+    return L"Die Ordnerauswahl meldet einen Fehler: " + reason;
+}
+
 inline std::wstring DeleteQuestion(const std::wstring& folder) {
     return L"Den Ordner „" + folder +
            L"“ aus der Liste entfernen?\n\nEr wird dann nicht mehr gesichert. Was schon gesichert ist, "

@@ -26,6 +26,7 @@ public:
         TImageIndex image = TImageIndex::Close;
         TShortcut shortcut = {};
         bool visible = true;
+        bool checkable = false;                  // switches something on and off
         std::function<bool()> enabledWhen = {};  // always, when there is none
         std::function<void()> execute = {};      // nothing, when there is none
     };
@@ -38,6 +39,7 @@ public:
     const std::wstring& Hint() const { return properties_.hint; }
     const TShortcut& Shortcut() const { return properties_.shortcut; }
     bool Visible() const { return properties_.visible; }
+    bool Checkable() const { return properties_.checkable; }
     bool Enabled() const { return enabled_; }
     bool Checked() const { return checked_; }
     TImageIndex Image() const { return properties_.image; }

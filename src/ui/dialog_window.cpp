@@ -1,5 +1,7 @@
 #include "ui/dialog_window.h"
 
+#include <commctrl.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -50,7 +52,6 @@ bool TDialogWindow::Open(HWND owner, const std::wstring& caption, SIZE size) {
     AddControls();
     SetFontOfControls();
     Arrange();
-    keys_.emplace([this](MSG& message) { return HandleKey(message); });
     focusBefore_ = GetFocus();
     DisableOtherWindows();
     // A tool tip, too, is always on top, but goes away by itself.
@@ -77,11 +78,16 @@ void TDialogWindow::CloseNow() {
 }
 
 HWND TDialogWindow::AddControl(const wchar_t* className, const std::wstring& text, DWORD style) {
-    return controls_.emplace_back(CreateChild(Handle(), className, text, WS_VISIBLE | style));
+    return Adopt(CreateChild(Handle(), className, text, WS_VISIBLE | style));
 }
 
 HWND TDialogWindow::AddButton(int id, const std::wstring& text) {
-    return controls_.emplace_back(CreatePushButton(Handle(), id, text));
+    return Adopt(CreatePushButton(Handle(), id, text));
+}
+
+HWND TDialogWindow::Adopt(HWND control) {
+    SetWindowSubclass(control, &TDialogWindow::KeyProcedure, 2, reinterpret_cast<DWORD_PTR>(this));
+    return controls_.emplace_back(control);
 }
 
 void TDialogWindow::SetFontOfControls() {
@@ -122,12 +128,30 @@ void TDialogWindow::EnableOtherWindows() {
     }
 }
 
-bool TDialogWindow::HandleKey(const MSG& message) {
-    if (message.message != WM_KEYDOWN || GetActiveWindow() != Handle() || !IsWindowEnabled(Handle())) {
+// Where the keys arrive, and not in our message loop: that of a menu or of a box of the system knows nothing
+// of them.
+LRESULT CALLBACK TDialogWindow::KeyProcedure(HWND control, UINT message, WPARAM wordParameter,
+                                             LPARAM longParameter, UINT_PTR id, DWORD_PTR data) {
+    auto* dialog = reinterpret_cast<TDialogWindow*>(data);
+    if (message == WM_KEYDOWN && dialog->HandleKey(wordParameter)) {
+        return 0;
+    }
+    if (message == WM_CHAR &&
+        (wordParameter == VK_TAB || wordParameter == VK_RETURN || wordParameter == VK_ESCAPE)) {
+        return 0;  // what follows those keys
+    }
+    if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(control, &TDialogWindow::KeyProcedure, id);
+    }
+    return DefSubclassProc(control, message, wordParameter, longParameter);
+}
+
+bool TDialogWindow::HandleKey(WPARAM virtualKey) {
+    if (GetActiveWindow() != Handle() || !IsWindowEnabled(Handle())) {
         return false;
     }
     const HWND focus = GetFocus();
-    switch (message.wParam) {
+    switch (virtualKey) {
         case VK_TAB:
             SetFocus(GetNextDlgTabItem(Handle(), focus, GetKeyState(VK_SHIFT) < 0));
             return true;
@@ -157,6 +181,8 @@ std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordPar
         }
         case WM_ERASEBKGND:
             return 1;
+        case WM_KEYDOWN:
+            return HandleKey(wordParameter) ? std::optional<LRESULT>(0) : std::nullopt;
         case WM_CTLCOLORSTATIC:
         case WM_CTLCOLOREDIT:
         case WM_CTLCOLORBTN:
@@ -183,7 +209,6 @@ std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordPar
             ScaleChanged(LOWORD(wordParameter), *reinterpret_cast<const RECT*>(longParameter));
             return 0;
         case WM_DESTROY:
-            keys_.reset();
             controls_.clear();
             return 0;
         default:

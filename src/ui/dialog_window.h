@@ -12,7 +12,6 @@
 
 #include "support/handles.h"
 #include "ui/dpi.h"
-#include "ui/message_loop.h"
 #include "ui/timer.h"
 #include "ui/window.h"
 
@@ -56,7 +55,10 @@ protected:
 private:
     void DisableOtherWindows();
     void EnableOtherWindows();
-    bool HandleKey(const MSG& message);
+    HWND Adopt(HWND control);
+    bool HandleKey(WPARAM virtualKey);
+    static LRESULT CALLBACK KeyProcedure(HWND control, UINT message, WPARAM wordParameter,
+                                         LPARAM longParameter, UINT_PTR id, DWORD_PTR data);
     void SetFontOfControls();
     void ScaleChanged(UINT dpi, const RECT& area);
     void DrawButton(const DRAWITEMSTRUCT& draw) const;
@@ -67,7 +69,6 @@ private:
     std::vector<HWND> controls_;
     std::vector<HWND> disabled_;
     HWND focusBefore_ = nullptr;
-    std::optional<TMessageFilter> keys_;
     TTimer fadeTimer_;
     std::chrono::steady_clock::time_point fadeBegin_;
     std::function<void()> fadeEnded_;

@@ -14,6 +14,10 @@ LRESULT CALLBACK ButtonProcedure(HWND button, UINT message, WPARAM wordParameter
     switch (message) {
         case WM_ERASEBKGND:
             return TRUE;
+        case WM_LBUTTONDBLCLK:
+            // An owner-drawn button would make no click of the second of two fast ones.
+            message = WM_LBUTTONDOWN;
+            break;
         case WM_NCDESTROY:
             RemoveWindowSubclass(button, &ButtonProcedure, id);
             break;
@@ -65,14 +69,56 @@ LRESULT CALLBACK UnfocusedProcedure(HWND button, UINT message, WPARAM wordParame
     return DefSubclassProc(button, message, wordParameter, longParameter);
 }
 
+void LetParentPaint(HWND button) {
+    const TPaintContext paint(button);
+    const LRESULT state = SendMessageW(button, BM_GETSTATE, 0, 0);
+    DRAWITEMSTRUCT draw{};
+    draw.CtlType = ODT_BUTTON;
+    draw.CtlID = static_cast<UINT>(GetDlgCtrlID(button));
+    draw.itemAction = ODA_DRAWENTIRE;
+    draw.itemState = (IsWindowEnabled(button) ? 0U : ODS_DISABLED) |
+                     ((state & BST_PUSHED) != 0 ? ODS_SELECTED : 0U) |
+                     (GetFocus() == button ? ODS_FOCUS : 0U);
+    draw.hwndItem = button;
+    draw.hDC = paint.Get();
+    draw.rcItem = paint.Client();
+    SendMessageW(GetParent(button), WM_DRAWITEM, draw.CtlID, reinterpret_cast<LPARAM>(&draw));
+}
+
+// An owner-drawn button cannot be one that is on or off, so what owner drawing does is done here for a check
+// box.
+LRESULT CALLBACK ToggleProcedure(HWND button, UINT message, WPARAM wordParameter, LPARAM longParameter,
+                                 UINT_PTR id, DWORD_PTR) {
+    if (message == WM_PAINT) {
+        RunGuarded([button] { LetParentPaint(button); });
+        return 0;
+    }
+    if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(button, &ToggleProcedure, id);
+    }
+    const LRESULT result = DefSubclassProc(button, message, wordParameter, longParameter);
+    if (message == BM_SETCHECK || message == BM_SETSTATE || message == WM_SETFOCUS ||
+        message == WM_KILLFOCUS || message == WM_ENABLE) {
+        // At these the system draws past WM_PAINT.
+        InvalidateRect(button, nullptr, FALSE);
+        UpdateWindow(button);
+    }
+    return result;
+}
+
 }  // namespace
 
-HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style) {
-    const HWND button = CreateChild(parent, L"BUTTON", name, WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW | style);
+HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style, TButtonKind kind) {
+    const bool isToggle = kind == TButtonKind::Toggle;
+    const DWORD type = isToggle ? BS_CHECKBOX | BS_PUSHLIKE : BS_OWNERDRAW;
+    const HWND button = CreateChild(parent, L"BUTTON", name, WS_VISIBLE | WS_TABSTOP | type | style);
     if (button != nullptr) {
         SetWindowLongPtrW(button, GWLP_ID, id);
         SetWindowSubclass(button, &ButtonProcedure, 1, 0);
         WatchHover(button, button);
+        if (isToggle) {
+            SetWindowSubclass(button, &ToggleProcedure, 2, 0);
+        }
     }
     return button;
 }

@@ -8,10 +8,17 @@
 #include "ui/dpi.h"
 #include "ui/theme.h"
 
+enum class TButtonKind {
+    Push,
+    Toggle,  // BM_SETCHECK tells it, and so screen readers, whether it is on; a click changes nothing by
+             // itself
+};
+
 // Creates a button of the system, so that the Tab key, the space bar and screen readers know it. Its parent
 // draws it (WM_DRAWITEM) and is told of clicks (WM_COMMAND) with the identifier. Null when the system
 // refuses.
-HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style = 0);
+HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style = 0,
+                      TButtonKind kind = TButtonKind::Push);
 
 // Lets clicks of the mouse leave the focus where it is: else the next Enter or Space would press the button
 // again.

@@ -47,7 +47,8 @@ void TToolBar::CreateButton(TButton& button, int id) {
     TAction& action = *button.item.action;
     const std::wstring& name = button.item.showCaption ? action.Caption() : action.Hint();
     const DWORD group = id == 1 ? WS_GROUP : 0;
-    button.handle = CreatePushButton(Handle(), id, name, group);
+    button.handle = CreatePushButton(Handle(), id, name, group,
+                                     action.Checkable() ? TButtonKind::Toggle : TButtonKind::Push);
     LeaveFocusOnClick(button.handle);
     toolTips_.SetHint(Handle(), button.handle, HintWithShortcut(action));
     EnableWindow(button.handle, action.Enabled());
@@ -96,6 +97,11 @@ void TToolBar::ActionChanged(const TButton& button) {
             GiveFocusAway(button);
         }
         EnableWindow(button.handle, enabled);
+    }
+    if (const WPARAM check = button.item.action->Checked() ? BST_CHECKED : BST_UNCHECKED;
+        button.item.action->Checkable() &&
+        SendMessageW(button.handle, BM_GETCHECK, 0, 0) != static_cast<LRESULT>(check)) {
+        SendMessageW(button.handle, BM_SETCHECK, check, 0);
     }
     InvalidateRect(button.handle, nullptr, FALSE);
 }

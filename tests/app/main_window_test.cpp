@@ -11,6 +11,7 @@
 #include "app/fake_shutdown.h"
 #include "support/system_helpers.h"
 #include "test_folder.h"
+#include "texts/main_texts.h"
 #include "texts/run_log_text.h"
 #include "texts/run_texts.h"
 
@@ -647,6 +648,24 @@ TEST_F(MainWindow, KeysReachEveryActionAndEveryControl) {
     windows_.userGoesOnEditing = false;
     SendMessageW(window.Handle(), WM_CLOSE, 0, 0);
     EXPECT_FALSE(window.Exists());
+}
+
+TEST_F(MainWindow, EveryClickCountsAndScreenReadersLearnWhatIsOn) {
+    TfmMain& window = Start();
+    const HWND button = FindWindowExW(ToolBar(), nullptr, L"BUTTON", MainTexts::ShutDown);
+    const auto isChecked = [&] { return SendMessageW(button, BM_GETCHECK, 0, 0) == BST_CHECKED; };
+    const LPARAM middle = MAKELPARAM(5, 5);
+    for (const UINT down : {WM_LBUTTONDOWN, WM_LBUTTONDBLCLK}) {
+        const bool before = isChecked();
+        SendMessageW(button, down, MK_LBUTTON, middle);
+        SendMessageW(button, WM_LBUTTONUP, 0, middle);
+        EXPECT_EQ(isChecked(), !before);
+        EXPECT_EQ(window.acShutDown.Checked(), !before);
+    }
+    const HWND configure = FindWindowExW(ToolBar(), nullptr, L"BUTTON", MainTexts::Configure);
+    SendMessageW(configure, WM_LBUTTONDBLCLK, MK_LBUTTON, middle);
+    SendMessageW(configure, WM_LBUTTONUP, 0, middle);
+    EXPECT_EQ(windows_.configurationsShown, 1);
 }
 
 TEST_F(MainWindow, OpensTheNewestRunLogAlsoFromTheContextMenuOfTheList) {
