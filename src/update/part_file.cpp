@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "support/path_text.h"
+#include "support/retries.h"
 
 TPartFile::TPartFile(const TPlatformCalls& calls, std::wstring path)
     : calls_(calls), path_(std::move(path)), temporaryPath_(ExtendedPath(path_ + L".part")) {}
@@ -55,12 +56,28 @@ TErrorCode TPartFile::Complete(std::uint64_t size) {
         return ERROR_INVALID_DATA;
     }
     Close();
-    if (!calls_.MoveFileExW(temporaryPath_.c_str(), ExtendedPath(path_).c_str(),
-                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-        return GetLastError();
+    const TErrorCode error = Rename();
+    exists_ = error != ERROR_SUCCESS;
+    return error;
+}
+
+// A virus scanner takes its time with a whole program that has just been written.
+TErrorCode TPartFile::Rename() {
+    constexpr int kSeconds = 5;
+    TErrorCode error = ERROR_SUCCESS;
+    for (int second = 0; second < kSeconds; ++second) {
+        TPatience patience;
+        error = TRetries(calls_, patience)([this]() -> TErrorCode {
+            return calls_.MoveFileExW(temporaryPath_.c_str(), ExtendedPath(path_).c_str(),
+                                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)
+                       ? ERROR_SUCCESS
+                       : LastFailure();
+        });
+        if (!IsTransientRefusal(error)) {
+            break;
+        }
     }
-    exists_ = false;
-    return ERROR_SUCCESS;
+    return error;
 }
 
 void TPartFile::Close() {

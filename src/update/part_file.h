@@ -28,6 +28,7 @@ public:
 
 private:
     void Close();
+    TErrorCode Rename();
 
     const TPlatformCalls& calls_;
     std::wstring path_;

@@ -94,6 +94,20 @@ TEST_F(TDownLoaderTest, AFailedDownloadKeepsTheFileThatWasThere) {
     EXPECT_THAT(result_->errorText, testing::StartsWith(L"112 "));
     EXPECT_EQ(ContentOf(File()), "old");
     EXPECT_EQ(FilesInFolder(), "Setup.exe");
+    // A scanner holds what has come for longer than a second.
+    calls_.WriteFile = &WriteFile;
+    static int refusals;
+    refusals = 12;
+    calls_.Sleep = [](DWORD) {};
+    calls_.MoveFileExW = [](LPCWSTR from, LPCWSTR to, DWORD flags) -> BOOL {
+        if (refusals-- > 0) {
+            SetLastError(ERROR_SHARING_VIOLATION);
+            return FALSE;
+        }
+        return MoveFileExW(from, to, flags);
+    };
+    EXPECT_EQ(DownLoad(L"/setup").state, TDownLoadState::Finished);
+    EXPECT_NE(ContentOf(File()), "old");
 }
 
 TEST_F(TDownLoaderTest, CanBeStopped) {
