@@ -152,7 +152,8 @@ void TGrid::FocusedCellChanged() {
 
 void TGrid::TellScreenReader(DWORD event) const {
     const std::optional<std::size_t> cell = FocusedCell();
-    NotifyWinEvent(event, Handle(), OBJID_CLIENT, cell ? static_cast<LONG>(*cell) + 1 : CHILDID_SELF);
+    NotifyWinEvent(event, Handle(), OBJID_CLIENT,
+                   cell ? TGridAccessible::ChildOfCell(*this, *cell) : CHILDID_SELF);
 }
 
 bool TGrid::UseKey(TGridKey key) {
@@ -243,6 +244,16 @@ TGridCellDescription TGrid::DescribeCell(std::size_t cell) const {
     return description;
 }
 
+// By the first text in it.
+std::wstring TGrid::RowName(std::size_t row) const {
+    for (const std::size_t column : columns_.Visible()) {
+        if (const std::wstring text = CellCaption(row, column); !text.empty()) {
+            return UiTexts::RowOf(row + 1, source_.RowCount()) + L": " + text;
+        }
+    }
+    return UiTexts::RowOf(row + 1, source_.RowCount());
+}
+
 std::optional<std::size_t> TGrid::CellAt(POINT screenPoint) const {
     ScreenToClient(Handle(), &screenPoint);
     const TGridHit hit = layout_.HitTest(screenPoint.x, screenPoint.y);
@@ -304,18 +315,9 @@ std::optional<LRESULT> TGrid::HandleMessage(UINT message, WPARAM wordParameter, 
                        ? std::optional<LRESULT>(TRUE)
                        : std::nullopt;
         case WM_GETOBJECT:
-            if (static_cast<LONG>(longParameter) != OBJID_CLIENT) {
-                return std::nullopt;
-            }
-            if (accessible_ == nullptr) {
-                accessible_ = new TGridAccessible(Handle(), *this);
-            }
-            return LresultFromObject(IID_IAccessible, wordParameter, accessible_);
+            return accessible_.Answer(Handle(), *this, wordParameter, longParameter);
         case WM_DESTROY:
-            if (TGridAccessible* accessible = std::exchange(accessible_, nullptr)) {
-                accessible->Disconnect();
-                accessible->Release();
-            }
+            accessible_.Part();
             return 0;
         default:
             return TDrawnControl::HandleMessage(message, wordParameter, longParameter);

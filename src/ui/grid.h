@@ -48,7 +48,7 @@ public:
     // The control of the edit in progress.
     HWND EditorHandle() const { return editors_.Handle(); }
     // What a cell shows; empty for a check box.
-    std::wstring CellCaption(std::size_t row, std::size_t column) const override;
+    std::wstring CellCaption(std::size_t row, std::size_t column) const;
     // What is told of the cell or header at a point of the grid; empty if nothing.
     std::wstring HintAt(POINT point) const;
 
@@ -69,6 +69,8 @@ private:
     // TGridAccessibleSide
     std::wstring GridName() const override { return texts_.name; }
     std::size_t CellCount() const override;
+    std::size_t CellsPerRow() const override { return columns_.Visible().size(); }
+    std::wstring RowName(std::size_t row) const override;
     std::optional<std::size_t> FocusedCell() const override;
     TGridCellDescription DescribeCell(std::size_t cell) const override;
     std::optional<std::size_t> CellAt(POINT screenPoint) const override;
@@ -107,7 +109,7 @@ private:
     TGridEditors editors_;
     TGridPainter painter_;
     TScrollBar scrollBar_;
-    TGridAccessible* accessible_ = nullptr;  // counted; made when somebody asks
+    TGridAccessibleOwner accessible_;
     TGridTexts texts_;
     std::optional<std::uint64_t> shownRow_;  // the key of the current row when it was last scrolled to
 

@@ -1,6 +1,7 @@
 #include "ui/grid_accessible.h"
 
 #include <new>
+#include <utility>
 
 #include "texts/ui_texts.h"
 
@@ -15,9 +16,8 @@ VARIANT NumberVariant(long number) {
 
 const VARIANT kSelf = NumberVariant(CHILDID_SELF);
 
-VARIANT CellVariant(std::optional<std::size_t> cell) {
-    return cell ? NumberVariant(static_cast<long>(*cell) + 1) : VARIANT{};
-}
+// Above all rows.
+constexpr LONG kFirstCellInRows = 0x100000;
 
 // COM's callers know no exceptions.
 template <typename Work>
@@ -32,6 +32,50 @@ HRESULT Guarded(Work work) {
 }
 
 }  // namespace
+
+TGridAccessible::TGridAccessible(TGridAccessible& whole, std::size_t row)
+    : window_(whole.window_), whole_(&whole), row_(row) {
+    whole.AddRef();
+}
+
+TGridAccessible::~TGridAccessible() {
+    if (whole_ != nullptr) {
+        whole_->Release();
+    }
+}
+
+LONG TGridAccessible::ChildOfCell(const TGridAccessibleSide& grid, std::size_t cell) {
+    return static_cast<LONG>(cell) + (grid.CellsPerRow() == 0 ? 1 : kFirstCellInRows);
+}
+
+std::size_t TGridAccessible::RowCount() const {
+    const std::size_t perRow = Grid()->CellsPerRow();
+    return perRow == 0 ? 0 : Grid()->CellCount() / perRow;
+}
+
+// Whether a cell belongs to this grid or row.
+bool TGridAccessible::Holds(std::size_t cell) const {
+    return whole_ == nullptr || cell / Grid()->CellsPerRow() == row_;
+}
+
+VARIANT TGridAccessible::CellVariant(std::optional<std::size_t> cell) const {
+    if (!cell) {
+        return {};
+    }
+    return NumberVariant(whole_ == nullptr ? ChildOfCell(*Grid(), *cell)
+                                           : static_cast<LONG>(*cell % Grid()->CellsPerRow()) + 1);
+}
+
+// A row is a number to the grid, and an object to another row.
+VARIANT TGridAccessible::RowVariant(std::size_t row) {
+    if (whole_ == nullptr) {
+        return NumberVariant(static_cast<LONG>(row) + 1);
+    }
+    VARIANT variant{};
+    variant.vt = VT_DISPATCH;
+    variant.pdispVal = new TGridAccessible(*whole_, row);
+    return variant;
+}
 
 STDMETHODIMP TGridAccessible::QueryInterface(REFIID identifier, void** object) {
     if (object == nullptr) {
@@ -68,19 +112,30 @@ STDMETHODIMP TGridAccessible::GetTypeInfoCount(UINT* count) {
 }
 
 TGridAccessible::TTarget TGridAccessible::TargetOf(const VARIANT& child) const {
-    if (grid_ == nullptr) {
-        return {CO_E_OBJNOTCONNECTED, std::nullopt};
+    const TGridAccessibleSide* grid = Grid();
+    if (grid == nullptr || (whole_ != nullptr && row_ >= RowCount())) {
+        return {CO_E_OBJNOTCONNECTED};
     }
-    if (child.vt != VT_I4 || child.lVal < 0 || static_cast<std::size_t>(child.lVal) > grid_->CellCount()) {
-        return {E_INVALIDARG, std::nullopt};
+    if (child.vt != VT_I4 || child.lVal < 0) {
+        return {E_INVALIDARG};
     }
-    if (child.lVal == CHILDID_SELF) {
-        return {};
+    const auto number = static_cast<std::size_t>(child.lVal);
+    if (whole_ != nullptr) {
+        const std::size_t perRow = grid->CellsPerRow();
+        return number == 0        ? TTarget{S_OK, row_}
+               : number <= perRow ? TTarget{S_OK, row_, row_ * perRow + number - 1}
+                                  : TTarget{E_INVALIDARG};
     }
-    return {S_OK, static_cast<std::size_t>(child.lVal) - 1};
+    if (number <= RowCount()) {
+        return number == 0 ? TTarget{} : TTarget{S_OK, number - 1};
+    }
+    const auto firstCell = static_cast<std::size_t>(ChildOfCell(*grid, 0));
+    return number < firstCell || number - firstCell >= grid->CellCount()
+               ? TTarget{E_INVALIDARG}
+               : TTarget{S_OK, std::nullopt, number - firstCell};
 }
 
-// `work` gets the cell, none for the grid itself, and puts its answer in place of the empty one.
+// `work` gets what is asked for and puts its answer in place of the empty one.
 template <typename Value, typename Work>
 HRESULT TGridAccessible::Answer(const VARIANT& child, Value* answer, Work work) const {
     if (answer == nullptr) {
@@ -89,15 +144,14 @@ HRESULT TGridAccessible::Answer(const VARIANT& child, Value* answer, Work work) 
     *answer = Value{};
     return Guarded([&]() -> HRESULT {
         const TTarget target = TargetOf(child);
-        return FAILED(target.error) ? target.error : work(target.cell);
+        return FAILED(target.error) ? target.error : work(target);
     });
 }
 
-// `text` gives the text of a cell, or of the grid itself when there is none.
 template <typename Text>
 HRESULT TGridAccessible::AnswerText(const VARIANT& child, BSTR* answer, Text text) const {
-    return Answer(child, answer, [&](std::optional<std::size_t> cell) -> HRESULT {
-        const std::wstring result = text(cell);
+    return Answer(child, answer, [&](const TTarget& target) -> HRESULT {
+        const std::wstring result = text(target);
         if (result.empty()) {
             return S_FALSE;
         }
@@ -107,96 +161,137 @@ HRESULT TGridAccessible::AnswerText(const VARIANT& child, BSTR* answer, Text tex
 }
 
 STDMETHODIMP TGridAccessible::get_accParent(IDispatch** parent) {
-    return Answer(kSelf, parent, [&](std::optional<std::size_t>) {
+    return Answer(kSelf, parent, [&](const TTarget&) -> HRESULT {
+        if (whole_ != nullptr) {
+            *parent = whole_;
+            whole_->AddRef();
+            return S_OK;
+        }
         return AccessibleObjectFromWindow(window_, static_cast<DWORD>(OBJID_WINDOW), IID_IDispatch,
                                           reinterpret_cast<void**>(parent));
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accChildCount(long* count) {
-    return Answer(kSelf, count, [&](std::optional<std::size_t>) {
-        *count = static_cast<long>(grid_->CellCount());
+    return Answer(kSelf, count, [&](const TTarget&) {
+        const std::size_t perRow = Grid()->CellsPerRow();
+        *count = static_cast<long>(whole_ != nullptr ? perRow
+                                   : perRow == 0     ? Grid()->CellCount()
+                                                     : RowCount());
         return S_OK;
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accChild(VARIANT child, IDispatch** object) {
-    // Cells are no objects of their own.
-    return Answer(child, object, [](std::optional<std::size_t>) { return S_FALSE; });
+    return Answer(child, object, [&](const TTarget& target) {
+        // Cells are no objects of their own.
+        if (target.cell || !target.row || whole_ != nullptr) {
+            return S_FALSE;
+        }
+        *object = new TGridAccessible(*this, *target.row);
+        return S_OK;
+    });
 }
 
 STDMETHODIMP TGridAccessible::get_accName(VARIANT child, BSTR* name) {
-    return AnswerText(child, name, [this](std::optional<std::size_t> cell) {
-        return cell ? grid_->DescribeCell(*cell).name : grid_->GridName();
+    return AnswerText(child, name, [this](const TTarget& target) {
+        return target.cell  ? Grid()->DescribeCell(*target.cell).name
+               : target.row ? Grid()->RowName(*target.row)
+                            : Grid()->GridName();
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accValue(VARIANT child, BSTR* value) {
-    return AnswerText(child, value, [this](std::optional<std::size_t> cell) {
-        return cell ? grid_->DescribeCell(*cell).value : std::wstring();
+    return AnswerText(child, value, [this](const TTarget& target) {
+        return target.cell ? Grid()->DescribeCell(*target.cell).value : std::wstring();
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accDescription(VARIANT child, BSTR* description) {
-    return AnswerText(child, description, [this](std::optional<std::size_t> cell) {
-        return cell ? grid_->DescribeCell(*cell).row : std::wstring();
+    return AnswerText(child, description, [this](const TTarget& target) {
+        return target.cell ? Grid()->DescribeCell(*target.cell).row : std::wstring();
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accDefaultAction(VARIANT child, BSTR* action) {
-    return AnswerText(child, action, [this](std::optional<std::size_t> cell) -> std::wstring {
-        if (!cell) {
+    return AnswerText(child, action, [this](const TTarget& target) -> std::wstring {
+        if (!target.cell) {
             return L"";
         }
-        const TGridCellDescription description = grid_->DescribeCell(*cell);
-        return !description.isCheckBox ? UiTexts::EditCell
-               : description.isChecked ? UiTexts::SwitchOff
-                                       : UiTexts::SwitchOn;
+        const TGridCellDescription description = Grid()->DescribeCell(*target.cell);
+        return description.isRadioButton ? UiTexts::SwitchOn
+               : !description.isCheckBox ? UiTexts::EditCell
+               : description.isChecked   ? UiTexts::SwitchOff
+                                         : UiTexts::SwitchOn;
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accRole(VARIANT child, VARIANT* role) {
-    return Answer(child, role, [&](std::optional<std::size_t> cell) {
-        *role = NumberVariant(!cell                                   ? ROLE_SYSTEM_TABLE
-                              : grid_->DescribeCell(*cell).isCheckBox ? ROLE_SYSTEM_CHECKBUTTON
-                                                                      : ROLE_SYSTEM_CELL);
+    return Answer(child, role, [&](const TTarget& target) {
+        if (target.cell) {
+            const TGridCellDescription description = Grid()->DescribeCell(*target.cell);
+            *role = NumberVariant(description.isCheckBox      ? ROLE_SYSTEM_CHECKBUTTON
+                                  : description.isRadioButton ? ROLE_SYSTEM_RADIOBUTTON
+                                                              : ROLE_SYSTEM_CELL);
+        } else {
+            *role = NumberVariant(target.row                   ? ROLE_SYSTEM_ROW
+                                  : Grid()->CellsPerRow() == 0 ? ROLE_SYSTEM_GROUPING
+                                                               : ROLE_SYSTEM_TABLE);
+        }
         return S_OK;
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accState(VARIANT child, VARIANT* state) {
-    return Answer(child, state, [&](std::optional<std::size_t> cell) {
+    return Answer(child, state, [&](const TTarget& target) {
         long flags = STATE_SYSTEM_FOCUSABLE;
         const bool hasFocus = GetFocus() == window_;
-        if (!cell) {
-            flags |= hasFocus ? STATE_SYSTEM_FOCUSED : 0;
-        } else {
-            const TGridCellDescription description = grid_->DescribeCell(*cell);
-            flags |= STATE_SYSTEM_SELECTABLE | (description.isChecked ? STATE_SYSTEM_CHECKED : 0) |
-                     (description.isVisible ? 0 : STATE_SYSTEM_INVISIBLE | STATE_SYSTEM_OFFSCREEN);
-            if (grid_->FocusedCell() == cell) {
+        const std::optional<std::size_t> focused = Grid()->FocusedCell();
+        bool isVisible = true;
+        if (target.cell) {
+            const TGridCellDescription description = Grid()->DescribeCell(*target.cell);
+            flags |= STATE_SYSTEM_SELECTABLE | (description.isChecked ? STATE_SYSTEM_CHECKED : 0);
+            isVisible = description.isVisible;
+            if (focused == target.cell) {
                 flags |= STATE_SYSTEM_SELECTED | (hasFocus ? STATE_SYSTEM_FOCUSED : 0);
             }
+        } else if (target.row) {
+            const std::size_t perRow = Grid()->CellsPerRow();
+            // The cells have the focus.
+            flags = STATE_SYSTEM_SELECTABLE;
+            isVisible = Grid()->DescribeCell(*target.row * perRow).isVisible;
+            if (focused && *focused / perRow == *target.row) {
+                flags |= STATE_SYSTEM_SELECTED;
+            }
+        } else {
+            flags |= hasFocus ? STATE_SYSTEM_FOCUSED : 0;
         }
+        flags |= isVisible ? 0 : STATE_SYSTEM_INVISIBLE | STATE_SYSTEM_OFFSCREEN;
         *state = NumberVariant(flags);
         return S_OK;
     });
 }
 
+// If it is one of this grid or row.
+std::optional<std::size_t> TGridAccessible::FocusedCell() const {
+    const std::optional<std::size_t> cell = Grid()->FocusedCell();
+    return cell && Holds(*cell) ? cell : std::nullopt;
+}
+
 STDMETHODIMP TGridAccessible::get_accFocus(VARIANT* child) {
-    return Answer(kSelf, child, [&](std::optional<std::size_t>) {
-        if (GetFocus() != window_) {
+    return Answer(kSelf, child, [&](const TTarget&) {
+        const std::optional<std::size_t> cell = FocusedCell();
+        if (GetFocus() != window_ || (whole_ != nullptr && !cell)) {
             return S_FALSE;
         }
-        const std::optional<std::size_t> cell = grid_->FocusedCell();
         *child = cell ? CellVariant(cell) : kSelf;
         return S_OK;
     });
 }
 
 STDMETHODIMP TGridAccessible::get_accSelection(VARIANT* children) {
-    return Answer(kSelf, children, [&](std::optional<std::size_t>) {
-        *children = CellVariant(grid_->FocusedCell());
+    return Answer(kSelf, children, [&](const TTarget&) {
+        *children = CellVariant(FocusedCell());
         return children->vt == VT_EMPTY ? S_FALSE : S_OK;
     });
 }
@@ -209,11 +304,29 @@ STDMETHODIMP TGridAccessible::accSelect(long flags, VARIANT child) {
                 SetFocus(window_);
             }
             if (target.cell) {
-                grid_->SelectCell(*target.cell);
+                Grid()->SelectCell(*target.cell);
+            } else if (target.row) {
+                // In the column that has the cursor.
+                const std::size_t perRow = Grid()->CellsPerRow();
+                Grid()->SelectCell(*target.row * perRow + Grid()->FocusedCell().value_or(0) % perRow);
             }
         }
         return target.error;
     });
+}
+
+RECT TGridAccessible::AreaOf(const TTarget& target) const {
+    RECT area{};
+    if (target.cell) {
+        area = Grid()->DescribeCell(*target.cell).area;
+    } else if (target.row) {
+        const std::size_t perRow = Grid()->CellsPerRow();
+        area = Grid()->DescribeCell(*target.row * perRow).area;
+        area.right = Grid()->DescribeCell((*target.row + 1) * perRow - 1).area.right;
+    } else {
+        GetWindowRect(window_, &area);
+    }
+    return area;
 }
 
 STDMETHODIMP TGridAccessible::accLocation(long* left, long* top, long* width, long* height, VARIANT child) {
@@ -226,12 +339,7 @@ STDMETHODIMP TGridAccessible::accLocation(long* left, long* top, long* width, lo
         if (FAILED(target.error)) {
             return target.error;
         }
-        RECT area{};
-        if (target.cell) {
-            area = grid_->DescribeCell(*target.cell).area;
-        } else {
-            GetWindowRect(window_, &area);
-        }
+        const RECT area = AreaOf(target);
         *left = area.left;
         *top = area.top;
         *width = area.right - area.left;
@@ -240,34 +348,51 @@ STDMETHODIMP TGridAccessible::accLocation(long* left, long* top, long* width, lo
     });
 }
 
+// Of a grid's rows, a row's cells, or a grid's cells; empty when there are none.
+VARIANT TGridAccessible::ChildAtEnd(const TTarget& target, bool first) {
+    const std::size_t perRow = Grid()->CellsPerRow();
+    const std::size_t cells = Grid()->CellCount();
+    if (target.cell || cells == 0) {
+        return {};
+    }
+    if (target.row) {
+        return CellVariant(*target.row * perRow + (first ? 0 : perRow - 1));
+    }
+    return perRow == 0 ? CellVariant(first ? 0 : cells - 1) : RowVariant(first ? 0 : RowCount() - 1);
+}
+
+VARIANT TGridAccessible::Sibling(const TTarget& target, bool next) {
+    const std::optional<std::size_t> from = target.cell ? target.cell : target.row;
+    const std::size_t count = target.cell ? Grid()->CellCount() : RowCount();
+    if (!from || (next ? *from + 1 >= count : *from == 0)) {
+        return {};
+    }
+    const std::size_t to = next ? *from + 1 : *from - 1;
+    if (!target.cell) {
+        return RowVariant(to);
+    }
+    return Holds(to) ? CellVariant(to) : VARIANT{};
+}
+
 STDMETHODIMP TGridAccessible::accNavigate(long direction, VARIANT start, VARIANT* end) {
-    return Answer(start, end, [&](std::optional<std::size_t> from) {
-        const std::size_t count = grid_->CellCount();
-        std::optional<std::size_t> cell;
-        if (!from) {
-            cell = count == 0                       ? std::nullopt
-                   : direction == NAVDIR_FIRSTCHILD ? std::optional<std::size_t>(0)
-                   : direction == NAVDIR_LASTCHILD  ? std::optional(count - 1)
-                                                    : std::nullopt;
-        } else if (direction == NAVDIR_NEXT && *from + 1 < count) {
-            cell = *from + 1;
-        } else if (direction == NAVDIR_PREVIOUS && *from > 0) {
-            cell = *from - 1;
+    return Answer(start, end, [&](const TTarget& from) {
+        if (direction == NAVDIR_FIRSTCHILD || direction == NAVDIR_LASTCHILD) {
+            *end = ChildAtEnd(from, direction == NAVDIR_FIRSTCHILD);
+        } else if (direction == NAVDIR_NEXT || direction == NAVDIR_PREVIOUS) {
+            *end = Sibling(from, direction == NAVDIR_NEXT);
         }
-        *end = CellVariant(cell);
-        return cell ? S_OK : S_FALSE;
+        return end->vt == VT_EMPTY ? S_FALSE : S_OK;
     });
 }
 
 STDMETHODIMP TGridAccessible::accHitTest(long left, long top, VARIANT* child) {
-    return Answer(kSelf, child, [&](std::optional<std::size_t>) {
-        RECT window{};
-        GetWindowRect(window_, &window);
-        if (!PtInRect(&window, {left, top})) {
+    return Answer(kSelf, child, [&](const TTarget& target) {
+        const RECT area = AreaOf(target);
+        if (!PtInRect(&area, {left, top})) {
             return S_FALSE;
         }
-        const std::optional<std::size_t> cell = grid_->CellAt({left, top});
-        *child = cell ? CellVariant(cell) : kSelf;
+        const std::optional<std::size_t> cell = Grid()->CellAt({left, top});
+        *child = cell && Holds(*cell) ? CellVariant(cell) : kSelf;
         return S_OK;
     });
 }
@@ -281,7 +406,25 @@ STDMETHODIMP TGridAccessible::accDoDefaultAction(VARIANT child) {
         if (!target.cell) {
             return DISP_E_MEMBERNOTFOUND;
         }
-        grid_->DoCellAction(*target.cell);
+        Grid()->DoCellAction(*target.cell);
         return S_OK;
     });
+}
+
+std::optional<LRESULT> TGridAccessibleOwner::Answer(HWND window, TGridAccessibleSide& grid,
+                                                    WPARAM wordParameter, LPARAM longParameter) {
+    if (static_cast<LONG>(longParameter) != OBJID_CLIENT) {
+        return std::nullopt;
+    }
+    if (object_ == nullptr) {
+        object_ = new TGridAccessible(window, grid);
+    }
+    return LresultFromObject(IID_IAccessible, wordParameter, object_);
+}
+
+void TGridAccessibleOwner::Part() {
+    if (TGridAccessible* object = std::exchange(object_, nullptr)) {
+        object->Disconnect();
+        object->Release();
+    }
 }

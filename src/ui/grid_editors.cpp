@@ -74,8 +74,9 @@ void TGridRadioPanel::SetScale(TScale scale, HFONT font) {
     font_ = font;
 }
 
-void TGridRadioPanel::SetItems(const std::vector<TGridItem>& items, const std::wstring& value) {
-    items_ = items;
+void TGridRadioPanel::SetItems(const TGridColumn& column, const std::wstring& value) {
+    name_ = column.caption;
+    items_ = column.items;
     value_ = value;
     const auto found = std::find_if(items_.begin(), items_.end(), [&](const TGridItem& item) {
         return EqualsIgnoringAsciiCase(item.value, value);
@@ -131,8 +132,48 @@ void TGridRadioPanel::Select(std::size_t item) {
     if (item < items_.size()) {
         selected_ = item;
         Repaint();
-        NotifyWinEvent(EVENT_OBJECT_VALUECHANGE, GetParent(Handle()), OBJID_CLIENT, CHILDID_SELF);
+        TellScreenReader();
     }
+}
+
+void TGridRadioPanel::TellScreenReader() const {
+    const std::optional<std::size_t> item = FocusedCell();
+    NotifyWinEvent(EVENT_OBJECT_FOCUS, Handle(), OBJID_CLIENT,
+                   item ? TGridAccessible::ChildOfCell(*this, *item) : CHILDID_SELF);
+}
+
+std::optional<std::size_t> TGridRadioPanel::FocusedCell() const {
+    return selected_ < items_.size() ? std::optional(selected_) : std::nullopt;
+}
+
+TGridCellDescription TGridRadioPanel::DescribeCell(std::size_t item) const {
+    TGridCellDescription description;
+    description.name = items_[item].caption;
+    description.isRadioButton = true;
+    description.isChecked = item == selected_;
+    description.isVisible = true;
+    description.area = ItemArea(item);
+    MapWindowPoints(Handle(), nullptr, reinterpret_cast<POINT*>(&description.area), 2);
+    return description;
+}
+
+std::optional<std::size_t> TGridRadioPanel::ItemAt(POINT point) const {
+    for (std::size_t item = 0; item < items_.size(); ++item) {
+        if (const RECT area = ItemArea(item); PtInRect(&area, point)) {
+            return item;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::size_t> TGridRadioPanel::CellAt(POINT screenPoint) const {
+    ScreenToClient(Handle(), &screenPoint);
+    return ItemAt(screenPoint);
+}
+
+void TGridRadioPanel::DoCellAction(std::size_t item) {
+    Select(item);
+    events_.chosen();
 }
 
 bool TGridRadioPanel::KeyDown(WPARAM virtualKey) {
@@ -167,18 +208,22 @@ std::optional<LRESULT> TGridRadioPanel::HandleMessage(UINT message, WPARAM wordP
         case WM_LBUTTONDOWN: {
             const POINT point{static_cast<short>(LOWORD(longParameter)),
                               static_cast<short>(HIWORD(longParameter))};
-            for (std::size_t item = 0; item < items_.size(); ++item) {
-                if (const RECT area = ItemArea(item); PtInRect(&area, point)) {
-                    Select(item);
-                    events_.chosen();
-                    break;
-                }
+            if (const std::optional<std::size_t> item = ItemAt(point)) {
+                DoCellAction(*item);
             }
             return 0;
         }
+        case WM_SETFOCUS:
+            TellScreenReader();
+            return 0;
         case WM_KILLFOCUS:
             events_.lostFocus();
             return 0;
+        case WM_GETOBJECT:
+            return accessible_.Answer(Handle(), *this, wordParameter, longParameter);
+        case WM_DESTROY:
+            accessible_.Part();
+            return std::nullopt;
         default:
             return TDrawnControl::HandleMessage(message, wordParameter, longParameter);
     }
@@ -210,7 +255,7 @@ void TGridEditors::SetScale(TScale scale, HFONT font) {
 void TGridEditors::Open(const TGridColumn& column, const std::wstring& text, bool selectAll,
                         const TGridArea& cell, const TGridArea& body) {
     if (column.editor == TGridEditor::RadioGroup) {
-        panel_.SetItems(column.items, text);
+        panel_.SetItems(column, text);
         open_ = panel_.Handle();
         Place(cell, body);
         return;

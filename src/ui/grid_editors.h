@@ -9,6 +9,7 @@
 
 #include "ui/dpi.h"
 #include "ui/drawn_control.h"
+#include "ui/grid_accessible.h"
 #include "ui/grid_column.h"
 #include "ui/grid_layout.h"
 #include "ui/grid_navigator.h"
@@ -25,11 +26,11 @@ struct TGridEditorEvents {
     std::function<void()> chosen;
 };
 
-// Offers the choices of a radio group, one below the other.
-class TGridRadioPanel final : public TDrawnControl {
+// Offers the choices of a radio group, one below the other. A screen reader hears each that is gone through.
+class TGridRadioPanel final : public TDrawnControl, private TGridAccessibleSide {
 public:
     [[nodiscard]] bool CreateIn(HWND grid, TGridEditorEvents events);
-    void SetItems(const std::vector<TGridItem>& items, const std::wstring& value);
+    void SetItems(const TGridColumn& column, const std::wstring& value);
     void SetScale(TScale scale, HFONT font);
     // The size that all captions have room in.
     SIZE PreferredSize() const;
@@ -42,9 +43,23 @@ private:
     bool KeyDown(WPARAM virtualKey);
     void Select(std::size_t item);
     void Paint() override;
+
+    // TGridAccessibleSide: the choices are its cells.
+    std::wstring GridName() const override { return name_; }
+    std::size_t CellCount() const override { return items_.size(); }
+    std::optional<std::size_t> FocusedCell() const override;
+    TGridCellDescription DescribeCell(std::size_t item) const override;
+    std::optional<std::size_t> CellAt(POINT screenPoint) const override;
+    void SelectCell(std::size_t item) override { Select(item); }
+    void DoCellAction(std::size_t item) override;
+
     RECT ItemArea(std::size_t item) const;
+    std::optional<std::size_t> ItemAt(POINT point) const;
+    void TellScreenReader() const;
 
     TGridEditorEvents events_;
+    TGridAccessibleOwner accessible_;
+    std::wstring name_;
     std::vector<TGridItem> items_;
     std::wstring value_;  // kept when it is none of the items
     std::size_t selected_ = 0;

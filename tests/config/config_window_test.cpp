@@ -7,6 +7,8 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
+#include <utility>
 
 #include "config/config_window_driver.h"
 #include "store/credential_protection.h"
@@ -409,6 +411,15 @@ TEST_F(ConfigWindow, FoldersAreInsertedAtTheEnd) {
     EXPECT_EQ(table.RecordCount(), 3u);
     EXPECT_THAT(Bytes(window.Notice()), HasSubstr("nicht vorhanden"));
 
+    const auto picker = std::exchange(
+        window.ShellBrowserDialog,
+        [](HWND, const std::wstring&, const std::wstring&) -> std::optional<std::wstring> {
+            throw std::system_error(ERROR_ACCESS_DENIED, std::system_category(), "IFileOpenDialog");
+        });
+    window.acGetDirectory.Execute();
+    EXPECT_THAT(Bytes(window.Notice()), HasSubstr("Die Ordnerauswahl"));
+    window.ShellBrowserDialog = picker;
+
     picked = L"C:\\windows";
     window.acGetDirectory.Execute();
     ASSERT_EQ(table.RecordCount(), 4u);
@@ -533,38 +544,120 @@ TEST_F(ConfigWindow, TheTabKeyReachesEverythingAndGetsOut) {
     EXPECT_FALSE(window.IsOpen());
 }
 
-TEST_F(ConfigWindow, AScreenReaderHearsColumnAndValue) {
-    Open();
-    FocusCell(1, kMode);
-    IAccessible* grid = nullptr;
-    ASSERT_EQ(AccessibleObjectFromWindow(window.cxGrid.Handle(), static_cast<DWORD>(OBJID_CLIENT),
-                                         IID_IAccessible, reinterpret_cast<void**>(&grid)),
-              S_OK);
-    VARIANT cell{};
-    ASSERT_EQ(grid->get_accFocus(&cell), S_OK);
-    EXPECT_EQ(cell.lVal, 14);
-    const auto text = [&](HRESULT (STDMETHODCALLTYPE IAccessible::*get)(VARIANT, BSTR*)) {
+// What a screen reader asks of a window, or of an object in it.
+class TScreenReader {
+public:
+    explicit TScreenReader(HWND window) {
+        EXPECT_EQ(AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
+                                             reinterpret_cast<void**>(&object)),
+                  S_OK);
+    }
+    explicit TScreenReader(IDispatch* child) {
+        EXPECT_EQ(child->QueryInterface(IID_IAccessible, reinterpret_cast<void**>(&object)), S_OK);
+        child->Release();
+    }
+    TScreenReader(const TScreenReader&) = delete;
+    TScreenReader& operator=(const TScreenReader&) = delete;
+    ~TScreenReader() { object->Release(); }
+
+    static VARIANT Child(long number) {
+        VARIANT child{};
+        child.vt = VT_I4;
+        child.lVal = number;
+        return child;
+    }
+    std::wstring Text(HRESULT (STDMETHODCALLTYPE IAccessible::*get)(VARIANT, BSTR*), VARIANT child) const {
         BSTR answered = nullptr;
-        EXPECT_EQ((grid->*get)(cell, &answered), S_OK);
-        const std::wstring copy = answered != nullptr ? answered : L"";
+        EXPECT_EQ((object->*get)(child, &answered), S_OK);
+        std::wstring copy = answered != nullptr ? answered : L"";
         SysFreeString(answered);
         return copy;
-    };
-    EXPECT_EQ(text(&IAccessible::get_accName), L"Modus");
-    EXPECT_EQ(text(&IAccessible::get_accValue), L"Aus");
-    EXPECT_EQ(text(&IAccessible::get_accDescription), L"Zeile 2 von 3");
-    cell.lVal = 8;  // the check box at the beginning of the row
-    EXPECT_EQ(text(&IAccessible::get_accName), L"Aktiv");
-    VARIANT state{};
-    ASSERT_EQ(grid->get_accState(cell, &state), S_OK);
-    EXPECT_NE(state.lVal & STATE_SYSTEM_CHECKED, 0);
-    ASSERT_EQ(grid->accDoDefaultAction(cell), S_OK);
+    }
+    std::wstring Name(VARIANT child) const { return Text(&IAccessible::get_accName, child); }
+    VARIANT Focus() const {
+        VARIANT child{};
+        EXPECT_EQ(object->get_accFocus(&child), S_OK);
+        return child;
+    }
+    long State(VARIANT child) const {
+        VARIANT state{};
+        EXPECT_EQ(object->get_accState(child, &state), S_OK);
+        return state.lVal;
+    }
+    long Role(VARIANT child) const {
+        VARIANT role{};
+        EXPECT_EQ(object->get_accRole(child, &role), S_OK);
+        return role.lVal;
+    }
+    RECT Area(VARIANT child) const {
+        RECT area{};
+        EXPECT_EQ(object->accLocation(&area.left, &area.top, &area.right, &area.bottom, child), S_OK);
+        return area;
+    }
+
+    IAccessible* object = nullptr;
+};
+
+TEST_F(ConfigWindow, AScreenReaderHearsRowColumnAndValue) {
+    Open();
+    FocusCell(1, kMode);
+    const TScreenReader grid(window.cxGrid.Handle());
+    const VARIANT self = TScreenReader::Child(CHILDID_SELF);
+    const VARIANT cell = grid.Focus();
+    EXPECT_EQ(grid.Name(cell), L"Modus");
+    EXPECT_EQ(grid.Text(&IAccessible::get_accValue, cell), L"Aus");
+    EXPECT_EQ(grid.Text(&IAccessible::get_accDescription, cell), L"Zeile 2 von 3");
+
+    long rows = 0;
+    ASSERT_EQ(grid.object->get_accChildCount(&rows), S_OK);
+    EXPECT_EQ(rows, 3);
+    IDispatch* child = nullptr;
+    ASSERT_EQ(grid.object->get_accChild(TScreenReader::Child(2), &child), S_OK);
+    const TScreenReader row(child);
+    EXPECT_EQ(row.Name(self), L"Zeile 2 von 3: " + *table.Rows()[1].Directory);
+    EXPECT_EQ(row.Role(self), ROLE_SYSTEM_ROW);
+    EXPECT_EQ(row.Focus().lVal, 7);
+    EXPECT_EQ(row.Name(row.Focus()), L"Modus");
+    const RECT area = row.Area(self);  // left, top, width and height
+    const RECT last = row.Area(row.Focus());
+    EXPECT_EQ(area.top, last.top);
+    EXPECT_EQ(area.left + area.right, last.left + last.right);
+    EXPECT_GT(area.right, last.right);
+    VARIANT hit{};
+    ASSERT_EQ(row.object->accHitTest(last.left + 1, last.top + 1, &hit), S_OK);
+    EXPECT_EQ(hit.lVal, 7);
+    VARIANT next{};
+    ASSERT_EQ(row.object->accNavigate(NAVDIR_NEXT, self, &next), S_OK);
+    ASSERT_EQ(next.vt, VT_DISPATCH);
+    EXPECT_EQ(TScreenReader(next.pdispVal).Name(self).substr(0, 13), L"Zeile 3 von 3");
+    EXPECT_EQ(row.object->accNavigate(NAVDIR_NEXT, TScreenReader::Child(7), &next), S_FALSE);
+
+    const VARIANT active = TScreenReader::Child(1);  // the check box at the beginning of the row
+    EXPECT_EQ(row.Name(active), L"Aktiv");
+    EXPECT_NE(row.State(active) & STATE_SYSTEM_CHECKED, 0);
+    ASSERT_EQ(row.object->accDoDefaultAction(active), S_OK);
     EXPECT_EQ(table.Rows()[1].Aktive, false);
-    cell.lVal = 22;
-    EXPECT_EQ(grid->get_accState(cell, &state), E_INVALIDARG);
+    VARIANT state{};
+    EXPECT_EQ(row.object->get_accState(TScreenReader::Child(8), &state), E_INVALIDARG);
+    EXPECT_EQ(grid.object->get_accState(TScreenReader::Child(4), &state), E_INVALIDARG);
     DestroyWindow(window.Handle());
-    EXPECT_TRUE(FAILED(grid->get_accFocus(&cell))) << "the object outlives its window";
-    grid->Release();
+    EXPECT_TRUE(FAILED(row.object->get_accFocus(&state))) << "the objects outlive their window";
+}
+
+TEST_F(ConfigWindow, AScreenReaderHearsTheModesWhileTheyAreGoneThrough) {
+    Open();
+    FocusCell(1, kMode);
+    Press(VK_F2);
+    const TScreenReader panel(window.cxGrid.EditorHandle());
+    EXPECT_EQ(panel.Name(TScreenReader::Child(CHILDID_SELF)), L"Modus");
+    EXPECT_EQ(panel.Name(panel.Focus()), L"Aus");
+    Press(VK_DOWN);
+    EXPECT_EQ(panel.Name(panel.Focus()), L"Einschließen");
+    EXPECT_EQ(panel.Role(panel.Focus()), ROLE_SYSTEM_RADIOBUTTON);
+    EXPECT_NE(panel.State(panel.Focus()) & STATE_SYSTEM_CHECKED, 0);
+    EXPECT_EQ(panel.State(TScreenReader::Child(1)) & STATE_SYSTEM_CHECKED, 0);
+    ASSERT_EQ(panel.object->accDoDefaultAction(TScreenReader::Child(3)), S_OK);
+    EXPECT_EQ(table.Rows()[1].ExtensionMode, L"EX");
 }
 
 TEST_F(ConfigWindow, StandsInTheMiddleOfItsOwnerThenWhereItWasLeft) {
