@@ -11,6 +11,9 @@ trap 'exit 130' INT TERM HUP
 wine_open "$name"
 wine_temporary_folder_in_memory
 wine_display
+# A share for the tests.
+mkdir -p "$WINEPREFIX/dosdevices/unc/vardekotest/share"
+export VARDEKO_TEST_SHARE='\\vardekotest\share'
 taskset -c "$(wine_core)" "$@" &
 # Waiting in the background lets the traps run at once.
 command=$!

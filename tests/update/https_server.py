@@ -281,7 +281,7 @@ def main():
         for name, port in ports.items():
             file.write(f"VARDEKO_TEST_{name.upper()}=localhost:{port}\n")
         file.write(f"VARDEKO_TEST_WRONG_NAME=127.0.0.1:{ports['trusted']}\n")
-        file.write(f"VARDEKO_TEST_AUTHORITY={os.path.join(folder, 'authority.der')}\n")
+        file.write(f"VARDEKO_TEST_AUTHORITY=Z:{os.path.join(folder, 'authority.der')}\n")
     os.replace(unfinished, os.path.join(folder, "environment"))
     watcher = threading.Thread(target=sys.stdin.buffer.read, daemon=True)
     watcher.start()
