@@ -2,6 +2,8 @@
 //   onlooker hold FILE     keeps a file open, shared with nobody, until standard input ends
 //   onlooker rows          prints the rows of the program's status list, oldest first, when its window is
 //   gone
+//   onlooker scale TITLE PERCENT  tells the window that it stands on a monitor of that scale now, and prints
+//   its size and how much its program knows of scales
 #include <windows.h>
 
 #include <commctrl.h>
@@ -88,9 +90,48 @@ int Rows() {
     return 0;
 }
 
+int Scale(const wchar_t* title, int percent) {
+    const HWND window = FindWindowW(nullptr, title);
+    DWORD processId = 0;
+    GetWindowThreadProcessId(window, &processId);
+    const HANDLE process = OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_WRITE, FALSE, processId);
+    if (process == nullptr) {
+        return 1;
+    }
+    // The size at 100 % is the one that the window had first.
+    const auto firstSize = [window](const wchar_t* name, LONG now) {
+        if (GetPropW(window, name) == nullptr) {
+            SetPropW(window, name, reinterpret_cast<HANDLE>(static_cast<INT_PTR>(now)));
+        }
+        return static_cast<int>(reinterpret_cast<INT_PTR>(GetPropW(window, name)));
+    };
+    RECT area{};
+    GetWindowRect(window, &area);
+    area = {0, 0, MulDiv(firstSize(L"first width", area.right - area.left), percent, 100),
+            MulDiv(firstSize(L"first height", area.bottom - area.top), percent, 100)};
+    void* shared = VirtualAllocEx(process, nullptr, sizeof(area), MEM_COMMIT, PAGE_READWRITE);
+    WriteProcessMemory(process, shared, &area, sizeof(area), nullptr);
+    const int dpi = MulDiv(USER_DEFAULT_SCREEN_DPI, percent, 100);
+    SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(dpi, dpi), reinterpret_cast<LPARAM>(shared));
+    GetWindowRect(window, &area);
+    // From outside, version 2 of it looks like version 1.
+    const bool perMonitor = GetAwarenessFromDpiAwarenessContext(GetWindowDpiAwarenessContext(window)) ==
+                            DPI_AWARENESS_PER_MONITOR_AWARE;
+    Print(std::to_wstring(area.right - area.left) + L" " + std::to_wstring(area.bottom - area.top) +
+          (perMonitor ? L" per-monitor" : L" other"));
+    return 0;
+}
+
 }  // namespace
 
 int wmain(int count, wchar_t** words) {
     const std::wstring task = count > 1 ? words[1] : L"";
-    return task == L"hold" && count == 3 ? Hold(words[2]) : task == L"rows" ? Rows() : 64;
+    if (task == L"hold" && count == 3) {
+        return Hold(words[2]);
+    }
+    if (task == L"scale" && count == 4) {
+        SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE);
+        return Scale(words[2], _wtoi(words[3]));
+    }
+    return task == L"rows" ? Rows() : 64;
 }

@@ -14,10 +14,11 @@ from network_cases import NetworkCases
 from night_cases import NightCases
 from nothing_new_cases import NothingNewCases
 from power_cut_cases import PowerCutCases
+from scale_cases import ScaleCases
 from silent_loss_cases import SilentLossCases
 from unattended_cases import UnattendedCases
 
 if __name__ == "__main__":
     build_onlooker()
     sys.exit(run_cases([CopyCases, UnattendedCases, DisturbanceCases, NightCases, FaultyFsCases, SilentLossCases,
-                        NothingNewCases, NetworkCases, PowerCutCases], sys.argv[1:]))
+                        NothingNewCases, NetworkCases, PowerCutCases, ScaleCases], sys.argv[1:]))
