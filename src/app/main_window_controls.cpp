@@ -81,7 +81,7 @@ RECT TfmMain::StartingPlace() {
         const bool isUsable = !numbers.fail() && place.right - place.left >= scale_(kLeastWidth) &&
                               place.bottom - place.top >= scale_(kLeastHeight);
         if (isUsable) {
-            return FitToWorkArea(place);
+            return FittedToMonitor(place);
         }
         maximized_ = false;
     }

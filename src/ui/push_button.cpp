@@ -3,6 +3,7 @@
 #include <commctrl.h>
 #include <windowsx.h>
 
+#include "ui/device_context.h"
 #include "ui/hover.h"
 #include "ui/rounded_box.h"
 #include "ui/window.h"
