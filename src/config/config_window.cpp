@@ -9,6 +9,7 @@
 #include "texts/config_texts.h"
 #include "texts/problem_text.h"
 #include "ui/layout_store.h"
+#include "ui/question_box.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -58,8 +59,7 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
       folderCheck_([this] { ShowWarnings(); }),
       keyFilter_([this](MSG& message) { return open_ && IsDialogMessageW(Handle(), &message); }) {
     AskUser = [this](const std::wstring& question) {
-        return MessageBoxW(Handle(), question.c_str(), ConfigTexts::Window,
-                           MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
+        return AskYesNo(Handle(), ConfigTexts::Window, question);
     };
     dsMemData.OnButtonClick = [this] { cxGridDBTvDirectoryPropertiesButtonClick(); };
     dsMemData.OnDeleting = [this](const std::wstring& folder) {
