@@ -147,9 +147,6 @@ private:
     void ProgressMessage(UINT message, WPARAM wordParameter, LPARAM longParameter);
 
     void CreateControls();
-    // Where the window stood when it was last closed, or in the middle of the screen; always on the screen.
-    RECT StartingPlace();
-    void StorePlace() const;
     void FormShow();
     void UseScale(TScale scale);
     void Layout();

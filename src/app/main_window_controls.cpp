@@ -5,7 +5,6 @@
 #include <windowsx.h>
 
 #include <algorithm>
-#include <sstream>
 #include <system_error>
 
 #include "app/list_menu.h"
@@ -15,6 +14,7 @@
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/layout_store.h"
+#include "ui/window_place.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -51,11 +51,14 @@ void TfmMain::FormCreate() {
     options.caption = MainTexts::Window;
     options.style = kStyle;
     options.extendedStyle = kExtendedStyle;
-    const RECT place = StartingPlace();
-    options.left = place.left;
-    options.top = place.top;
-    options.width = place.right - place.left;
-    options.height = place.bottom - place.top;
+    const std::optional<std::wstring> stored = LoadLayout(kPlaceName);
+    const std::optional<TWindowPlace> place = stored ? RestorePlace(*stored) : std::nullopt;
+    const RECT start = place ? FittedToMonitor(place->area)
+                             : CentredOn(nullptr, {scale_(kWindowWidth), scale_(kWindowHeight)});
+    options.left = start.left;
+    options.top = start.top;
+    options.width = start.right - start.left;
+    options.height = start.bottom - start.top;
     options.icon = LoadProgramIcon(GetSystemMetrics(SM_CXICON));
     options.smallIcon = LoadProgramIcon(GetSystemMetrics(SM_CXSMICON));
     if (!Create(options)) {
@@ -67,38 +70,14 @@ void TfmMain::FormCreate() {
     font_ = MakeMessageFont(scale_);
     CreateControls();
     UseScale(scale_);
+    if (place) {
+        PlaceWindow(Handle(), place->AreaAt(scale_));
+        maximized_ = place->isMaximized;
+    }
     // Focus marks appear once the keyboard is used.
     SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_INITIALIZE, 0), 0);
     UpdateActions();
     UpdateTimer.SetEnabled(true);
-}
-
-RECT TfmMain::StartingPlace() {
-    RECT place{};
-    if (const std::optional<std::wstring> stored = LoadLayout(kPlaceName)) {
-        std::wistringstream numbers(*stored);
-        numbers >> place.left >> place.top >> place.right >> place.bottom >> maximized_;
-        const bool isUsable = !numbers.fail() && place.right - place.left >= scale_(kLeastWidth) &&
-                              place.bottom - place.top >= scale_(kLeastHeight);
-        if (isUsable) {
-            return FittedToMonitor(place);
-        }
-        maximized_ = false;
-    }
-    return CentredOn(nullptr, {scale_(kWindowWidth), scale_(kWindowHeight)});
-}
-
-void TfmMain::StorePlace() const {
-    WINDOWPLACEMENT placement{};
-    placement.length = sizeof(placement);
-    if (!shown_ || !GetWindowPlacement(Handle(), &placement)) {
-        return;
-    }
-    std::wostringstream numbers;
-    const RECT& place = placement.rcNormalPosition;
-    numbers << place.left << L' ' << place.top << L' ' << place.right << L' ' << place.bottom << L' '
-            << (placement.showCmd == SW_SHOWMAXIMIZED);
-    StoreLayout(kPlaceName, numbers.str());
 }
 
 void TfmMain::CreateControls() {
@@ -332,7 +311,9 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             }
             return 0;
         case WM_DESTROY:
-            StorePlace();
+            if (shown_) {
+                StoreLayout(kPlaceName, StorePlace(Handle()));
+            }
             PostQuitMessage(0);
             return 0;
         default:

@@ -158,11 +158,8 @@ void TfmConfig::PlaceOn(HWND owner, const std::optional<TWindowPlace>& place) {
     const RECT start = place ? FittedToMonitor(place->area) : CentredOn(owner, {});
     SetWindowPos(Handle(), nullptr, start.left, start.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     UseScale(ScaleOfWindow(Handle()));
-    RECT area = CentredOn(owner, ClientSize(kClientWidth, kClientHeight));
-    if (place) {
-        const SIZE size = place->SizeAt(scale_);
-        area = FittedToMonitor({start.left, start.top, start.left + size.cx, start.top + size.cy});
-    }
+    const RECT area =
+        place ? place->AreaAt(scale_) : CentredOn(owner, ClientSize(kClientWidth, kClientHeight));
     SetWindowPos(Handle(), HWND_TOPMOST, area.left, area.top, area.right - area.left, area.bottom - area.top,
                  SWP_NOACTIVATE);
 }

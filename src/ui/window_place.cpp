@@ -15,11 +15,13 @@ bool IsCoordinate(LONG value) {
 
 }  // namespace
 
-SIZE TWindowPlace::SizeAt(TScale scale) const {
+RECT TWindowPlace::AreaAt(TScale scale) const {
     const auto scaled = [&](LONG size) {
         return MulDiv(size, static_cast<int>(scale.Dpi()), static_cast<int>(dpi));
     };
-    return {scaled(area.right - area.left), scaled(area.bottom - area.top)};
+    const RECT start = FittedToMonitor(area);
+    return FittedToMonitor({start.left, start.top, start.left + scaled(area.right - area.left),
+                            start.top + scaled(area.bottom - area.top)});
 }
 
 std::wstring StorePlace(HWND window) {
@@ -33,7 +35,7 @@ std::wstring StorePlace(HWND window) {
     }
     std::wostringstream text;
     text << kVersion << L' ' << area.left << L' ' << area.top << L' ' << area.right << L' ' << area.bottom
-         << L' ' << ScaleOfWindow(window).Dpi();
+         << L' ' << ScaleOfWindow(window).Dpi() << L' ' << (IsZoomed(window) != FALSE);
     return text.str();
 }
 
@@ -42,7 +44,7 @@ std::optional<TWindowPlace> RestorePlace(const std::wstring& text) {
     int version = 0;
     TWindowPlace place;
     RECT& area = place.area;
-    stream >> version >> area.left >> area.top >> area.right >> area.bottom >> place.dpi;
+    stream >> version >> area.left >> area.top >> area.right >> area.bottom >> place.dpi >> place.isMaximized;
     const bool isPlace = stream && version == kVersion && IsCoordinate(area.left) && IsCoordinate(area.top) &&
                          IsCoordinate(area.right) && IsCoordinate(area.bottom) && area.left < area.right &&
                          area.top < area.bottom && place.dpi >= kStandardDpi &&

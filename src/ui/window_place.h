@@ -12,9 +12,10 @@
 struct TWindowPlace {
     RECT area{};
     unsigned dpi = kStandardDpi;
+    bool isMaximized = false;
 
-    // The size at another scale.
-    SIZE SizeAt(TScale scale) const;
+    // The same at another scale, on the monitor that it is nearest to and no larger than that.
+    RECT AreaAt(TScale scale) const;
 };
 
 // Of a window that is maximized or minimized, where it would stand otherwise.
