@@ -1,0 +1,124 @@
+// Several calls to a distant disk under way at once, their results taken in order.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
+
+// What a new thread of jobs does first, its priority say. What it answers, if anything, is called to free
+// that thread from a call of the system it is stuck in.
+using TThreadBeginning = std::function<std::function<void()>()>;
+
+// The threads behind TJobsInOrder. A thread is started when a job finds none that is free.
+class TJobThreads {
+public:
+    // At most `most` threads, 1 or more.
+    TJobThreads(std::size_t most, TThreadBeginning begin);
+    TJobThreads(const TJobThreads&) = delete;
+    TJobThreads& operator=(const TJobThreads&) = delete;
+    ~TJobThreads();
+
+    // Jobs are begun in the order in which they are added. One added after a stop is never begun.
+    void Add(std::function<void()> job);
+
+    // No further job is begun.
+    void Stop();
+    // Stops, frees the threads from what they are stuck in, and waits up to `maxWait` milliseconds for the
+    // jobs under way, calling `whileWaiting` a few times a second; true when they have ended.
+    bool End(std::uint32_t maxWait, const std::function<void()>& whileWaiting = {});
+
+private:
+    struct TShared;
+
+    static void Work(const std::shared_ptr<TShared>& shared);
+
+    const std::size_t most_;
+    const TThreadBeginning begin_;
+    const std::shared_ptr<TShared> shared_;
+};
+
+// Jobs that run on a few threads; their results are taken one after another, in the order of the jobs.
+// Belongs to the thread that made it. A job that is stuck in a call of the system when this goes is left to
+// itself after some seconds, so it must own whatever it works with, or work with what lasts as long as the
+// program.
+template <typename Result>
+class TJobsInOrder {
+public:
+    explicit TJobsInOrder(std::size_t threads, TThreadBeginning begin = {})
+        : threads_(threads, std::move(begin)) {}
+
+    void Add(std::function<Result()> job) {
+        const auto place = std::make_shared<TPlace>();
+        places_.push_back(place);
+        threads_.Add([place, signal = signal_, job = std::move(job)]() mutable {
+            std::optional<Result> result;
+            std::exception_ptr failure;
+            try {
+                result.emplace(job());
+            } catch (...) {
+                failure = std::current_exception();
+            }
+            job = nullptr;
+            {
+                const std::lock_guard lock(signal->mutex);
+                place->result = std::move(result);
+                place->failure = std::move(failure);
+                place->hasEnded = true;
+            }
+            signal->ended.notify_one();
+        });
+    }
+
+    // How many were added and not taken.
+    std::size_t Count() const { return places_.size(); }
+
+    // What the first job answered, or threw; nothing when it has not ended after `maxWait` milliseconds, or
+    // when there is none.
+    std::optional<Result> TakeFirst(std::uint32_t maxWait) {
+        if (places_.empty()) {
+            return std::nullopt;
+        }
+        std::unique_lock lock(signal_->mutex);
+        const bool hasEnded = signal_->ended.wait_for(lock, std::chrono::milliseconds(maxWait),
+                                                      [this] { return places_.front()->hasEnded; });
+        if (!hasEnded) {
+            return std::nullopt;
+        }
+        const std::shared_ptr<TPlace> first = std::move(places_.front());
+        places_.pop_front();
+        if (first->failure) {
+            std::rethrow_exception(std::exchange(first->failure, nullptr));
+        }
+        return std::move(first->result);
+    }
+
+    // No further job is begun. Those that were not are never told; those that are under way still end.
+    void Stop() { threads_.Stop(); }
+    bool End(std::uint32_t maxWait, const std::function<void()>& whileWaiting = {}) {
+        return threads_.End(maxWait, whileWaiting);
+    }
+
+private:
+    struct TPlace {
+        std::optional<Result> result;
+        std::exception_ptr failure;
+        bool hasEnded = false;
+    };
+    struct TSignal {
+        std::mutex mutex;  // for the places, too
+        std::condition_variable ended;
+    };
+
+    const std::shared_ptr<TSignal> signal_ = std::make_shared<TSignal>();
+    std::deque<std::shared_ptr<TPlace>> places_;
+    TJobThreads threads_;
+};
