@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "support/access_rights.h"
 #include "support/open_file.h"
 #include "support/path_text.h"
 #include "support/problem.h"
@@ -42,6 +43,8 @@ public:
         const TErrorCode closeError = file->Close();
         return flushError != ERROR_SUCCESS ? flushError : closeError;
     }
+
+    const std::wstring& Path() const { return path_; }
 
     TErrorCode RenameOver(const std::wstring& target) {
         const TErrorCode error = retries_([&]() -> TErrorCode {
@@ -179,6 +182,11 @@ TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
         return error;
     }
     const TAttributes old = QueryAttributes(calls, target);
+    if (old.Exists()) {
+        // An administrator may have given it others than the folder's. ReplaceFileW would do this, too, but
+        // moves the old file away before the new one has its name: a power cut in between leaves none.
+        TakeOverAccessRights(calls, target, beside.Path());
+    }
     const bool readOnly = old.IsReadOnlyFile();
     if (readOnly) {
         // A read-only file cannot be replaced by a rename.

@@ -60,8 +60,9 @@ bool LoadFile(const TPlatformCalls& calls, std::wstring_view path,
 using TByteSink = std::function<TErrorCode(std::string_view)>;
 
 // Replaces a file whole: what `write` gives to its sink goes to a file beside it, which is flushed and then
-// renamed over the old one. When anything fails the old file is untouched and nothing is left beside it.
-// Waits up to a second for whoever holds one of the two for a moment.
+// renamed over the old one. It gets the old one's access rights. When anything fails the old file is
+// untouched and nothing is left beside it. Waits up to a second for whoever holds one of the two for a
+// moment.
 [[nodiscard]] TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
                                           const std::function<TErrorCode(const TByteSink&)>& write);
 

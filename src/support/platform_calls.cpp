@@ -24,6 +24,8 @@ const TPlatformCalls& SystemPlatformCalls() {
         .SetFileTime = &::SetFileTime,
         .SetFileInformationByHandle = &::SetFileInformationByHandle,
         .CloseHandle = &::CloseHandle,
+        .GetNamedSecurityInfoW = &::GetNamedSecurityInfoW,
+        .SetNamedSecurityInfoW = &::SetNamedSecurityInfoW,
         .WNetAddConnection2W = &::WNetAddConnection2W,
         .WNetCancelConnection2W = &::WNetCancelConnection2W,
         .Sleep = &::Sleep,

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <aclapi.h>
 #include <shellapi.h>
 
 // One function pointer per call, with the platform's own signature. Code that copies, lists or saves gets
@@ -31,6 +32,8 @@ struct TPlatformCalls {
     decltype(&::SetFileTime) SetFileTime;
     decltype(&::SetFileInformationByHandle) SetFileInformationByHandle;
     decltype(&::CloseHandle) CloseHandle;
+    decltype(&::GetNamedSecurityInfoW) GetNamedSecurityInfoW;
+    decltype(&::SetNamedSecurityInfoW) SetNamedSecurityInfoW;
 
     // Network connections.
     decltype(&::WNetAddConnection2W) WNetAddConnection2W;

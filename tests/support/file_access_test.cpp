@@ -1,6 +1,7 @@
 #include "support/file_access.h"
 
 #include <gtest/gtest.h>
+#include <sddl.h>
 
 #include <stdexcept>
 #include <string>
@@ -99,6 +100,42 @@ TEST(ReplaceWholeFile, ReplacesAndCreates) {
     ASSERT_EQ(Replace(calls, path, "second"), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(ContentOf(path), "second");
     EXPECT_EQ(ContentOf(path + L".new"), "<missing>");
+}
+
+// Who may do what with the old file; then what the new one is given, and whether it has its name by then.
+const wchar_t* oldRights = nullptr;
+std::wstring newRights;
+
+TEST(ReplaceWholeFile, KeepsTheAccessRightsThatAnAdministratorGave) {
+    TPlatformCalls calls = SystemPlatformCalls();
+    calls.GetNamedSecurityInfoW = [](auto, auto, auto, auto, auto, PACL* list, auto,
+                                     PSECURITY_DESCRIPTOR* descriptor) -> DWORD {
+        BOOL present = FALSE;
+        BOOL defaulted = FALSE;
+        return ConvertStringSecurityDescriptorToSecurityDescriptorW(oldRights, SDDL_REVISION_1, descriptor,
+                                                                    nullptr) &&
+                       GetSecurityDescriptorDacl(*descriptor, &present, list, &defaulted)
+                   ? ERROR_SUCCESS
+                   : GetLastError();
+    };
+    calls.SetNamedSecurityInfoW = [](auto path, auto, SECURITY_INFORMATION what, auto, auto, PACL list,
+                                     auto) -> DWORD {
+        newRights = (what & PROTECTED_DACL_SECURITY_INFORMATION) != 0 ? L"protected " : L"inherits ";
+        newRights +=
+            std::to_wstring(list->AceCount) + std::wstring(path).substr(std::wstring(path).rfind(L'\\'));
+        return ERROR_ACCESS_DENIED;  // not a reason to keep the old content
+    };
+    const TTestFolder folder;
+    ASSERT_EQ(Replace(calls, folder.At(L"a"), "first"), DWORD{ERROR_SUCCESS});
+    EXPECT_EQ(newRights, L"");
+    for (const auto& [rights, expected] : {std::pair{L"D:AI(A;ID;FA;;;BA)(A;ID;FR;;;WD)", L""},
+                                           std::pair{L"D:AI(A;;FR;;;BU)(A;ID;FA;;;BA)", L"inherits 2\\a.new"},
+                                           std::pair{L"D:PAI(A;;FA;;;BA)", L"protected 1\\a.new"}}) {
+        oldRights = rights;
+        newRights.clear();
+        EXPECT_EQ(Replace(calls, folder.At(L"a"), "second"), DWORD{ERROR_SUCCESS});
+        EXPECT_EQ(newRights, expected);
+    }
 }
 
 TEST(ReplaceWholeFile, GoesOnAfterAPartialWrite) {
