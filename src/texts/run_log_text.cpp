@@ -68,6 +68,11 @@ std::wstring RunLogProblem(const TProblem& problem, TSystemText systemText) {
     if (problem.what == TProblemKind::CopyFailed) {
         line = L"Nicht kopiert: " + problem.path + L": " + line;
     }
+    // A row has it beside its text, where the text does not say it itself.
+    const std::wstring reason = ProblemReason(problem, systemText);
+    if (line.find(reason) == std::wstring::npos) {
+        line += L" (" + reason + L")";
+    }
     if (problem.code != 0) {
         line += L" [Code " + std::to_wstring(problem.code) + L"]";
     }

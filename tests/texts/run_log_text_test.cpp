@@ -17,6 +17,11 @@ TEST(RunLogText, TellsWhatFailedWithReasonAndCode) {
               L"Nicht kopiert: C:\\a.txt: Zugriff verweigert [Code 5]");
     EXPECT_EQ(Line({.what = TProblemKind::FolderIncomplete, .path = L"C:\\b", .code = 5}),
               L"Der Ordner konnte nicht vollständig gelesen werden: C:\\b (Zugriff verweigert) [Code 5]");
+    EXPECT_EQ(Line({.what = TProblemKind::DestinationMissing, .path = L"N:\\B", .code = 5}),
+              L"Error: Destination Directory does not exist, N:\\B (Zugriff verweigert) [Code 5]");
+    EXPECT_NE(Line({.what = TProblemKind::ShareRefused, .path = L"\\\\nas\\b", .code = 1219})
+                  .find(L"net use \\\\nas\\b /delete"),
+              std::wstring::npos);
     EXPECT_EQ(Line({.what = TProblemKind::SourceFolderMissing, .path = L"E:\\Fotos"}),
               L"Der Quellordner ist nicht vorhanden: E:\\Fotos");
 }
