@@ -614,7 +614,10 @@ void TfmMain::SessionEnds() {
     if (companions_ != nullptr) {
         RunGuarded([this] { companions_->CloseAllNow(); });
     }
-    if (dataModule_ != nullptr && !dataModuleEnded_) {
+    if (dataModule_ == nullptr) {
+        return CloseWhenPossible();
+    }
+    if (!dataModuleEnded_) {
         const TEngineCall call(*this);
         dataModule_->SaveSourceFolderTable();
         dataModule_->SaveNasData();

@@ -55,15 +55,18 @@ std::size_t TGridAccessible::RowCount() const {
 
 // Whether a cell belongs to this grid or row.
 bool TGridAccessible::Holds(std::size_t cell) const {
-    return whole_ == nullptr || cell / Grid()->CellsPerRow() == row_;
+    const std::size_t perRow = Grid()->CellsPerRow();
+    return whole_ == nullptr || (perRow != 0 && cell / perRow == row_);
 }
 
 VARIANT TGridAccessible::CellVariant(std::optional<std::size_t> cell) const {
-    if (!cell) {
+    if (!cell || !Holds(*cell)) {
         return {};
     }
-    return NumberVariant(whole_ == nullptr ? ChildOfCell(*Grid(), *cell)
-                                           : static_cast<LONG>(*cell % Grid()->CellsPerRow()) + 1);
+    if (whole_ == nullptr) {
+        return NumberVariant(ChildOfCell(*Grid(), *cell));
+    }
+    return NumberVariant(static_cast<LONG>(*cell - row_ * Grid()->CellsPerRow()) + 1);
 }
 
 // A row is a number to the grid, and an object to another row.

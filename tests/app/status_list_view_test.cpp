@@ -133,17 +133,21 @@ TEST_F(StatusListView, ShowsNothingOfAListThatWasEmptiedAndFilledAgain) {
 }
 
 TEST_F(StatusListView, AddingCostsTheSameAmongAMillionRows) {
+    // The least of many: a machine that is busy with other things holds up some of them.
     const auto secondsForSomeRows = [this] {
-        const auto begin = std::chrono::steady_clock::now();
-        for (int round = 0; round < 20; ++round) {
+        double least = 1e9;
+        for (int round = 0; round < 40; ++round) {
+            const auto begin = std::chrono::steady_clock::now();
             Add(10);
             Show();
+            const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+            least = std::min(least, taken.count());
         }
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+        return least;
     };
     Add(1000);
     Show();
-    const double few = std::min(secondsForSomeRows(), secondsForSomeRows());
+    const double few = secondsForSomeRows();
     Add(1'000'000);
     Show();
     SendMessageW(List(), LVM_SCROLL, 0, 1'000'000);
@@ -151,8 +155,8 @@ TEST_F(StatusListView, AddingCostsTheSameAmongAMillionRows) {
         Select(row);
     }
     secondsForSomeRows();  // the first time the selection is read
-    const double many = std::min(secondsForSomeRows(), secondsForSomeRows());
-    EXPECT_LT(many, few * 3 + 0.05);
+    const double many = secondsForSomeRows();
+    EXPECT_LT(many, few * 3 + 0.003);
     EXPECT_EQ(SendMessageW(List(), LVM_GETITEMCOUNT, 0, 0), static_cast<LRESULT>(model_.RowCount()));
 }
 
