@@ -84,7 +84,7 @@ fi
 [ "$(id -u)" -eq 0 ] || skip "it takes root"
 unshare --mount --pid --fork sh -c 'mount -t tmpfs tmpfs /mnt && chroot / true' 2>/dev/null ||
     skip "this system does not let a program mount and change its root"
-"$root/scripts/packages.sh" test debootstrap debian-archive-keyring
+"$root/scripts/packages.sh" test debootstrap debian-archive-keyring || skip "debootstrap cannot be had"
 mkdir -p "$folder"
 exec {lock}>"$folder/lock"
 flock "$lock"

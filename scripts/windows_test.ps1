@@ -1,7 +1,8 @@
 # Builds the program and its tests on Windows with MSYS2's UCRT64 compiler and runs them; then whole runs of the
 # program on made folders. The last line says how many tests passed and failed, the exit code whether any did.
 #   powershell -ExecutionPolicy Bypass -File scripts\windows_test.ps1 [-GoogleTest FOLDER] [-Msys FOLDER]
-# GoogleTest is the folder with the sources of GoogleTest. Settings of a Vardeko in use are moved aside meanwhile.
+# GoogleTest is the folder with the sources of GoogleTest. Settings of a Vardeko in use are moved aside meanwhile, and
+# the places of its windows are put back at the end.
 # As an administrator it also makes a share of this computer; without these rights that is skipped.
 # Plain ASCII, and nothing that Windows PowerShell 5.1 does not know.
 param(
@@ -18,6 +19,7 @@ $settings = Join-Path $env:ProgramData 'Vardeko'
 $settingsAside = "$settings before the test"
 $work = Join-Path $env:TEMP "vardeko-test-$PID"
 $shareName = "vardekotest$PID"
+$places = 'HKEY_CURRENT_USER\Software\Quentar\Vardeko\GUI'
 $share = $null
 $drives = @()
 
@@ -34,7 +36,9 @@ function Build {
 }
 
 function Run-TestPrograms {
-    foreach ($program in Get-ChildItem 'build\windows-test\bin\*_test.exe') {
+    $programs = @(Get-ChildItem 'build\windows-test\bin\*_test.exe')
+    if ($programs.Count -eq 0) { throw 'There are no test programs.' }
+    foreach ($program in $programs) {
         Write-Host "-- $($program.Name)"
         $lines = @(& $program.FullName)
         $code = $LASTEXITCODE
@@ -214,6 +218,7 @@ function Run-WholeRuns {
             if ((Test-Path $some) -or $process.HasExited) { break }
             Start-Sleep -Milliseconds 50
         }
+        if (-not (Test-Path $some)) { throw 'nothing was copied within half a minute' }
         if ($process.HasExited) { throw 'the run was over before it could be killed' }
         $process.Kill()
         $process.WaitForExit()
@@ -244,14 +249,17 @@ if (Test-Path $settingsAside) { throw "An earlier test left your settings in '$s
 Build
 $null = New-Item -ItemType Directory "$work\source\Daten", "$work\nas", "$work\share"
 if (Test-Path $settings) { Rename-Item $settings (Split-Path $settingsAside -Leaf) }
+$hadPlaces = Test-Path "Registry::$places"
+if ($hadPlaces) { & reg export $places "$work\places.reg" /y | Out-Null }
 try {
     $sourceDrive = Mount-Folder "$work\source"
     $nasDrive = Mount-Folder "$work\nas"
-    $source = "$work\source\Daten"
-    $nas = "$work\nas"
+    # As the listings spell them: TEMP may be a short name.
+    $source = (Get-Item "$work\source\Daten").FullName
+    $nas = (Get-Item "$work\nas").FullName
     try {
         $me = [Security.Principal.WindowsIdentity]::GetCurrent().Name
-        $null = New-SmbShare -Name $shareName -Path $nas -FullAccess $me
+        $null = New-SmbShare -Name $shareName -Path $nas -FullAccess $me -ErrorAction Stop
         $share = "\\localhost\$shareName"
         $env:VARDEKO_TEST_SHARE = $share
     } catch {
@@ -264,7 +272,10 @@ try {
     foreach ($letter in $drives) { & subst "${letter}:" /D }
     if (Test-Path $settings) { Remove-Item $settings -Recurse -Force }
     if (Test-Path $settingsAside) { Rename-Item $settingsAside (Split-Path $settings -Leaf) }
+    if (Test-Path "Registry::$places") { & reg delete $places /f | Out-Null }
+    if ($hadPlaces) { & reg import "$work\places.reg" 2>&1 | Out-Null }
     & cmd /c rmdir /s /q $work
 }
 Write-Host "$script:passed passed, $script:failed failed"
 if ($script:failed -gt 0) { exit 1 }
+exit 0

@@ -24,6 +24,7 @@ constexpr UINT kShowInterval = 60;       // milliseconds
 constexpr UINT kCloseInterval = 20;      // milliseconds
 constexpr UINT kForgottenAfter = 10000;  // milliseconds without any input
 constexpr unsigned kShutDownDelay = 60;  // seconds
+constexpr unsigned kShutDownTakes = 60;  // seconds
 constexpr INT_PTR kLastShellError = 32;  // what ShellExecute answers above it is success
 
 constexpr std::size_t kBytesPanel = 2;
@@ -244,7 +245,10 @@ void TfmMain::DoNasFinishMsg() {
     EndOfRun();
     DrawAttention();
     if (acShutDown.Checked()) {
-        shutsDown_ = ShutdownSystem(calls_, L"", MainTexts::ShutDownMessage, kShutDownDelay, true, false);
+        if (ShutdownSystem(calls_, L"", MainTexts::ShutDownMessage, kShutDownDelay, true, false)) {
+            // Unless it is taken back, and the session ended later by somebody else.
+            shutdownUntil_ = GetTickCount64() + (kShutDownDelay + kShutDownTakes) * 1000ULL;
+        }
     } else if (CloseAfterCopy) {
         RequestClose();
     }
@@ -602,7 +606,8 @@ void TfmMain::EndDataModule() {
 }
 
 bool TfmMain::MayEndSession(bool critical) const {
-    return critical || shutsDown_ || dataModule_ == nullptr || !dataModule_->IsAtWork();
+    return critical || GetTickCount64() < shutdownUntil_ || dataModule_ == nullptr ||
+           !dataModule_->IsAtWork();
 }
 
 // The process may be ended as soon as this returns, or when it takes longer than some seconds: what can be

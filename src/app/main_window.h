@@ -187,7 +187,7 @@ private:
     bool unexpectedErrors_ = false;
     bool failureUnseen_ = false;  // a run failed in something, and the window was not looked at since
     bool keepsAwake_ = false;
-    bool shutsDown_ = false;  // asked for by this program
+    ULONGLONG shutdownUntil_ = 0;  // milliseconds: till then the session's end is what this program asked for
     bool closing_ = false;
     int engineCalls_ = 0;
 

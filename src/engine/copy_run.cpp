@@ -198,6 +198,8 @@ void TCopyRun::EndTasks(const std::function<void()>& whileWaiting) {
     Stop();
     if (const auto preparation = std::move(preparationTask_)) {
         preparation->Terminate(kWaitForPreparation, whileWaiting);
+        // With the claim that it may have taken: nobody asks for it any more.
+        preparation_.reset();
     }
     for (auto* task : {&FScanTask, &waitTask_}) {
         if (const std::unique_ptr<IOmniTaskControl> ending = std::move(*task)) {

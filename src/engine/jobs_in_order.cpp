@@ -42,7 +42,7 @@ void TJobThreads::Add(std::function<void()> job) {
         return;
     }
     // Nothing of this object: the thread may outlive it.
-    std::thread([shared = shared_, begin = begin_] {
+    const auto work = [shared = shared_, begin = begin_] {
         if (begin) {
             if (std::function<void()> breakOff = begin()) {
                 const std::lock_guard guard(shared->mutex);
@@ -50,8 +50,17 @@ void TJobThreads::Add(std::function<void()> job) {
             }
         }
         Work(shared);
-    }).detach();
-    ++shared_->threads;
+    };
+    try {
+        std::thread(work).detach();
+        ++shared_->threads;
+    } catch (...) {
+        // Those that there are do it.
+        if (shared_->threads == 0) {
+            shared_->jobs.pop_back();
+            throw;
+        }
+    }
 }
 
 void TJobThreads::Work(const std::shared_ptr<TShared>& shared) {

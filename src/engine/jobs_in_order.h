@@ -58,7 +58,6 @@ public:
 
     void Add(std::function<Result()> job) {
         const auto place = std::make_shared<TPlace>();
-        places_.push_back(place);
         threads_.Add([place, signal = signal_, job = std::move(job)]() mutable {
             std::optional<Result> result;
             std::exception_ptr failure;
@@ -76,6 +75,7 @@ public:
             }
             signal->ended.notify_one();
         });
+        places_.push_back(place);
     }
 
     // How many were added and not taken.

@@ -148,13 +148,13 @@ TPreparation PrepareRun(const TPlatformCalls& calls, TPreparationOrder& order, I
     preparation.notReached = ReachRoot(calls, order, task);
     order.user = {};
     order.password = {};
-    if (!preparation.notReached) {
+    if (!preparation.notReached && !task.Terminated()) {
         preparation.notReached = ReachHostFolder(calls, order.destination);
     }
     if (!preparation.notReached && !task.Terminated()) {
         preparation.claim = AwaitClaim(calls, order.destination, task);
     }
-    if (preparation.claim) {
+    if (preparation.claim && !task.Terminated()) {
         LoadTable(calls, order.destination, order.configurationFolder, preparation);
     }
     return preparation;

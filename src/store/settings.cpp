@@ -136,7 +136,7 @@ std::optional<TProblem> WriteSettings(const TPlatformCalls& calls, const std::ws
     // Whoever only looked may lack the right to write.
     if (after != before) {
         const auto write = [&after](const TByteSink& sink) { return sink(after); };
-        if (const TErrorCode error = ReplaceWholeFile(calls, iniPath, write)) {
+        if (const TErrorCode error = ReplaceWholeFile(calls, iniPath, write, TRightsOfNewFile::AsBefore)) {
             return TProblem{.what = TProblemKind::SettingsNotSaved, .path = iniPath, .code = error};
         }
     }

@@ -14,8 +14,8 @@ bool LoadSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSou
 
 TErrorCode SaveSourceFolders(const TPlatformCalls& calls, std::wstring_view path, TSourceFolderTable& table) {
     const std::string bytes = WriteSourceFolderRows(table.Rows(), TSystemCodePage());
-    const TErrorCode error =
-        ReplaceWholeFile(calls, path, [&bytes](const TByteSink& sink) { return sink(bytes); });
+    const TErrorCode error = ReplaceWholeFile(
+        calls, path, [&bytes](const TByteSink& sink) { return sink(bytes); }, TRightsOfNewFile::AsBefore);
     if (error == ERROR_SUCCESS) {
         table.SetModified(false);
     }

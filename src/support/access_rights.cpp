@@ -2,8 +2,6 @@
 
 #include <aclapi.h>
 
-#include <memory>
-
 namespace {
 
 bool HasEntriesOfItsOwn(ACL* list) {
@@ -19,24 +17,29 @@ bool HasEntriesOfItsOwn(ACL* list) {
 
 }  // namespace
 
-void TakeOverAccessRights(const TPlatformCalls& calls, std::wstring from, std::wstring to) {
-    ACL* list = nullptr;
+TAccessRights::TAccessRights(const TPlatformCalls& calls, std::wstring path)
+    : calls_(calls), descriptor_(nullptr, &LocalFree) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (calls.GetNamedSecurityInfoW(from.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
-                                    &list, nullptr, &descriptor) != ERROR_SUCCESS) {
+    if (calls_.GetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                                     &list_, nullptr, &descriptor) != ERROR_SUCCESS) {
+        list_ = nullptr;
         return;
     }
-    const std::unique_ptr<void, decltype(&LocalFree)> owner(descriptor, &LocalFree);
+    descriptor_.reset(descriptor);
     SECURITY_DESCRIPTOR_CONTROL control = 0;
     DWORD revision = 0;
     GetSecurityDescriptorControl(descriptor, &control, &revision);
-    const bool inheritsNothing = (control & SE_DACL_PROTECTED) != 0;
-    if (list != nullptr && (inheritsNothing || HasEntriesOfItsOwn(list))) {
-        // What it inherits besides is the folder's, for both.
-        calls.SetNamedSecurityInfoW(
-            to.data(), SE_FILE_OBJECT,
-            DACL_SECURITY_INFORMATION | (inheritsNothing ? PROTECTED_DACL_SECURITY_INFORMATION
-                                                         : UNPROTECTED_DACL_SECURITY_INFORMATION),
-            nullptr, nullptr, list, nullptr);
+    inheritsNothing_ = (control & SE_DACL_PROTECTED) != 0;
+}
+
+void TAccessRights::GiveTo(std::wstring path) const {
+    if (list_ == nullptr || (!inheritsNothing_ && !HasEntriesOfItsOwn(list_))) {
+        return;
     }
+    // What it inherits besides is the folder's, for both.
+    calls_.SetNamedSecurityInfoW(
+        path.data(), SE_FILE_OBJECT,
+        DACL_SECURITY_INFORMATION |
+            (inheritsNothing_ ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION),
+        nullptr, nullptr, list_, nullptr);
 }

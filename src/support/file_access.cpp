@@ -44,8 +44,6 @@ public:
         return flushError != ERROR_SUCCESS ? flushError : closeError;
     }
 
-    const std::wstring& Path() const { return path_; }
-
     TErrorCode RenameOver(const std::wstring& target) {
         const TErrorCode error = retries_([&]() -> TErrorCode {
             return calls_.MoveFileExW(path_.c_str(), target.c_str(),
@@ -175,17 +173,19 @@ bool LoadFile(const TPlatformCalls& calls, std::wstring_view path,
 }
 
 TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
-                            const std::function<TErrorCode(const TByteSink&)>& write) {
+                            const std::function<TErrorCode(const TByteSink&)>& write,
+                            TRightsOfNewFile rights) {
     const std::wstring target = ExtendedPath(path);
     TFileBeside beside(calls, target + L".new");
     if (const TErrorCode error = beside.Write(write)) {
         return error;
     }
     const TAttributes old = QueryAttributes(calls, target);
-    if (old.Exists()) {
-        // An administrator may have given it others than the folder's. ReplaceFileW would do this, too, but
-        // moves the old file away before the new one has its name: a power cut in between leaves none.
-        TakeOverAccessRights(calls, target, beside.Path());
+    std::optional<TAccessRights> oldRights;
+    if (rights == TRightsOfNewFile::AsBefore && old.Exists()) {
+        // ReplaceFileW would keep them, too, but moves the old file away before the new one has its name: a
+        // power cut in between leaves none.
+        oldRights.emplace(calls, target);
     }
     const bool readOnly = old.IsReadOnlyFile();
     if (readOnly) {
@@ -195,6 +195,10 @@ TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
     const TErrorCode error = beside.RenameOver(target);
     if (error != ERROR_SUCCESS && readOnly) {
         calls.SetFileAttributesW(target.c_str(), old.data.dwFileAttributes);
+    }
+    if (error == ERROR_SUCCESS && oldRights) {
+        // Not before: they may refuse that the file is renamed.
+        oldRights->GiveTo(target);
     }
     return error;
 }

@@ -59,12 +59,15 @@ bool LoadFile(const TPlatformCalls& calls, std::wstring_view path,
 // Takes the next bytes of a file being written; the error code if they could not be written.
 using TByteSink = std::function<TErrorCode(std::string_view)>;
 
+// Those of its folder, or also what an administrator gave the old file beyond them.
+enum class TRightsOfNewFile { OfFolder, AsBefore };
+
 // Replaces a file whole: what `write` gives to its sink goes to a file beside it, which is flushed and then
-// renamed over the old one. It gets the old one's access rights. When anything fails the old file is
-// untouched and nothing is left beside it. Waits up to a second for whoever holds one of the two for a
-// moment.
+// renamed over the old one. When anything fails the old file is untouched and nothing is left beside it.
+// Waits up to a second for whoever holds one of the two for a moment.
 [[nodiscard]] TErrorCode ReplaceWholeFile(const TPlatformCalls& calls, std::wstring_view path,
-                                          const std::function<TErrorCode(const TByteSink&)>& write);
+                                          const std::function<TErrorCode(const TByteSink&)>& write,
+                                          TRightsOfNewFile rights = TRightsOfNewFile::OfFolder);
 
 // Deletes a file, a read-only one too.
 TErrorCode RemoveFile(const TPlatformCalls& calls, std::wstring_view path);

@@ -49,7 +49,7 @@ TDownLoadResult TDownLoadRun::Fetch(const std::wstring& address, const std::wstr
             error = FetchParts(exchange, address, file);
         }
         if (error == ERROR_SUCCESS) {
-            error = file.Complete(total_);
+            error = file.Complete(total_, cancelled_);
         }
     }
     if (error == ERROR_WINHTTP_OPERATION_CANCELLED) {

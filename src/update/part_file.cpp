@@ -47,7 +47,7 @@ TErrorCode TPartFile::Write(std::uint64_t position, std::string_view bytes) {
     return ERROR_SUCCESS;
 }
 
-TErrorCode TPartFile::Complete(std::uint64_t size) {
+TErrorCode TPartFile::Complete(std::uint64_t size, HANDLE cancelled) {
     LARGE_INTEGER actual{};
     if (!calls_.GetFileSizeEx(file_, &actual) || !calls_.FlushFileBuffers(file_)) {
         return GetLastError();
@@ -56,13 +56,13 @@ TErrorCode TPartFile::Complete(std::uint64_t size) {
         return ERROR_INVALID_DATA;
     }
     Close();
-    const TErrorCode error = Rename();
+    const TErrorCode error = Rename(cancelled);
     exists_ = error != ERROR_SUCCESS;
     return error;
 }
 
 // A virus scanner takes its time with a whole program that has just been written.
-TErrorCode TPartFile::Rename() {
+TErrorCode TPartFile::Rename(HANDLE cancelled) {
     constexpr int kSeconds = 5;
     TErrorCode error = ERROR_SUCCESS;
     for (int second = 0; second < kSeconds; ++second) {
@@ -73,7 +73,7 @@ TErrorCode TPartFile::Rename() {
                        ? ERROR_SUCCESS
                        : LastFailure();
         });
-        if (!IsTransientRefusal(error)) {
+        if (!IsTransientRefusal(error) || WaitForSingleObject(cancelled, 0) == WAIT_OBJECT_0) {
             break;
         }
     }

@@ -24,11 +24,12 @@ public:
     [[nodiscard]] TErrorCode Write(std::uint64_t position, std::string_view bytes);
 
     // Gives the file its name if it has just `size` bytes; what had that name before is replaced.
-    [[nodiscard]] TErrorCode Complete(std::uint64_t size);
+    // Waits some seconds for a virus scanner, until the event `cancelled` is set.
+    [[nodiscard]] TErrorCode Complete(std::uint64_t size, HANDLE cancelled);
 
 private:
     void Close();
-    TErrorCode Rename();
+    TErrorCode Rename(HANDLE cancelled);
 
     const TPlatformCalls& calls_;
     std::wstring path_;

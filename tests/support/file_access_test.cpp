@@ -12,11 +12,13 @@
 
 namespace {
 
-TErrorCode Replace(const TPlatformCalls& calls, const std::wstring& path, std::string_view content) {
-    return ReplaceWholeFile(calls, path, [content](const TByteSink& sink) {
+TErrorCode Replace(const TPlatformCalls& calls, const std::wstring& path, std::string_view content,
+                   TRightsOfNewFile rights = TRightsOfNewFile::OfFolder) {
+    const auto write = [content](const TByteSink& sink) {
         const TErrorCode error = sink(content.substr(0, content.size() / 2));
         return error != ERROR_SUCCESS ? error : sink(content.substr(content.size() / 2));
-    });
+    };
+    return ReplaceWholeFile(calls, path, write, rights);
 }
 
 template <typename Result>
@@ -102,7 +104,7 @@ TEST(ReplaceWholeFile, ReplacesAndCreates) {
     EXPECT_EQ(ContentOf(path + L".new"), "<missing>");
 }
 
-// Who may do what with the old file; then what the new one is given, and whether it has its name by then.
+// Who may do what with the old file; then what the new one is given.
 const wchar_t* oldRights = nullptr;
 std::wstring newRights;
 
@@ -126,14 +128,15 @@ TEST(ReplaceWholeFile, KeepsTheAccessRightsThatAnAdministratorGave) {
         return ERROR_ACCESS_DENIED;  // not a reason to keep the old content
     };
     const TTestFolder folder;
-    ASSERT_EQ(Replace(calls, folder.At(L"a"), "first"), DWORD{ERROR_SUCCESS});
+    ASSERT_EQ(Replace(calls, folder.At(L"a"), "first", TRightsOfNewFile::AsBefore), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(newRights, L"");
     for (const auto& [rights, expected] : {std::pair{L"D:AI(A;ID;FA;;;BA)(A;ID;FR;;;WD)", L""},
-                                           std::pair{L"D:AI(A;;FR;;;BU)(A;ID;FA;;;BA)", L"inherits 2\\a.new"},
-                                           std::pair{L"D:PAI(A;;FA;;;BA)", L"protected 1\\a.new"}}) {
+                                           std::pair{L"D:AI(A;;FR;;;BU)(A;ID;FA;;;BA)", L"inherits 2\\a"},
+                                           std::pair{L"D:PAI(A;;FA;;;BA)", L"protected 1\\a"}}) {
         oldRights = rights;
         newRights.clear();
-        EXPECT_EQ(Replace(calls, folder.At(L"a"), "second"), DWORD{ERROR_SUCCESS});
+        EXPECT_EQ(Replace(calls, folder.At(L"a"), "second", TRightsOfNewFile::AsBefore),
+                  DWORD{ERROR_SUCCESS});
         EXPECT_EQ(newRights, expected);
     }
 }

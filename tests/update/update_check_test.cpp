@@ -354,7 +354,8 @@ TEST_F(TUpdateCheckTest, CanBeUsedWithTheKeyboard) {
     Make(Trusted() + L"/silent");
     Show();
     const auto key = [](WPARAM code) {
-        PostMessageW(GetFocus(), WM_KEYDOWN, code, 0);
+        // As a loop of the system delivers it, which does not know this window's keys.
+        SendMessageW(GetFocus(), WM_KEYDOWN, code, 0);
         WaitFor([] { return false; }, milliseconds(30));
     };
     EXPECT_EQ(TextOf(GetFocus()), L"Nach Updates Suchen");
