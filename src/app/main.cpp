@@ -18,6 +18,7 @@
 #include "support/text.h"
 #include "texts/main_texts.h"
 #include "texts/problem_text.h"
+#include "ui/system_theme.h"
 #include "update/update_check.h"
 
 namespace {
@@ -127,5 +128,6 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int nShowCmd) {
     const TComUse com;
     const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
+    UseSystemTheme();
     return RunProgram(commandLine, nShowCmd);
 }

@@ -14,6 +14,7 @@
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/layout_store.h"
+#include "ui/system_theme.h"
 #include "ui/window_place.h"
 #include "ui/window_scale.h"
 
@@ -161,19 +162,19 @@ void TfmMain::Layout() {
 
 void TfmMain::Paint() {
     const TPaintContext paint(Handle());
-    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    FillArea(paint.Get(), paint.Client(), Theme().windowGround);
     const int listTop = scale_(TToolBar::kHeight) + scale_(kFileBarHeight);
     const bool listHasFocus = GetFocus() == cxGridTv.Handle() && ShowsFocus(cxGridTv.Handle());
     FillArea(paint.Get(), {0, listTop - scale_(1), paint.Client().right, listTop},
-             listHasFocus ? Theme::Accent : Theme::Border);
+             listHasFocus ? Theme().accent : Theme().border);
     RECT field{};
     GetWindowRect(dxBarStatic2_, &field);
     MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&field), 2);
     const int middle = (field.top + field.bottom) / 2;
     const RECT frame{field.left - scale_(5), middle - scale_(kFileFieldHeight) / 2, field.right + scale_(5),
                      middle + scale_(kFileFieldHeight) / 2};
-    FillArea(paint.Get(), frame, Theme::ControlGround);
-    FrameArea(paint.Get(), frame, GetFocus() == dxBarStatic2_ ? Theme::Accent : Theme::Border, scale_(1));
+    FillArea(paint.Get(), frame, Theme().controlGround);
+    FrameArea(paint.Get(), frame, GetFocus() == dxBarStatic2_ ? Theme().accent : Theme().border, scale_(1));
 }
 
 void TfmMain::ScaleChanged(TScale scale, const RECT& suggestedArea) {
@@ -235,6 +236,12 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
     if (message == EndRequestMessage()) {
         return static_cast<LRESULT>(EndRequested());
     }
+    if (BringsNewColours(message, wordParameter)) {
+        UseDarkFrame(Handle());
+        UseScale(scale_);
+        RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+        return 0;
+    }
     switch (message) {
         case kProgressResetMessage:
         case kProgressPositionMessage:
@@ -283,9 +290,9 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             return 0;
         case WM_CTLCOLORSTATIC:
             if (reinterpret_cast<HWND>(longParameter) == fileLabel_) {
-                return ControlColours(wordParameter, Theme::DimText, Theme::WindowGround);
+                return ControlColours(wordParameter, Theme().dimText, Theme().windowGround);
             }
-            return ControlColours(wordParameter, Theme::Text, Theme::ControlGround);
+            return ControlColours(wordParameter, Theme().text, Theme().controlGround);
         case WM_SETCURSOR:
             if (waitCursor_) {
                 SetCursor(LoadCursorW(nullptr, IDC_APPSTARTING));

@@ -26,13 +26,13 @@ std::wstring InShortLines(std::wstring_view text) {
 const TRowStyle& StyleOfStatus(std::optional<int> status) {
     switch (status.value_or(kFileNameStatus)) {
         case kInfoStatus:
-            return InfoStyle;
+            return Theme().infoRow;
         case kErrorStatus:
-            return ErrorStyle;
+            return Theme().errorRow;
         case kIgnoreStatus:
-            return IgnoreStyle;
+            return Theme().ignoreRow;
         default:
-            return FileNameStyle;
+            return Theme().fileNameRow;
     }
 }
 

@@ -20,7 +20,7 @@ enum TRowStatus : int {
     kIgnoreStatus = 2,
 };
 
-// The style of a status; FileNameStyle for no status and for any other.
+// The style of a status; that of file names for no status and for any other.
 const TRowStyle& StyleOfStatus(std::optional<int> status);
 
 // How the width of a row is shared between its text and the reason behind it.

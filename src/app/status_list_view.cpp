@@ -51,9 +51,6 @@ bool TStatusListView::CreateIn(HWND parent, int id, TScale scale, HFONT font) {
     UseDarkScrollBars(handle_);
     const DWORD style = LVS_EX_DOUBLEBUFFER | LVS_EX_FULLROWSELECT;
     SendMessageW(handle_, LVM_SETEXTENDEDLISTVIEWSTYLE, style, static_cast<LPARAM>(style));
-    SendMessageW(handle_, LVM_SETBKCOLOR, 0, static_cast<LPARAM>(ColorRefOf(Theme::ControlGround)));
-    SendMessageW(handle_, LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(ColorRefOf(Theme::ControlGround)));
-    SendMessageW(handle_, LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(ColorRefOf(FileNameStyle.text)));
     LVCOLUMNW column{};
     column.mask = LVCF_WIDTH;
     SendMessageW(handle_, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
@@ -94,6 +91,9 @@ void TStatusListView::SetScale(TScale scale, HFONT font) {
         ImageList_Destroy(rowHeight_);
     }
     rowHeight_ = height;
+    SendMessageW(handle_, LVM_SETBKCOLOR, 0, static_cast<LPARAM>(ColorRefOf(Theme().controlGround)));
+    SendMessageW(handle_, LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(ColorRefOf(Theme().controlGround)));
+    SendMessageW(handle_, LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(ColorRefOf(Theme().fileNameRow.text)));
     FitColumn();
 }
 
@@ -383,7 +383,7 @@ void TStatusListView::PaintEmptyText(HDC context) const {
     GetClientRect(handle_, &client);
     const TSelection font(context, font_);
     SetBkMode(context, TRANSPARENT);
-    SetTextColor(context, ColorRefOf(Theme::DimText));
+    SetTextColor(context, ColorRefOf(Theme().dimText));
     DrawTextW(context, MainTexts::NothingYet, -1, &client,
               DT_SINGLELINE | DT_CENTER | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
@@ -399,13 +399,13 @@ void TStatusListView::DrawRow(HDC context, int row) const {
     const TRowStyle& style = StyleOfStatus(model_.Status(*modelRow));
     const bool focused = GetFocus() == handle_;
     FillArea(context, area,
-             !selected ? Theme::ControlGround
-             : focused ? Theme::Selection
-                       : Theme::SelectionIdle);
+             !selected ? Theme().controlGround
+             : focused ? Theme().selection
+                       : Theme().selectionIdle);
     if (selected) {
         // The ground of a long error leaves hardly anything of the selection to be seen.
         FillArea(context, {0, area.top, scale_(kSelectionBar), area.bottom},
-                 focused ? Theme::Accent : Theme::DimText);
+                 focused ? Theme().accent : Theme().dimText);
     }
     const TSelection font(context, font_);
     const std::wstring text = model_.Text(*modelRow);
@@ -416,7 +416,12 @@ void TStatusListView::DrawRow(HDC context, int row) const {
                                        WidthOf(context, reason));
     const int reasonLeft = left + shares.text + gap;
     const int right = reasonLeft + shares.reason;
-    if (style.ground != Theme::ControlGround) {
+    const bool hasGround = style.ground != Theme().controlGround;
+    // The colours that say what a row is about can be read on the selection, those of the system cannot.
+    const bool asSelected = selected && !hasGround && Theme().isHighContrast;
+    const TColour textColour = asSelected ? Theme().selectionText : style.text;
+    const TColour reasonColour = asSelected ? Theme().selectionText : style.reason;
+    if (hasGround) {
         const RECT ground{left - scale_(kErrorMargin), area.top + scale_(1), right + scale_(kErrorMargin),
                           area.bottom - scale_(1)};
         FillRoundedArea(context, ground, style.ground, scale_(3));
@@ -424,11 +429,11 @@ void TStatusListView::DrawRow(HDC context, int row) const {
     SetBkMode(context, TRANSPARENT);
     const RECT textArea{left, area.top, left + shares.text, area.bottom};
     if (reason.empty()) {
-        DrawPart(context, text, textArea, style.text);
+        DrawPart(context, text, textArea, textColour);
         return;
     }
     // Of a file that failed the name must be seen, and the reason needs room that its path would have had.
     const auto fits = [&](std::wstring_view part) { return WidthOf(context, part) <= shares.text; };
-    DrawPart(context, ShortenPath(text, fits), textArea, style.text);
-    DrawPart(context, reason, {reasonLeft, area.top, right, area.bottom}, style.reason);
+    DrawPart(context, ShortenPath(text, fits), textArea, textColour);
+    DrawPart(context, reason, {reasonLeft, area.top, right, area.bottom}, reasonColour);
 }

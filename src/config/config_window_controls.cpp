@@ -7,6 +7,7 @@
 #include "texts/config_texts.h"
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
+#include "ui/system_theme.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -166,7 +167,7 @@ void TfmConfig::PlaceOn(HWND owner, const std::optional<TWindowPlace>& place) {
 
 void TfmConfig::Paint() {
     const TPaintContext paint(Handle());
-    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    FillArea(paint.Get(), paint.Client(), Theme().windowGround);
 }
 
 // The system gives the focus to the window itself when it comes back, not to the control that had it.
@@ -198,6 +199,12 @@ void TfmConfig::ScaleChanged(TScale scale, const RECT& suggestedArea) {
 }
 
 std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
+    if (BringsNewColours(message, wordParameter)) {
+        UseDarkFrame(Handle());
+        UseScale(scale_);
+        RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+        return 0;
+    }
     switch (message) {
         case WM_CLOSE:
             Close();
@@ -242,7 +249,7 @@ std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParamet
             }
             return 0;
         case WM_CTLCOLORSTATIC:
-            return ControlColours(wordParameter, InfoStyle.text, Theme::WindowGround);
+            return ControlColours(wordParameter, Theme().infoRow.text, Theme().windowGround);
         case WM_PAINT:
             Paint();
             return 0;

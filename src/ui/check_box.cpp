@@ -49,11 +49,11 @@ SIZE TCheckBox::PreferredSize() const {
 void TCheckBox::Paint() const {
     const TPaintContext paint(handle_);
     RECT area = paint.Client();
-    const TColour ground = IsHovered(handle_) ? Theme::Hover : Theme::WindowGround;
+    const TColour ground = IsHovered(handle_) ? Theme().hover : Theme().windowGround;
     PaintRoundedBox(paint.Get(), area,
                     {.ground = ground,
-                     .border = GetFocus() == handle_ ? Theme::Accent : ground,
-                     .outside = Theme::WindowGround,
+                     .border = GetFocus() == handle_ ? Theme().accent : ground,
+                     .outside = Theme().windowGround,
                      .thickness = scale_(1),
                      .radius = scale_(kCornerRadius)});
     area.left += scale_(kPadding);
@@ -63,7 +63,7 @@ void TCheckBox::Paint() const {
     area.left = mark.right + scale_(kGap);
     const TSelection selection(paint.Get(), font_);
     SetBkMode(paint.Get(), TRANSPARENT);
-    SetTextColor(paint.Get(), ColorRefOf(Theme::Text));
+    SetTextColor(paint.Get(), ColorRefOf(Theme().text));
     DrawTextW(paint.Get(), caption_.c_str(), -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
 }
 

@@ -3,6 +3,8 @@
 #include <dwmapi.h>
 #include <uxtheme.h>
 
+#include "ui/theme.h"
+
 namespace {
 
 // DWMWA_USE_IMMERSIVE_DARK_MODE, and its number before build 18985 of Windows 10. Each answers the other's
@@ -12,7 +14,7 @@ constexpr DWORD kDarkFrameAttributes[] = {20, 19};
 }  // namespace
 
 void UseDarkFrame(HWND window) {
-    const BOOL dark = TRUE;
+    const BOOL dark = Theme().isHighContrast ? FALSE : TRUE;
     for (const DWORD attribute : kDarkFrameAttributes) {
         if (SUCCEEDED(DwmSetWindowAttribute(window, attribute, &dark, sizeof(dark)))) {
             return;

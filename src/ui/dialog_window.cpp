@@ -8,6 +8,7 @@
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/push_button.h"
+#include "ui/system_theme.h"
 #include "ui/window_scale.h"
 
 namespace {
@@ -170,11 +171,15 @@ bool TDialogWindow::HandleKey(WPARAM virtualKey) {
 
 std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordParameter,
                                                     LPARAM longParameter) {
+    if (BringsNewColours(message, wordParameter)) {
+        RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+        return 0;
+    }
     switch (message) {
         case WM_PAINT: {
             const TPaintContext paint(Handle());
-            FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
-            FrameArea(paint.Get(), paint.Client(), Theme::Border, scale_(1));
+            FillArea(paint.Get(), paint.Client(), Theme().windowGround);
+            FrameArea(paint.Get(), paint.Client(), Theme().border, scale_(1));
             const TSelection font(paint.Get(), font_.Get());
             Paint(paint.Get(), paint.Client());
             return 0;
@@ -186,9 +191,9 @@ std::optional<LRESULT> TDialogWindow::HandleMessage(UINT message, WPARAM wordPar
         case WM_CTLCOLORSTATIC:
         case WM_CTLCOLOREDIT:
         case WM_CTLCOLORBTN:
-            return ControlColours(wordParameter, Theme::Text,
-                                  IsTextField(reinterpret_cast<HWND>(longParameter)) ? Theme::ControlGround
-                                                                                     : Theme::WindowGround);
+            return ControlColours(wordParameter, Theme().text,
+                                  IsTextField(reinterpret_cast<HWND>(longParameter)) ? Theme().controlGround
+                                                                                     : Theme().windowGround);
         case WM_DRAWITEM:
             DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
             return TRUE;
@@ -222,7 +227,7 @@ void TDialogWindow::DrawButton(const DRAWITEMSTRUCT& draw) const {
     GetWindowTextW(draw.hwndItem, text, 64);
     const TSelection font(draw.hDC, font_.Get());
     SetBkMode(draw.hDC, TRANSPARENT);
-    SetTextColor(draw.hDC, ColorRefOf(StateOfButton(draw).enabled ? Theme::Text : Theme::DisabledText));
+    SetTextColor(draw.hDC, ColorRefOf(StateOfButton(draw).enabled ? Theme().text : Theme().disabledText));
     RECT area = draw.rcItem;
     DrawTextW(draw.hDC, text, -1, &area, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
 }

@@ -278,7 +278,7 @@ std::optional<LRESULT> TGrid::HandleMessage(UINT message, WPARAM wordParameter, 
             Arrange();
             return 0;
         case WM_CTLCOLOREDIT:
-            return ControlColours(wordParameter, Theme::Text, Theme::ControlGround);
+            return ControlColours(wordParameter, Theme().text, Theme().controlGround);
         case WM_GETDLGCODE:
             return DLGC_WANTALLKEYS | DLGC_WANTARROWS | DLGC_WANTCHARS;
         case WM_KEYDOWN:

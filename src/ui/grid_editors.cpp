@@ -109,20 +109,20 @@ RECT TGridRadioPanel::ItemArea(std::size_t item) const {
 
 void TGridRadioPanel::Paint() {
     const TPaintContext paint(Handle());
-    FillArea(paint.Get(), paint.Client(), Theme::ControlGround);
+    FillArea(paint.Get(), paint.Client(), Theme().controlGround);
     const TSelection selection(paint.Get(), font_);
     SetBkMode(paint.Get(), TRANSPARENT);
     for (std::size_t item = 0; item < items_.size(); ++item) {
         const bool isSelected = item == selected_;
         RECT area = ItemArea(item);
-        const TColour ground = isSelected ? Theme::Selection : Theme::ControlGround;
+        const TColour ground = isSelected ? Theme().selection : Theme().controlGround;
         FillArea(paint.Get(), area, ground);
         RECT mark = area;
         mark.left += scale_(GridStyle::CellPaddingX);
         mark.right = mark.left + scale_(kMarkSize);
         PaintMark(paint.Get(), mark, isSelected ? TMark::RadioOn : TMark::RadioOff, scale_, ground);
         area.left = mark.right + scale_(GridStyle::CellPaddingX);
-        SetTextColor(paint.Get(), ColorRefOf(Theme::Text));
+        SetTextColor(paint.Get(), ColorRefOf(isSelected ? Theme().selectionText : Theme().text));
         DrawTextW(paint.Get(), items_[item].caption.c_str(), -1, &area,
                   DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
     }

@@ -24,6 +24,14 @@ TMeasureText MeasureIn(HDC context) {
     };
 }
 
+TColour TextColour(bool isSelected, bool isDimmed) {
+    const TTheme& theme = Theme();
+    if (isDimmed && !(isSelected && theme.isHighContrast)) {
+        return theme.disabledText;
+    }
+    return isSelected ? theme.selectionText : theme.text;
+}
+
 }  // namespace
 
 std::wstring GridCellCaption(const TGridColumn& column, const std::wstring& text) {
@@ -107,7 +115,7 @@ TGridArea TGridPainter::Button(const TGridArea& cell) const {
 }
 
 void TGridPainter::Paint(HDC context, const RECT& client, const TGridView& view) const {
-    FillArea(context, client, Theme::ControlGround);
+    FillArea(context, client, Theme().controlGround);
     const TSelection selection(context, font_);
     SetBkMode(context, TRANSPARENT);
     const TGridLayout& layout = view.layout;
@@ -119,10 +127,10 @@ void TGridPainter::Paint(HDC context, const RECT& client, const TGridView& view)
     } else {
         RECT area = ToRect(layout.Body());
         InflateRect(&area, -scale_(16), -scale_(12));
-        SetTextColor(context, ColorRefOf(Theme::DimText));
+        SetTextColor(context, ColorRefOf(Theme().dimText));
         DrawTextW(context, view.emptyText.c_str(), -1, &area, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
         if (view.hasFocus) {
-            FrameArea(context, ToRect(layout.Body()), Theme::Accent, std::max(1, scale_(1)));
+            FrameArea(context, ToRect(layout.Body()), Theme().accent, std::max(1, scale_(1)));
         }
     }
     if (view.editor) {
@@ -134,24 +142,24 @@ void TGridPainter::Paint(HDC context, const RECT& client, const TGridView& view)
 void TGridPainter::PaintHeader(HDC context, const RECT& client, const TGridView& view) const {
     const TGridLayout& layout = view.layout;
     const TGridMetrics& metrics = layout.Metrics();
-    FillArea(context, {0, 0, client.right, metrics.headerHeight}, Theme::HeaderGround);
+    FillArea(context, {0, 0, client.right, metrics.headerHeight}, Theme().headerGround);
     const int line = std::max(1, scale_(1));
-    FillArea(context, {0, metrics.headerHeight - line, client.right, metrics.headerHeight}, Theme::Border);
+    FillArea(context, {0, metrics.headerHeight - line, client.right, metrics.headerHeight}, Theme().border);
     FillArea(context, {metrics.indicatorWidth - line, 0, metrics.indicatorWidth, metrics.headerHeight},
-             Theme::Border);
+             Theme().border);
     const std::vector<std::size_t>& visible = view.columns.Visible();
     for (std::size_t position = 0; position < visible.size(); ++position) {
         const TGridColumn& column = view.columns[visible[position]];
         RECT area = ToRect(layout.Header(position));
         if (view.hoveredHeader == position) {
-            FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme::Hover);
+            FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme().hover);
         }
         if (view.dropAt && view.dragged == position) {
-            FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme::Pressed);
+            FillArea(context, {area.left, area.top, area.right, area.bottom - line}, Theme().pressed);
         }
-        FillArea(context, {area.right - line, area.top, area.right, area.bottom}, Theme::Border);
+        FillArea(context, {area.right - line, area.top, area.right, area.bottom}, Theme().border);
         InflateRect(&area, -Indent(column), 0);
-        SetTextColor(context, ColorRefOf(Theme::Text));
+        SetTextColor(context, ColorRefOf(Theme().text));
         const UINT alignment = column.editor == TGridEditor::CheckBox ? DT_CENTER : DT_LEFT;
         DrawTextW(context, column.caption.c_str(), -1, &area,
                   alignment | DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
@@ -159,16 +167,16 @@ void TGridPainter::PaintHeader(HDC context, const RECT& client, const TGridView&
     if (view.dropAt) {
         const TGridArea target = layout.Header(*view.dropAt);
         const int edge = *view.dropAt > view.dragged ? target.right : target.left;
-        FillArea(context, {edge - scale_(2), 0, edge + scale_(1), metrics.headerHeight}, Theme::Accent);
+        FillArea(context, {edge - scale_(2), 0, edge + scale_(1), metrics.headerHeight}, Theme().accent);
     }
 }
 
 void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row) const {
     const bool isCurrent = view.source.CurrentRow() == row;
-    const TColour ground = isCurrent ? (view.hasFocus ? Theme::Selection : Theme::SelectionIdle)
-                           : view.hoveredRow == row ? Theme::Hover
-                           : row % 2 == 0           ? Theme::ControlGround
-                                                    : Theme::AlternateGround;
+    const TColour ground = isCurrent ? (view.hasFocus ? Theme().selection : Theme().selectionIdle)
+                           : view.hoveredRow == row ? Theme().hover
+                           : row % 2 == 0           ? Theme().controlGround
+                                                    : Theme().alternateGround;
     const TGridLayout& layout = view.layout;
     RECT area = ToRect(layout.Indicator(row));
     area.right = layout.Body().right;
@@ -189,7 +197,7 @@ void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row)
         } else if (!(isFocused && view.editor)) {
             PaintText(context, cell, column,
                       GridCellCaption(column, view.source.Text(row, visible[position])),
-                      view.source.Dimmed(row, visible[position]) ? Theme::DisabledText : Theme::Text);
+                      TextColour(isCurrent, view.source.Dimmed(row, visible[position])));
         }
         if (column.editor == TGridEditor::ButtonText && isCurrent) {
             PaintButton(context, cell, ground);
@@ -199,7 +207,7 @@ void TGridPainter::PaintRow(HDC context, const TGridView& view, std::size_t row)
 
 void TGridPainter::PaintIndicator(HDC context, const TGridView& view, std::size_t row) const {
     RECT area = ToRect(view.layout.Indicator(row));
-    FillArea(context, area, Theme::HeaderGround);
+    FillArea(context, area, Theme().headerGround);
     area.bottom = area.top + MinimumRowHeight();
     const bool hasWarning = !view.source.Warning(row).empty();
     RECT warning = area;
@@ -209,10 +217,10 @@ void TGridPainter::PaintIndicator(HDC context, const TGridView& view, std::size_
             area.right = warning.left + scale_(2);  // both marks are narrower than their squares
         }
         PaintMark(context, area, view.editor ? TMark::EditedRow : TMark::CurrentRow, scale_,
-                  Theme::HeaderGround);
+                  Theme().headerGround);
     }
     if (hasWarning) {
-        PaintMark(context, warning, TMark::Warning, scale_, Theme::HeaderGround);
+        PaintMark(context, warning, TMark::Warning, scale_, Theme().headerGround);
     }
 }
 
@@ -235,7 +243,7 @@ void TGridPainter::PaintFocusRing(HDC context, const TGridArea& cell, TColour gr
     frame.right -= scale_(1);
     PaintRoundedBox(context, frame,
                     {.ground = ground,
-                     .border = Theme::Accent,
+                     .border = Theme().selectionFocus,
                      .outside = ground,
                      .thickness = scale_(1),
                      .radius = scale_(kCornerRadius)});
@@ -244,8 +252,8 @@ void TGridPainter::PaintFocusRing(HDC context, const TGridArea& cell, TColour gr
 void TGridPainter::PaintButton(HDC context, const TGridArea& cell, TColour ground) const {
     const RECT button = ToRect(Button(cell));
     PaintRoundedBox(context, button,
-                    {.ground = Theme::HeaderGround,
-                     .border = Theme::ControlBorder,
+                    {.ground = Theme().headerGround,
+                     .border = Theme().controlBorder,
                      .outside = ground,
                      .thickness = scale_(1),
                      .radius = scale_(kCornerRadius)});
@@ -254,7 +262,7 @@ void TGridPainter::PaintButton(HDC context, const TGridArea& cell, TColour groun
     const int middle = (button.left + button.right - dot) / 2;
     const int top = (button.top + button.bottom - dot) / 2;
     for (const int offset : {-2 * dot, 0, 2 * dot}) {
-        FillArea(context, {middle + offset, top, middle + offset + dot, top + dot}, Theme::Text);
+        FillArea(context, {middle + offset, top, middle + offset + dot, top + dot}, Theme().text);
     }
 }
 
@@ -262,10 +270,10 @@ void TGridPainter::PaintGridLines(HDC context, const TGridView& view) const {
     const TGridArea body = view.layout.Body();
     const int line = std::max(1, scale_(1));
     const int indicator = view.layout.Metrics().indicatorWidth;
-    FillArea(context, {indicator - line, body.top, indicator, body.bottom}, Theme::Border);
+    FillArea(context, {indicator - line, body.top, indicator, body.bottom}, Theme().border);
     for (std::size_t position = 0; position < view.columns.Visible().size(); ++position) {
         const int right = view.layout.Header(position).right;
-        FillArea(context, {right - line, body.top, right, body.bottom}, Theme::Border);
+        FillArea(context, {right - line, body.top, right, body.bottom}, Theme().border);
     }
 }
 
@@ -273,9 +281,9 @@ void TGridPainter::PaintEditorFrame(HDC context, const TGridArea& editor) const 
     RECT frame = ToRect(editor);
     InflateRect(&frame, scale_(GridStyle::CellPaddingX), scale_(GridStyle::CellPaddingY));
     PaintRoundedBox(context, frame,
-                    {.ground = Theme::ControlGround,
-                     .border = Theme::Accent,
-                     .outside = Theme::Selection,
+                    {.ground = Theme().controlGround,
+                     .border = Theme().accent,
+                     .outside = Theme().selection,
                      .thickness = scale_(1),
                      .radius = scale_(kCornerRadius)});
 }

@@ -12,9 +12,13 @@ struct TInk {
     TColour warning;
 };
 
-constexpr TInk kNormalInk{{0xD7, 0xDB, 0xE0}, {0x4D, 0xB8, 0xFF}, {0xFF, 0x6B, 0x6B}, {0xFF, 0xC1, 0x45}};
-constexpr TInk kDisabledInk{Theme::DisabledText, Theme::DisabledText, Theme::DisabledText,
-                            Theme::DisabledText};
+TInk InkOf(TImageState state) {
+    const TTheme& theme = Theme();
+    if (state == TImageState::Disabled) {
+        return {theme.disabledText, theme.disabledText, theme.disabledText, theme.disabledText};
+    }
+    return {theme.icon, theme.iconAccent, theme.iconStop, theme.iconWarning};
+}
 
 // A door and the way out of it.
 void DrawClose(TIconCanvas& canvas, const TInk& ink) {
@@ -78,7 +82,7 @@ void DrawFolder(TIconCanvas& canvas, const TInk& ink) {
 
 TIconCanvas DrawImage(TImageIndex image, int size, TImageState state) {
     TIconCanvas canvas(size);
-    const TInk& ink = state == TImageState::Normal ? kNormalInk : kDisabledInk;
+    const TInk ink = InkOf(state);
     switch (image) {
         case TImageIndex::Close:
             DrawClose(canvas, ink);

@@ -41,7 +41,7 @@ void TProgressBar::Paint() {
     shownPixels_ = FilledPixels();
     RECT filled = paint.Client();
     filled.right = filled.left + shownPixels_;
-    FillArea(paint.Get(), paint.Client(), Theme::ControlGround);
-    FillArea(paint.Get(), filled, Theme::Accent);
-    FrameArea(paint.Get(), paint.Client(), Theme::Border);
+    FillArea(paint.Get(), paint.Client(), Theme().controlGround);
+    FillArea(paint.Get(), filled, Theme().accent);
+    FrameArea(paint.Get(), paint.Client(), Theme().border);
 }

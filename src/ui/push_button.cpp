@@ -136,12 +136,14 @@ TButtonState StateOfButton(const DRAWITEMSTRUCT& draw) {
 
 void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale, TColour outside) {
     const TButtonState state = StateOfButton(draw);
-    PaintRoundedBox(draw.hDC, draw.rcItem,
-                    {.ground = state.pressed   ? Theme::Pressed
-                               : state.hovered ? Theme::Hover
-                                               : Theme::HeaderGround,
-                     .border = state.focused ? Theme::Accent : Theme::ControlBorder,
-                     .outside = outside,
-                     .thickness = scale(state.focused ? 2 : 1),
-                     .radius = scale(kCornerRadius)});
+    PaintRoundedBox(
+        draw.hDC, draw.rcItem,
+        {.ground = state.pressed   ? Theme().pressed
+                   : state.hovered ? Theme().hover
+                                   : Theme().headerGround,
+         .border = state.focused || (state.hovered && Theme().isHighContrast) ? Theme().accent
+                                                                              : Theme().controlBorder,
+         .outside = outside,
+         .thickness = scale(state.focused ? 2 : 1),
+         .radius = scale(kCornerRadius)});
 }

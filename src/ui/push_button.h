@@ -35,4 +35,4 @@ struct TButtonState {
 TButtonState StateOfButton(const DRAWITEMSTRUCT& draw);
 
 // Draws ground and frame of a button that stands by itself, on a ground of that colour.
-void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale, TColour outside = Theme::WindowGround);
+void DrawButtonFace(const DRAWITEMSTRUCT& draw, TScale scale, TColour outside = Theme().windowGround);

@@ -83,11 +83,11 @@ void TQuestionBox::Arrange() {
 void TQuestionBox::Paint(HDC context, const RECT& client) {
     const TScale& scale = Scale();
     SetBkMode(context, TRANSPARENT);
-    SetTextColor(context, ColorRefOf(Theme::DimText));
+    SetTextColor(context, ColorRefOf(Theme().dimText));
     RECT title{scale(kMargin), scale(kGap), client.right - scale(kMargin), scale(kTitleHeight)};
     DrawTextW(context, title_.c_str(), -1, &title,
               DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-    SetTextColor(context, ColorRefOf(Theme::Text));
+    SetTextColor(context, ColorRefOf(Theme().text));
     RECT text{scale(kMargin), scale(kTitleHeight) + scale(kGap), client.right - scale(kMargin),
               client.bottom - scale(kMargin) - scale(kButtonHeight) - scale(kGap)};
     DrawTextW(context, text_.c_str(), -1, &text, kTextFormat);

@@ -154,12 +154,12 @@ void TScrollBar::SetHovered(bool hovered) {
 
 void TScrollBar::Paint() {
     const TPaintContext paint(Handle());
-    FillArea(paint.Get(), paint.Client(), Theme::ScrollTrack);
+    FillArea(paint.Get(), paint.Client(), Theme().scrollTrack);
     const int margin = paint.Client().right / kThumbMargin;
     const TScrollThumb thumb = Thumb();
     const RECT area{paint.Client().left + margin, thumb.top + margin / 2, paint.Client().right - margin,
                     thumb.bottom - margin / 2};
-    FillRoundedArea(paint.Get(), area, hovered_ || dragging_ ? Theme::ScrollThumbHover : Theme::ScrollThumb,
+    FillRoundedArea(paint.Get(), area, hovered_ || dragging_ ? Theme().scrollThumbHover : Theme().scrollThumb,
                     (area.right - area.left) / 2);
     if (hasMark_) {
         PaintMarks(paint.Get(), paint.Client());
@@ -173,7 +173,7 @@ void TScrollBar::PaintMarks(HDC context, const RECT& client) const {
         if (hasMark_(MulDiv(top, range_.length, client.bottom),
                      MulDiv(top + step, range_.length, client.bottom))) {
             FillArea(context, {client.right - scale(kMarkWidth), top, client.right, top + step},
-                     Theme::ErrorMark);
+                     Theme().errorMark);
         }
     }
 }

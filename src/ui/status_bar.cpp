@@ -68,7 +68,7 @@ void TStatusBar::DrawPanel(HDC context, std::size_t panel) const {
     RECT area = PanelArea(panel);
     if (panel > 0) {
         FillArea(context, {area.left, area.top + scale_(5), area.left + scale_(1), area.bottom - scale_(5)},
-                 Theme::Border);
+                 Theme().border);
     }
     area.left += scale_(kTextMargin);
     const std::wstring& text = panels_[panel].text;
@@ -78,16 +78,16 @@ void TStatusBar::DrawPanel(HDC context, std::size_t panel) const {
         return size.cx <= area.right - area.left;
     };
     const std::wstring shown = panels_[panel].holdsPath ? ShortenPath(text, fits) : text;
-    SetTextColor(context, ColorRefOf(panel < 2 ? Theme::DimText : Theme::Text));
+    SetTextColor(context, ColorRefOf(panel < 2 ? Theme().dimText : Theme().text));
     DrawTextW(context, shown.c_str(), -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
 
 void TStatusBar::Paint() {
     const TPaintContext paint(Handle());
-    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    FillArea(paint.Get(), paint.Client(), Theme().windowGround);
     RECT line = paint.Client();
     line.bottom = line.top + scale_(1);
-    FillArea(paint.Get(), line, Theme::Border);
+    FillArea(paint.Get(), line, Theme().border);
     const TSelection selection(paint.Get(), font_);
     SetBkMode(paint.Get(), TRANSPARENT);
     for (std::size_t panel = 0; panel < panels_.size(); ++panel) {

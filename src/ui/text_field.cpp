@@ -80,32 +80,32 @@ void TTextField::SetText(const std::wstring& text) {
 
 void TTextField::Paint() {
     const TPaintContext paint(Handle());
-    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    FillArea(paint.Get(), paint.Client(), Theme().windowGround);
     const RECT frame{0, 0, scale_(width_), scale_(kHeight)};
     const bool focused = GetFocus() == edit_;
     const int radius = scale_(kCornerRadius);
     PaintRoundedBox(paint.Get(), frame,
-                    {.ground = Theme::ControlGround,
-                     .border = focused            ? Theme::Accent
-                               : IsHovered(edit_) ? Theme::DimText
-                                                  : Theme::ControlBorder,
-                     .outside = Theme::WindowGround,
+                    {.ground = Theme().controlGround,
+                     .border = focused            ? Theme().accent
+                               : IsHovered(edit_) ? Theme().dimText
+                                                  : Theme().controlBorder,
+                     .outside = Theme().windowGround,
                      .thickness = scale_(1),
                      .radius = radius});
     // Where one writes: the lower edge stands out.
     const int edge = scale_(focused ? 2 : 1);
     FillArea(paint.Get(),
              {frame.left + radius / 2, frame.bottom - edge, frame.right - radius / 2, frame.bottom},
-             focused ? Theme::Accent : Theme::DimText);
+             focused ? Theme().accent : Theme().dimText);
 }
 
 void TTextField::DrawButton(const DRAWITEMSTRUCT& draw) const {
-    DrawButtonFace(draw, scale_, Theme::ControlGround);
+    DrawButtonFace(draw, scale_, Theme().controlGround);
     const int dot = std::max(1, scale_(2));
     const LONG left = (draw.rcItem.right - dot) / 2;
     const LONG top = (draw.rcItem.bottom - dot) / 2;
     for (const int offset : {-2 * dot, 0, 2 * dot}) {
-        FillArea(draw.hDC, {left + offset, top, left + offset + dot, top + dot}, Theme::Text);
+        FillArea(draw.hDC, {left + offset, top, left + offset + dot, top + dot}, Theme().text);
     }
 }
 
@@ -126,9 +126,9 @@ void TTextField::Command(HWND control, UINT notification) {
 std::optional<LRESULT> TTextField::HandleMessage(UINT message, WPARAM wordParameter, LPARAM longParameter) {
     switch (message) {
         case WM_CTLCOLOREDIT:
-            return ControlColours(wordParameter, Theme::Text, Theme::ControlGround);
+            return ControlColours(wordParameter, Theme().text, Theme().controlGround);
         case WM_CTLCOLORSTATIC:
-            return ControlColours(wordParameter, Theme::DimText, Theme::WindowGround);
+            return ControlColours(wordParameter, Theme().dimText, Theme().windowGround);
         case WM_DRAWITEM:
             DrawButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(longParameter));
             return TRUE;

@@ -142,18 +142,19 @@ void TToolBar::DrawButton(const DRAWITEMSTRUCT& draw) {
     }
     const TAction& action = *button->item.action;
     const TButtonState state = StateOfButton(draw);
-    const TColour ground = state.pressed      ? Theme::Pressed
-                           : action.Checked() ? Theme::Checked
-                           : state.hovered    ? Theme::Hover
-                                              : Theme::WindowGround;
+    const TColour ground = state.pressed      ? Theme().pressed
+                           : action.Checked() ? Theme().checked
+                           : state.hovered    ? Theme().hover
+                                              : Theme().windowGround;
     const bool ring = state.focused && ShowsFocus(draw.hwndItem);
-    const TColour border = ring || (action.Checked() && state.hovered) ? Theme::Accent
-                           : action.Checked()                          ? Theme::ControlBorder
-                                                                       : ground;
+    const TColour border = ring || (state.hovered && (action.Checked() || Theme().isHighContrast))
+                               ? Theme().accent
+                           : action.Checked() ? Theme().controlBorder
+                                              : ground;
     PaintRoundedBox(draw.hDC, draw.rcItem,
                     {.ground = ground,
                      .border = border,
-                     .outside = Theme::WindowGround,
+                     .outside = Theme().windowGround,
                      .thickness = scale_(ring ? 2 : 1),
                      .radius = scale_(kCornerRadius)});
     const int height = draw.rcItem.bottom - draw.rcItem.top;
@@ -164,21 +165,21 @@ void TToolBar::DrawButton(const DRAWITEMSTRUCT& draw) {
         area.left += scale_(2 * kImageMargin) + images_.Size();
         const TSelection selection(draw.hDC, font_);
         SetBkMode(draw.hDC, TRANSPARENT);
-        SetTextColor(draw.hDC, ColorRefOf(state.enabled ? Theme::Text : Theme::DisabledText));
+        SetTextColor(draw.hDC, ColorRefOf(state.enabled ? Theme().text : Theme().disabledText));
         DrawTextW(draw.hDC, action.Caption().c_str(), -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
     }
 }
 
 void TToolBar::Paint() {
     const TPaintContext paint(Handle());
-    FillArea(paint.Get(), paint.Client(), Theme::WindowGround);
+    FillArea(paint.Get(), paint.Client(), Theme().windowGround);
     int left = scale_(kMargin);
     for (const TButton& button : buttons_) {
         const int width = ButtonWidth(button.item);
         if (button.handle == nullptr) {
             const int middle = left + width / 2;
             FillArea(paint.Get(), {middle, scale_(10), middle + scale_(1), scale_(kHeight - 10)},
-                     Theme::Border);
+                     Theme().border);
         }
         left += width;
     }

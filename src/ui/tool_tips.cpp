@@ -43,9 +43,9 @@ void TToolTips::Set(TTTOOLINFOW& tool, const std::wstring& hint) {
         RemoveVisualStyle(handle_);
         // Without a width, line breaks are not obeyed, either.
         SendMessageW(handle_, TTM_SETMAXTIPWIDTH, 0, ScaleOfWindow(tool.hwnd)(kMaximumWidth));
-        SendMessageW(handle_, TTM_SETTIPBKCOLOR, ColorRefOf(Theme::HeaderGround), 0);
-        SendMessageW(handle_, TTM_SETTIPTEXTCOLOR, ColorRefOf(Theme::Text), 0);
     }
+    SendMessageW(handle_, TTM_SETTIPBKCOLOR, ColorRefOf(Theme().headerGround), 0);
+    SendMessageW(handle_, TTM_SETTIPTEXTCOLOR, ColorRefOf(Theme().text), 0);
     std::wstring text = hint;
     tool.cbSize = sizeof(tool);
     tool.uFlags |= TTF_SUBCLASS;

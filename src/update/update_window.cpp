@@ -103,19 +103,19 @@ void TUpdateWindow::Paint(HDC context, const RECT& client) {
     RECT group = Shrunk(client, scale(kMargin));
     const int titleHeight = TextHeight(Font());
     group.top += titleHeight / 2 - scale(4);
-    FrameArea(context, group, Theme::Border, scale(1));
+    FrameArea(context, group, Theme().border, scale(1));
     RECT title{group.left + scale(kMargin), group.top - titleHeight / 2, 0, 0};
     DrawTextW(context, UpdateTexts::Status, -1, &title, DT_SINGLELINE | DT_CALCRECT);
     FillArea(context, {title.left - scale(4), title.top, title.right + scale(4), title.bottom},
-             Theme::WindowGround);
+             Theme().windowGround);
     SetBkMode(context, TRANSPARENT);
-    SetTextColor(context, ColorRefOf(Theme::DimText));
+    SetTextColor(context, ColorRefOf(Theme().dimText));
     DrawTextW(context, UpdateTexts::Status, -1, &title, DT_SINGLELINE);
 
     RECT log{};
     GetWindowRect(connectLogBox_, &log);
     MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&log), 2);
-    FrameArea(context, Shrunk(log, -scale(1)), Theme::Border, scale(1));
+    FrameArea(context, Shrunk(log, -scale(1)), Theme().border, scale(1));
 }
 
 void TUpdateWindow::UpdateButtons() {

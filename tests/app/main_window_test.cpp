@@ -14,6 +14,7 @@
 #include "texts/main_texts.h"
 #include "texts/run_log_text.h"
 #include "texts/run_texts.h"
+#include "ui/device_context.h"
 
 namespace {
 
@@ -694,6 +695,30 @@ TEST_F(MainWindow, OpensTheNewestRunLogAlsoFromTheContextMenuOfTheList) {
     LoopUntil([] { return opened.size() == 2; }, 5);
     EXPECT_EQ(opened, std::vector<std::wstring>(2, logs + L"\\2026-11-23 20-00-00.txt"));
     std::filesystem::remove_all(logs);
+}
+
+// The test's system has no high contrast, so it has just been switched off.
+TEST_F(MainWindow, TakesOtherColoursWhenTheSystemHasOthers) {
+    UseTheme(HighContrastTheme({.window = {1, 1, 1},
+                                .windowText = {250, 250, 250},
+                                .selection = {0, 250, 0},
+                                .selectionText = {2, 2, 2},
+                                .disabledText = {0, 120, 120}}));
+    TfmMain& window = Start();
+    const auto groundOfField = [&window] {
+        const TMemoryContext context(nullptr);
+        SendMessageW(window.Handle(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context.Get()),
+                     reinterpret_cast<LPARAM>(window.CurrentFileField()));
+        return GetBkColor(context.Get());
+    };
+    const auto groundOfList = [&window] {
+        return static_cast<COLORREF>(SendMessageW(window.ListHandle(), LVM_GETBKCOLOR, 0, 0));
+    };
+    EXPECT_EQ(groundOfField(), ToColorRef({1, 1, 1}));
+    EXPECT_EQ(groundOfList(), ToColorRef({1, 1, 1}));
+    SendMessageW(window.Handle(), WM_SETTINGCHANGE, SPI_SETHIGHCONTRAST, 0);
+    EXPECT_EQ(groundOfField(), ToColorRef(TTheme().controlGround));
+    EXPECT_EQ(groundOfList(), ToColorRef(TTheme().controlGround));
 }
 
 TEST_F(MainWindow, LaysItselfOutForAnotherScale) {

@@ -60,13 +60,13 @@ TEST(StatusListModel, SharesANarrowRowBetweenTextAndReason) {
 }
 
 TEST(StatusListModel, PaintsUnknownAndMissingStatusAsFileNames) {
-    EXPECT_EQ(&StyleOfStatus(kInfoStatus), &InfoStyle);
-    EXPECT_EQ(&StyleOfStatus(kErrorStatus), &ErrorStyle);
-    EXPECT_EQ(&StyleOfStatus(kIgnoreStatus), &IgnoreStyle);
+    EXPECT_EQ(&StyleOfStatus(kInfoStatus), &Theme().infoRow);
+    EXPECT_EQ(&StyleOfStatus(kErrorStatus), &Theme().errorRow);
+    EXPECT_EQ(&StyleOfStatus(kIgnoreStatus), &Theme().ignoreRow);
     for (const std::optional<int> status :
          {std::optional<int>(0), std::optional<int>(), std::optional<int>(-2), std::optional<int>(3),
           std::optional<int>(65535)}) {
-        EXPECT_EQ(&StyleOfStatus(status), &FileNameStyle);
+        EXPECT_EQ(&StyleOfStatus(status), &Theme().fileNameRow);
     }
 }
 

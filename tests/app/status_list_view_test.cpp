@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <set>
 
 #include "ui/device_context.h"
 #include "ui/message_loop.h"
@@ -55,6 +56,12 @@ protected:
         SendMessageW(List(), LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
     }
     HWND List() { return window_.view.Handle(); }
+    RECT AreaOfRow(int row) {
+        RECT area{};
+        area.left = LVIR_BOUNDS;
+        SendMessageW(List(), LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
+        return area;
+    }
     int TopRow() { return static_cast<int>(SendMessageW(List(), LVM_GETTOPINDEX, 0, 0)); }
     std::wstring TextInControl(int row) {
         wchar_t text[100] = L"";
@@ -164,11 +171,11 @@ TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
     const struct {
         std::optional<int> status;
         TRowStyle style;
-    } kCases[] = {{kInfoStatus, InfoStyle},
-                  {kFileNameStatus, FileNameStyle},
-                  {kErrorStatus, ErrorStyle},
-                  {kIgnoreStatus, IgnoreStyle},
-                  {std::nullopt, FileNameStyle}};
+    } kCases[] = {{kInfoStatus, Theme().infoRow},
+                  {kFileNameStatus, Theme().fileNameRow},
+                  {kErrorStatus, Theme().errorRow},
+                  {kIgnoreStatus, Theme().ignoreRow},
+                  {std::nullopt, Theme().fileNameRow}};
     for (const auto& example : kCases) {
         model_.InsertAtTop(L"\u2588\u2588", example.status);  // solid blocks
     }
@@ -177,9 +184,7 @@ TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
     UpdateWindow(List());
     const HDC context = GetDC(List());
     for (int row = 0; row < 5; ++row) {
-        RECT area{};
-        area.left = LVIR_BOUNDS;
-        SendMessageW(List(), LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&area));
+        const RECT area = AreaOfRow(row);
         const TRowStyle& style = kCases[4 - row].style;
         int textPixels = 0;
         int groundPixels = 0;
@@ -194,21 +199,89 @@ TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
     ReleaseDC(List(), context);
 }
 
+TEST_F(StatusListView, NothingOfASelectionStaysBehind) {
+    Add(3);
+    ShowWindow(window_.Handle(), SW_SHOW);
+    Show();
+    const auto pixels = [this] {
+        UpdateWindow(List());
+        std::vector<COLORREF> colours;
+        RECT client{};
+        GetClientRect(List(), &client);
+        const HDC context = GetDC(List());
+        for (int y = 0; y < AreaOfRow(2).bottom + 2; ++y) {
+            for (int x = 0; x < client.right; x += x == 40 ? client.right - 80 : 1) {
+                colours.push_back(GetPixel(context, x, y));
+            }
+        }
+        ReleaseDC(List(), context);
+        return colours;
+    };
+    const std::vector<COLORREF> before = pixels();
+    Select(1);
+    EXPECT_NE(pixels(), before);
+    LVITEMW item{};
+    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    SendMessageW(List(), LVM_SETITEMSTATE, 1, reinterpret_cast<LPARAM>(&item));
+    EXPECT_EQ(pixels(), before);
+}
+
+TEST_F(StatusListView, HighContrastLeavesNoColourButTheSystems) {
+    const TSystemColours colours{.window = {1, 1, 1},
+                                 .windowText = {250, 250, 250},
+                                 .selection = {0, 250, 0},
+                                 .selectionText = {2, 2, 2},
+                                 .disabledText = {0, 120, 120}};
+    UseTheme(HighContrastTheme(colours));
+    const TFont font = MakeMessageFont(TScale());
+    window_.view.SetScale(TScale(), font.Get());
+    for (const int status : {kInfoStatus, kFileNameStatus, kErrorStatus, kIgnoreStatus}) {
+        model_.InsertAtTop(L"\u2588\u2588", status, L"\u2588");
+    }
+    ShowWindow(window_.Handle(), SW_SHOW);
+    Show();
+    Select(0);
+    UpdateWindow(List());
+    std::set<COLORREF> seen[4];
+    const HDC context = GetDC(List());
+    for (int row = 0; row < 4; ++row) {
+        const RECT area = AreaOfRow(row);
+        for (int x = 12; x < area.right; ++x) {
+            seen[row].insert(GetPixel(context, x, (area.top + area.bottom) / 2));
+        }
+    }
+    ReleaseDC(List(), context);
+    UseTheme(TTheme());
+    const COLORREF window = ColorRefOf(colours.window);
+    const COLORREF text = ColorRefOf(colours.windowText);
+    // Soft edges of letters are between two of them.
+    const auto shows = [](const std::set<COLORREF>& shown, COLORREF first, COLORREF second) {
+        return shown.contains(first) && shown.contains(second);
+    };
+    EXPECT_TRUE(shows(seen[0], ColorRefOf(colours.selection), ColorRefOf(colours.selectionText)));
+    EXPECT_FALSE(seen[0].contains(text));
+    for (int row = 1; row < 4; ++row) {
+        EXPECT_TRUE(shows(seen[row], window, text)) << row;
+        for (const COLORREF colour : seen[row]) {
+            EXPECT_EQ(GetRValue(colour), GetGValue(colour)) << "as grey as black and white are";
+            EXPECT_EQ(GetGValue(colour), GetBValue(colour));
+        }
+    }
+}
+
 TEST_F(StatusListView, ShowsTheReasonAlsoBehindATextThatIsTooLong) {
     model_.InsertAtTop(std::wstring(300, L'\u2588'), kErrorStatus, std::wstring(300, L'\u2588'));
     ShowWindow(window_.Handle(), SW_SHOW);
     Show();
     UpdateWindow(List());
-    RECT area{};
-    area.left = LVIR_BOUNDS;
-    SendMessageW(List(), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&area));
+    const RECT area = AreaOfRow(0);
     const HDC context = GetDC(List());
     int textPixels = 0;
     int reasonPixels = 0;
     for (int x = 0; x < area.right; ++x) {
         const COLORREF colour = GetPixel(context, x, (area.top + area.bottom) / 2);
-        textPixels += colour == ColorRefOf(ErrorStyle.text) ? 1 : 0;
-        reasonPixels += colour == ColorRefOf(ErrorStyle.reason) ? 1 : 0;
+        textPixels += colour == ColorRefOf(Theme().errorRow.text) ? 1 : 0;
+        reasonPixels += colour == ColorRefOf(Theme().errorRow.reason) ? 1 : 0;
     }
     ReleaseDC(List(), context);
     EXPECT_GT(reasonPixels, area.right / 4);

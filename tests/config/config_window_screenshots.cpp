@@ -91,6 +91,15 @@ TEST_F(TConfigScreenshots, DISABLED_Present) {
     Press(VK_F2);
     Present("mode");
     Press(VK_ESCAPE);
+    UseTheme(HighContrastTheme({.window = {0, 0, 0},
+                                .windowText = {255, 255, 255},
+                                .selection = {26, 235, 255},
+                                .selectionText = {0, 0, 0},
+                                .disabledText = {63, 242, 63}}));
+    Open();
+    FocusCell(1, kDirectory);
+    Present("contrast");
+    UseTheme(TTheme());
 }
 
 }  // namespace

@@ -59,6 +59,22 @@ TEST(ShortenPath, KeepsDriveAndFileName) {
     EXPECT_EQ(ShortenPath(L"", AtMost(0)), L"");
 }
 
+TEST(ReportThrottle, ShowsNewRowsTenTimesASecondWhereAPaintingTakesThreeMilliseconds) {
+    using std::chrono::milliseconds;
+    TReportThrottle throttle;
+    TReportThrottle::TTime now{milliseconds(1000)};
+    throttle.PaintDone(now, now + milliseconds(3));
+    for (int painting = 0; painting < 5; ++painting) {
+        const auto begin = now;
+        throttle.PaintDone(now, now + milliseconds(3));
+        while (!throttle.PaintDue(now)) {
+            now += milliseconds(1);
+        }
+        EXPECT_LE(now - begin, milliseconds(100));
+        EXPECT_GE(now - begin, milliseconds(3 * TReportThrottle::kPaintShare));
+    }
+}
+
 TEST(ReportThrottle, SpendsATwentiethOnPaintingAndLooksForInputSoon) {
     using std::chrono::microseconds;
     using std::chrono::milliseconds;

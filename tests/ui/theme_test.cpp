@@ -24,34 +24,65 @@ double Contrast(TColour left, TColour right) {
 }
 
 TEST(Theme, EveryRowCanBeReadOnItsGround) {
-    for (const TRowStyle& style : {InfoStyle, FileNameStyle, ErrorStyle, IgnoreStyle}) {
+    for (const TRowStyle& style :
+         {Theme().infoRow, Theme().fileNameRow, Theme().errorRow, Theme().ignoreRow}) {
         for (const TColour text : {style.text, style.reason}) {
             EXPECT_GE(Contrast(text, style.ground), 4.5) << std::hex << ToColorRef(text);
         }
     }
     // A selected row's text stands on the selection, an error's keeps its own ground there.
-    for (const TRowStyle& style : {InfoStyle, FileNameStyle, IgnoreStyle}) {
+    for (const TRowStyle& style : {Theme().infoRow, Theme().fileNameRow, Theme().ignoreRow}) {
         for (const TColour text : {style.text, style.reason}) {
-            EXPECT_GE(Contrast(text, Theme::Selection), 4.5);
-            EXPECT_GE(Contrast(text, Theme::SelectionIdle), 4.5);
+            EXPECT_GE(Contrast(text, Theme().selection), 4.5);
+            EXPECT_GE(Contrast(text, Theme().selectionIdle), 4.5);
         }
     }
 }
 
 TEST(Theme, TextOfWindowsCanBeReadInEveryState) {
     for (const TColour ground :
-         {Theme::WindowGround, Theme::ControlGround, Theme::AlternateGround, Theme::HeaderGround,
-          Theme::Hover, Theme::Pressed, Theme::Checked, Theme::Selection}) {
-        EXPECT_GE(Contrast(Theme::Text, ground), 4.5);
+         {Theme().windowGround, Theme().controlGround, Theme().alternateGround, Theme().headerGround,
+          Theme().hover, Theme().pressed, Theme().checked, Theme().selection}) {
+        EXPECT_GE(Contrast(Theme().text, ground), 4.5);
     }
-    EXPECT_GE(Contrast(Theme::DimText, Theme::WindowGround), 4.5);
-    EXPECT_GE(Contrast(Theme::DimText, Theme::ControlGround), 4.5);
+    EXPECT_GE(Contrast(Theme().dimText, Theme().windowGround), 4.5);
+    EXPECT_GE(Contrast(Theme().dimText, Theme().controlGround), 4.5);
     // Parts that are not text need 3:1.
-    EXPECT_GE(Contrast(Theme::Accent, Theme::WindowGround), 3.0);
-    EXPECT_GE(Contrast(Theme::Accent, Theme::ControlGround), 3.0);
+    EXPECT_GE(Contrast(Theme().accent, Theme().windowGround), 3.0);
+    EXPECT_GE(Contrast(Theme().accent, Theme().controlGround), 3.0);
     for (const TColour ground :
-         {Theme::WindowGround, Theme::ControlGround, Theme::HeaderGround, Theme::Hover}) {
-        EXPECT_GE(Contrast(Theme::ControlBorder, ground), 3.0);
+         {Theme().windowGround, Theme().controlGround, Theme().headerGround, Theme().hover}) {
+        EXPECT_GE(Contrast(Theme().controlBorder, ground), 3.0);
+    }
+}
+
+// Where each text may stand, in the colours of two contrast themes, a dark and a light one.
+TEST(Theme, HighContrastPutsEveryTextOnItsOwnGround) {
+    const TSystemColours kThemes[] = {
+        {{0x20, 0x20, 0x20}, {0xFF, 0xFF, 0xFF}, {0x8E, 0xE3, 0xF0}, {0x26, 0x3B, 0x50}, {0xA6, 0xA6, 0xA6}},
+        {{0xFF, 0xFA, 0xEF}, {0x3D, 0x3D, 0x3D}, {0x90, 0x39, 0x09}, {0xFF, 0xF5, 0xE3}, {0x67, 0x67, 0x67}},
+    };
+    for (const TSystemColours& colours : kThemes) {
+        const TTheme theme = HighContrastTheme(colours);
+        for (const TColour ground : {theme.windowGround, theme.controlGround, theme.alternateGround,
+                                     theme.headerGround, theme.hover, theme.pressed, theme.checked}) {
+            for (const TColour text : {theme.text, theme.dimText, theme.icon, theme.iconAccent,
+                                       theme.iconStop, theme.warning, theme.mark}) {
+                EXPECT_GE(Contrast(text, ground), 4.5);
+            }
+            for (const TColour part : {theme.accent, theme.controlBorder, theme.disabledText}) {
+                EXPECT_GE(Contrast(part, ground), 4.5);
+            }
+        }
+        for (const TColour ground : {theme.selection, theme.selectionIdle}) {
+            EXPECT_GE(Contrast(theme.selectionText, ground), 4.5);
+            EXPECT_GE(Contrast(theme.selectionFocus, ground), 4.5);
+        }
+        for (const TRowStyle& row : {theme.infoRow, theme.fileNameRow, theme.errorRow, theme.ignoreRow}) {
+            EXPECT_GE(Contrast(row.text, row.ground), 4.5);
+            EXPECT_GE(Contrast(row.reason, row.ground), 4.5);
+        }
+        EXPECT_NE(theme.errorRow.ground, theme.infoRow.ground);
     }
 }
 
