@@ -1,6 +1,7 @@
-"""Makes one HTML page with its pictures in it from the guide, for readers who have only a browser.
+"""Makes one HTML page with its pictures in it from the guide's pages, for readers who have only a browser.
 
-usage: make_guide.py GUIDE.md PAGE.html
+usage: make_guide.py GUIDE.md [OTHER.md...] PAGE.html
+The first page gives the title; a link from one to another leads to its heading.
 Fails when a picture is missing or a link leads nowhere. Takes cmark-gfm.
 """
 import base64
@@ -9,6 +10,7 @@ import os
 import re
 import subprocess
 import sys
+from urllib.parse import unquote
 
 STYLE = """
 :root { color-scheme: light dark; }
@@ -47,20 +49,28 @@ def embedded(folder, name):
         return "data:image/png;base64," + base64.b64encode(file.read()).decode("ascii")
 
 
-def page_of(guide):
+def body_of(guide):
+    """The page as HTML, and the name of its title."""
     with open(guide, encoding="utf-8") as file:
         source = file.read()
     body = subprocess.run(["cmark-gfm", "--to", "html", "--extension", "table"], input=source.encode("utf-8"),
                           stdout=subprocess.PIPE, check=True).stdout.decode("utf-8")
     body = re.sub(r"<h([1-6])>(.*?)</h\1>",
                   lambda found: f'<h{found[1]} id="{anchor(found[2])}">{found[2]}</h{found[1]}>', body)
-    body = re.sub(r'(<a href="#)([^"]*)', lambda found: found[1] + re.sub(
-        r"(?:%[0-9A-F]{2})+", lambda code: bytes.fromhex(code[0].replace("%", "")).decode("utf-8"), found[2]), body)
-    dead = set(re.findall(r'<a href="([^"]*)"', body)) - {f"#{name}" for name in re.findall(r' id="([^"]*)"', body)}
-    if dead:
-        sys.exit(f"{guide}: links that lead nowhere: {', '.join(sorted(dead))}")
+    body = re.sub(r'(<a href=")([^"]*)', lambda found: found[1] + unquote(found[2]), body)
     folder = os.path.dirname(guide)
     body = re.sub(r'(<img src=")([^"]*)', lambda found: found[1] + embedded(folder, found[2]), body)
+    return body, re.search(r'<h1 id="([^"]*)"', body)[1]
+
+
+def page_of(guides):
+    bodies, titles = zip(*map(body_of, guides))
+    body = "<hr>\n".join(bodies)
+    for guide, title in zip(map(os.path.basename, guides), titles):
+        body = body.replace(f'<a href="{guide}#', '<a href="#').replace(f'<a href="{guide}"', f'<a href="#{title}"')
+    dead = set(re.findall(r'<a href="([^"]*)"', body)) - {f"#{name}" for name in re.findall(r' id="([^"]*)"', body)}
+    if dead:
+        sys.exit(f"links that lead nowhere: {', '.join(sorted(dead))}")
     title = re.search(r"<h1[^>]*>(.*?)</h1>", body)[1]
     return (f'<!DOCTYPE html>\n<html lang="de">\n<head>\n<meta charset="utf-8">\n'
             f'<meta name="viewport" content="width=device-width, initial-scale=1">\n<title>{title}</title>\n'
@@ -68,10 +78,10 @@ def page_of(guide):
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) < 3:
         sys.exit(__doc__)
-    page = page_of(sys.argv[1])
-    with open(sys.argv[2], "w", encoding="utf-8", newline="\n") as file:
+    page = page_of(sys.argv[1:-1])
+    with open(sys.argv[-1], "w", encoding="utf-8", newline="\n") as file:
         file.write(page)
 
 

@@ -15,6 +15,7 @@ import zipfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 PROGRAM, GUIDE = "Vardeko.exe", "Anleitung.html"
+GUIDE_PAGES = "anleitung.md", "wiederherstellen.md"
 DEFAULT_EPOCH = "946684800"
 SIGN = os.path.join(ROOT, "scripts", "sign.sh")
 
@@ -70,7 +71,8 @@ def make_package(program, version, target):
         shutil.copyfile(program, os.path.join(folder, PROGRAM))
         sign(os.path.join(folder, PROGRAM))
         subprocess.run([sys.executable, os.path.join(ROOT, "scripts", "make_guide.py"),
-                        os.path.join(ROOT, "docs", "anleitung.md"), os.path.join(folder, GUIDE)], check=True)
+                        *(os.path.join(ROOT, "docs", page) for page in GUIDE_PAGES), os.path.join(folder, GUIDE)],
+                       check=True)
         make_zip(folder, paths[0], stem)
         make_setup(folder, paths[1], version)
     return paths

@@ -67,6 +67,7 @@ class Package(unittest.TestCase):
         self.assertGreater(len(links), 10)
         self.assertEqual(sorted(set(links) - {"#" + name for name in names}), [])
         self.assertEqual(len(names), len(set(names)), "two headings have the same name")
+        self.assertIn("#wenn-der-pc-verloren-ist-alles-zurückholen", links)
         pictures = re.findall(r'src="([^"]*)"', page)
         self.assertGreater(len(pictures), 5)
         for picture in pictures:

@@ -1,5 +1,6 @@
 """What is copied, how it lies in the backup, and what stops a run."""
 import os
+import shutil
 import time
 
 import backup_tree
@@ -202,6 +203,41 @@ class CopyCases(WholeRun):
         self.assertEqual(read(os.path.join(self.host, "Vardeko #001.dat")), damaged)
         self.assert_hash_table_names(["Daten/neu.txt"])
         self.assertEqual(self.run_program(), [])
+
+    def test_a_new_pc_takes_back_its_files_and_leaves_the_old_backup_alone(self):
+        for path in ("Daten/Brief.docx", "Daten/Fotos/Oma.jpg"):
+            self.make(path, b"2024", local_ns(2024, 5, 1, 12, 0, 0))
+        self.run_program()
+        backup = self.host
+        state = backup_tree.snapshot(backup)
+        # The same name and drive, and everything copied back before the first run: nothing is new.
+        shutil.rmtree(config_folder(PREFIX))
+        shutil.rmtree(self.source)
+        shutil.copytree(os.path.join(backup, "drive_Q"), self.source)
+        self.configure(SourceFolder("Q:\\Daten"))
+        self.assertEqual(self.run_program(), [])
+        self.assertEqual(backup_tree.snapshot(backup), state)
+        # Nothing copied back: the backup stays as it is, but a file made anew takes the place of its copy.
+        shutil.rmtree(self.source)
+        self.make("Daten/Brief.docx", b"2026")
+        self.assertEqual(self.run_program(), ["Daten/Brief.docx"])
+        self.assertEqual(read(self.copy("Daten/Brief.docx")), b"2026")
+        self.assertEqual(read(self.copy("Daten/Fotos/Oma.jpg")), b"2024")
+        # Another drive and another name: all of it once more, beside the former backup.
+        state = backup_tree.snapshot(backup)
+        map_drive(PREFIX, "r", self.source)
+        self.configure(SourceFolder("R:\\Daten"))
+        with self.computer_name("NEUERPC"):
+            self.run_program()
+        self.assertEqual(sorted(os.listdir(self.nas)), sorted([os.path.basename(backup), "NEUERPC"]))
+        self.assertEqual(read(os.path.join(self.nas, "NEUERPC", "drive_R", "Daten", "Brief.docx")), b"2026")
+        self.assertEqual(backup_tree.snapshot(backup), state)
+        # Unless the folders of the backup are given the new names.
+        shutil.rmtree(os.path.join(self.nas, "NEUERPC"))
+        os.rename(os.path.join(backup, "drive_Q"), os.path.join(backup, "drive_R"))
+        os.rename(backup, os.path.join(self.nas, "NEUERPC"))
+        with self.computer_name("NEUERPC"):
+            self.assertEqual(self.run_program(), [])
 
     def test_a_missing_destination_stops_the_run(self):
         self.make("Daten/x.txt")

@@ -104,6 +104,22 @@ class WholeRun(unittest.TestCase):
         finally:
             holder.communicate(timeout=20)
 
+    @contextlib.contextmanager
+    def computer_name(self, name):
+        """The computer has that name meanwhile."""
+        key = ["HKLM\\System\\CurrentControlSet\\Control\\ComputerName\\ComputerName", "/v", "ComputerName"]
+
+        def rename(to):
+            subprocess.run(["wine", "reg", "add", *key, "/d", to, "/f"], capture_output=True, check=True)
+
+        found = subprocess.run(["wine", "reg", "query", *key], capture_output=True, check=True).stdout
+        before = found.split()[-1].decode()
+        rename(name)
+        try:
+            yield
+        finally:
+            rename(before)
+
     def run_program(self, expected=ALL_COPIED, via=()):
         """One run; the copies it wrote, as paths below the folder of drive Q:.
 
