@@ -1,7 +1,7 @@
 #!/bin/bash
 # Takes pictures of the main window and of the empty and filled configuration from the real program at work on
 # made folders: those that a page shows into docs/images/, the others into build/pictures/.
-#   scripts/screenshots.sh [SCALE...]      100 150 200 when none is named
+#   scripts/screenshots.sh [SCALE...]      100, 150, 200 and 300 when none is named
 # Needs build/windows-x64/bin/Vardeko.exe.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -69,7 +69,7 @@ start() {
         sleep 0.1
     done
     xdotool windowsize --sync "$(window)" $((900 * scale / 100)) $((560 * scale / 100)) 2>/dev/null || true
-    xdotool mousemove 1990 1290
+    xdotool mousemove 2795 1795
     sleep 1
 }
 
@@ -81,7 +81,7 @@ close() {
 # Keys go to the window that was clicked last; the right half of the second bar does nothing.
 press() {
     xdotool mousemove --window "$(window)" $((700 * scale / 100)) $((80 * scale / 100)) click 1 key "$1"
-    xdotool mousemove 1990 1290
+    xdotool mousemove 2795 1795
 }
 
 # Waits for the end of a run, which writes the hash table.
@@ -111,17 +111,17 @@ configuration() {
     picture "$1" '^Config COPY$'
 }
 
-# The copies of some files have a folder in their way.
+# Some files have changed, and their copies have a folder in their way.
 put_folders_in_the_way() {
-    find "$nas" -type f -name 'Rechnung*' | sed -n '3~7p' | while read -r file; do
+    find "$nas" -type f -name 'Rechnung*' | sort | sed -n '3~7p' | while read -r file; do
         rm "$file"
         mkdir "$file"
+        find "$WINEPREFIX/drive_c/users/Petra" -name "$(basename "$file")" -exec touch {} +
     done
-    find "$nas" -name Vardeko.dat -delete
 }
 
-export WINE_SCREEN=2000x1300
-[ $# -gt 0 ] || set -- 100 150 200
+export WINE_SCREEN=2800x1800
+[ $# -gt 0 ] || set -- 100 150 200 300
 for scale in "$@"; do
     nas=$work/sicherung
     rm -rf "$work"
@@ -146,11 +146,6 @@ for scale in "$@"; do
     press F5
     sleep 2
     picture main-copying
-    press shift+F5
-    sleep 1
-    picture main-stopped
-    find "$nas" -mindepth 1 -delete
-    press F5
     copied
     picture main-copied
     press F5
@@ -158,7 +153,7 @@ for scale in "$@"; do
     picture main-unchanged
     put_folders_in_the_way
     press F5
-    copied
+    sleep 4
     picture main-errors
     rm "$WINEPREFIX/dosdevices/unc/nas/sicherung"
     press F5

@@ -96,8 +96,8 @@ TEST_F(TConfigScreenshots, DISABLED_Present) {
                                 .selection = {26, 235, 255},
                                 .selectionText = {0, 0, 0},
                                 .disabledText = {63, 242, 63}}));
-    Open();
     FocusCell(1, kDirectory);
+    RedrawWindow(window.Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
     Present("contrast");
     UseTheme(TTheme());
 }

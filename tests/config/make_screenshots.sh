@@ -11,7 +11,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$folder"
 for dpi in 96 144 192 288; do
-    VARDEKO_SCREENSHOTS=Z:${work//\//\\} WINE_DPI=$dpi "$in_wine" wine "$program" \
+    WINE_SCREEN=2800x1800 VARDEKO_SCREENSHOTS=Z:${work//\//\\} WINE_DPI=$dpi \
+        "$in_wine" wine "$program" \
         --gtest_also_run_disabled_tests --gtest_filter='TConfigScreenshots.*' >"$work/log" ||
         { cat "$work/log" >&2; exit 1; }
 done
