@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "engine/scan_folders.h"
+#include "engine/thread_manner.h"
 #include "support/date_time_text.h"
-#include "support/handles.h"
 #include "support/system_error.h"
 #include "texts/problem_text.h"
 #include "texts/run_texts.h"
@@ -17,24 +17,8 @@ namespace {
 constexpr std::uint32_t kWaitForPreparation = 50;
 constexpr std::uint32_t kWaitForTask = 5000;
 
-void ApplyThreadPriority(TTaskPriority level) {
-    constexpr int kLevels[] = {THREAD_PRIORITY_IDLE,         THREAD_PRIORITY_LOWEST,
-                               THREAD_PRIORITY_BELOW_NORMAL, THREAD_PRIORITY_NORMAL,
-                               THREAD_PRIORITY_ABOVE_NORMAL, THREAD_PRIORITY_HIGHEST};
-    SetThreadPriority(GetCurrentThread(), kLevels[static_cast<std::size_t>(level)]);
-}
-
 bool Controls(const std::unique_ptr<IOmniTaskControl>& control, const IOmniTask& task) {
     return control && control->Task().get() == &task;
-}
-
-// A call to a network drive that does not answer lasts up to a minute.
-std::function<void()> BreakOffCallsOfThisThread() {
-    TKernelHandle thread;
-    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), thread.Receive(),
-                    THREAD_TERMINATE, FALSE, 0);
-    return
-        [thread = std::make_shared<TKernelHandle>(std::move(thread))] { CancelSynchronousIo(thread->Get()); };
 }
 
 }  // namespace
