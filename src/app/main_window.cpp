@@ -142,6 +142,11 @@ void TfmMain::FormShow() {
     CloseAfterCopy = false;
     dataModule_->SetMessage = [this](TDM&, const std::wstring& text, TMessagePos kind,
                                      const std::wstring& reason) { SetMessage(text, kind, reason); };
+    dataModule_->WhileWaiting = [this](TDM&) {
+        if (Exists()) {
+            AfterReport();
+        }
+    };
     dataModule_->DoNasFinishMsg = [this](TDM&) { DoNasFinishMsg(); };
     dataModule_->myHandle = Handle();
     dataModule_->SetUnattended(commandLine_.copy);
@@ -207,6 +212,9 @@ void TfmMain::acStopCopyExecute() {
     acShutDown.SetImage(TImageIndex::ShutDown);
     SetCurrentFile(L"");
     dataModule_->StopCopy();
+    // Answered at once, also when what is under way takes some seconds to end.
+    UpdateActions();
+    ShowChanges();
     EndOfRun();
     AddStatusLine(MainTexts::StoppedByUser(Now()));
     ShowChanges();

@@ -1,4 +1,7 @@
 // The half of a run that copies: its pass over the files that wait.
+#include <chrono>
+#include <exception>
+#include <iterator>
 #include <utility>
 
 #include "engine/copy_progress.h"
@@ -6,10 +9,9 @@
 #include "engine/destination_wait.h"
 #include "engine/error_log.h"
 #include "engine/file_size_text.h"
-#include "engine/safe_copy.h"
 #include "engine/tdm.h"
 #include "hashdb/destination_folder.h"
-#include "support/file_identity.h"
+#include "support/case_folding.h"
 #include "support/path_hash.h"
 #include "support/path_text.h"
 #include "support/system_error.h"
@@ -18,9 +20,31 @@
 
 namespace {
 
-// Smaller files are copied without telling their progress.
-constexpr std::int64_t kProgressThreshold = 64 * 1024 * 1024;  // bytes
 constexpr unsigned kInterruptionsOfOneFile = 3;
+// Milliseconds between two looks at the window's messages while a copy is waited for.
+constexpr std::uint32_t kLookInterval = 30;
+// How long a copy that is under way at a stop may take, and how long one that is broken off then.
+constexpr std::chrono::seconds kWaitForCopies{5};
+constexpr std::uint32_t kWaitForFreedCopies = 2000;  // milliseconds
+
+// "report.txt" for "report #001.txt".
+std::wstring WithoutNumber(std::wstring_view path) {
+    const std::wstring_view extension = ExtensionPart(path);
+    const std::wstring_view base = path.substr(0, path.size() - extension.size());
+    return std::wstring(IsNumberedName(FileNamePart(path)) ? base.substr(0, base.rfind(L" #")) : base) +
+           std::wstring(extension);
+}
+
+class TAtHand {
+public:
+    explicit TAtHand(bool& flag) : flag_(flag) { flag_ = true; }
+    TAtHand(const TAtHand&) = delete;
+    TAtHand& operator=(const TAtHand&) = delete;
+    ~TAtHand() { flag_ = false; }
+
+private:
+    bool& flag_;
+};
 
 }  // namespace
 
@@ -37,8 +61,25 @@ void TCopyRun::CopyFiles() {
 }
 
 void TCopyRun::CopyWaitingFiles() {
-    while (!CopyFileList.empty() && !stopped_ && !waitTask_) {
-        CopyNextFile();
+    for (;;) {
+        BeginFiles();
+        if (stopped_) {
+            return FinishFiles(with_.whileWaiting);
+        }
+        if (!underWay_.empty()) {
+            if (!TakeFile(kLookInterval)) {
+                TellWhatIsWaitedFor();
+                with_.whileWaiting();
+            }
+            TakeErrorLines(0);
+        } else if (!interrupted_.empty()) {
+            AwaitDestination();
+        } else if (errorLines_ && errorLines_->Count() > 0) {
+            TakeErrorLines(kLookInterval);
+            with_.whileWaiting();
+        } else if (CopyFileList.empty() || waitTask_) {
+            return;
+        }
     }
 }
 
@@ -60,94 +101,162 @@ void TCopyRun::TakeFailedFilesAgain() {
     }
 }
 
-void TCopyRun::CopyNextFile() {
-    const std::wstring source = std::move(CopyFileList.front());
-    CopyFileList.pop_front();
-    // The only question about the source: existence, size and times together.
-    TAttributes attributes = QueryAttributes(with_.calls, source);
-    if (attributes.Exists() && (attributes.data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-        // What is copied is the file that a link leads to.
-        attributes = QueryAttributesBehindLink(with_.calls, source);
-    }
-    if (attributes.IsFolder() || IsMissing(attributes.error)) {
-        // Gone since the scan saw it, alone or with all that is around it.
-        if (const auto problem = sourceRoots_->Missed(source)) {
-            ReportFailure(*problem);
-        }
-        return;
-    }
-    Report(source, TMessagePos::Status);
-    if (!attributes.Exists()) {
-        // Out of reach is not gone: a file that stays without its copy must be told.
-        FileFailed(source, attributes.error);
-    } else {
-        const std::wstring folder(
-            RemoveTrailingSeparator(DestinationFolder(destination_.nas, destination_.host, source)));
-        if (!MakeFolder(source, folder)) {
+void TCopyRun::BeginFiles() {
+    while (!CopyFileList.empty() && underWay_.size() < mostUnderWay_ && interrupted_.empty() && !waitTask_ &&
+           !stopped_) {
+        const std::shared_ptr<TCopyJob> job = NextJob();
+        if (!targetsUnderWay_.insert(job->targetKey).second) {
             return;
         }
-        CopyOneFile(source, folder, attributes);
+        CopyFileList.pop_front();
+        folder_ = job->folder;
+        underWay_.push_back(job);
+        copies_->Add([ground = ground_, job] { return DoCopyJob(*ground, *job); });
     }
-    if (!waitTask_) {
-        Report(std::wstring(FileNamePart(source)), TMessagePos::FileMsg);
+}
+
+std::shared_ptr<TCopyJob> TCopyRun::NextJob() const {
+    auto job = std::make_shared<TCopyJob>();
+    job->source = CopyFileList.front();
+    std::wstring folder(
+        RemoveTrailingSeparator(DestinationFolder(destination_.nas, destination_.host, job->source)));
+    job->target = folder + L"\\" + std::wstring(FileNamePart(job->source));
+    // The current row's switch counts, whichever row the file comes from.
+    job->moveAside = with_.memData.Current().History.value_or(false);
+    // An earlier copy that is moved aside may get the name of another file.
+    job->targetKey = FoldedCase(job->moveAside ? WithoutNumber(job->target) : job->target);
+    job->folder =
+        folder_ && folder_->Path() == folder ? folder_ : std::make_shared<TFolderToMake>(std::move(folder));
+    return job;
+}
+
+bool TCopyRun::TakeFile(std::uint32_t maxWait) {
+    const std::shared_ptr<TCopyJob> job = underWay_.front();
+    std::optional<TCopyOutcome> outcome;
+    std::exception_ptr mistake;
+    try {
+        outcome = copies_->TakeFirst(maxWait);
+        if (!outcome) {
+            return false;
+        }
+    } catch (...) {
+        mistake = std::current_exception();
     }
+    underWay_.pop_front();
+    targetsUnderWay_.erase(job->targetKey);
+    if (mistake) {
+        std::rethrow_exception(mistake);
+    }
+    if (outcome->kind == TCopyOutcome::TKind::Large && !stopped_) {
+        outcome = CopyLargeFile(*job, outcome->attributes);
+    }
+    FileDone(*job, *outcome);
+    return true;
+}
+
+void TCopyRun::TellWhatIsWaitedFor() {
+    const std::shared_ptr<TCopyJob> job = underWay_.front();
+    if (job->isThere && !std::exchange(job->isTold, true)) {
+        Report(job->source, TMessagePos::Status);
+    }
+}
+
+// What is under way when the run is stopped has some seconds to end; then it is freed from what it is stuck
+// in, and left to itself when that does not help either.
+void TCopyRun::FinishFiles(const std::function<void()>& whileWaiting) {
+    if (largeAtHand_ || !copies_ || filesAreFinished_) {
+        return;  // the large one is told first
+    }
+    // Asked again after each wait, which may have let in another call of this.
+    const auto waits = [this] {
+        return !filesAreFinished_ && (!underWay_.empty() || errorLines_->Count() > 0);
+    };
+    const auto until = std::chrono::steady_clock::now() + kWaitForCopies;
+    while (waits() && std::chrono::steady_clock::now() < until) {
+        const bool hasTaken = !underWay_.empty() && TakeFile(kLookInterval);
+        TakeErrorLines(underWay_.empty() ? kLookInterval : 0);
+        if (!hasTaken && whileWaiting) {
+            whileWaiting();
+        }
+    }
+    ground_->givenUp = true;
+    copies_->End(kWaitForFreedCopies, whileWaiting);
+    while (!underWay_.empty()) {
+        if (!TakeFile(0)) {
+            const std::shared_ptr<TCopyJob> job = underWay_.front();
+            underWay_.pop_front();
+            if (job->begun) {
+                FileDone(*job, {.kind = TCopyOutcome::TKind::CopyFailed, .error = ERROR_TIMEOUT});
+            }
+        }
+    }
+    errorLines_->End(kWaitForFreedCopies, whileWaiting);
+    filesAreFinished_ = true;
+}
+
+void TCopyRun::FileDone(TCopyJob& job, const TCopyOutcome& outcome) {
+    using enum TCopyOutcome::TKind;
+    if (outcome.kind == NotBegun || outcome.kind == Large) {
+        return;  // the run was stopped before
+    }
+    if (outcome.kind == SourceMissing) {
+        if (outcome.lostFolder) {
+            ReportFailure(*outcome.lostFolder);
+        }
+        // A whole tree may be missing, without a report.
+        return with_.whileWaiting();
+    }
+    if (!std::exchange(job.isTold, true)) {
+        Queue(job.source, TMessagePos::Status);
+    }
+    if (outcome.destinationIsGone && !stopped_) {
+        // Each further file would wait out the network. The file waits with the others until it answers; a
+        // drop-out of some seconds is no reason to end a night's run.
+        interrupted_.push_back(job.source);
+    } else if (outcome.kind == FolderFailed) {
+        FolderNotMade(job, outcome.error);
+    } else {
+        if (outcome.kind == Copied) {
+            FileCopied(job, outcome);
+        } else {
+            FileFailed(job.source, outcome.error);
+        }
+        Queue(std::wstring(FileNamePart(job.source)), TMessagePos::FileMsg);
+    }
+    ReportQueued();
+}
+
+TCopyOutcome TCopyRun::CopyLargeFile(TCopyJob& job, const TAttributes& attributes) {
+    if (!std::exchange(job.isTold, true)) {
+        Report(job.source, TMessagePos::Status);
+    }
+    if (stopped_) {
+        return {};
+    }
+    const TAtHand atHand(largeAtHand_);
+    return CopyWithProgress(*ground_, job, attributes, &CopyProgressRoutine, with_.progressWindow);
 }
 
 // Only the run's log tells of a folder that cannot be made.
-bool TCopyRun::MakeFolder(const std::wstring& source, const std::wstring& folder) {
-    if (folder == knownFolder_) {
-        return true;
+void TCopyRun::FolderNotMade(const TCopyJob& job, TErrorCode error) {
+    const std::wstring& folder = job.folder->Path();
+    if (std::exchange(refusedFolder_, folder) != folder) {
+        log_.Problem({.what = TProblemKind::FolderNotMade, .path = folder, .code = error});
     }
-    // This computer's folder itself is never made again: when it is missing, so is the destination's disk.
-    const TErrorCode error = FolderExists(with_.calls, folder)
-                                 ? ERROR_SUCCESS
-                                 : CreateFoldersBelow(with_.calls, destination_.HostFolder(), folder);
-    if (error == ERROR_SUCCESS) {
-        knownFolder_ = folder;
-        return true;
-    }
-    if (!DestinationIsGone(source)) {
-        if (std::exchange(refusedFolder_, folder) != folder) {
-            log_.Problem({.what = TProblemKind::FolderNotMade, .path = folder, .code = error});
-        }
-        log_.Problem({.what = TProblemKind::CopyFailed, .path = source, .code = error});
-        failedFiles_.push_back(source);
-    }
-    return false;
+    log_.Problem({.what = TProblemKind::CopyFailed, .path = job.source, .code = error});
+    failedFiles_.push_back(job.source);
 }
 
-void TCopyRun::CopyOneFile(const std::wstring& source, const std::wstring& folder,
-                           const TAttributes& attributes) {
-    const std::wstring target = folder + L"\\" + std::wstring(FileNamePart(source));
-    const TFileTimes times = attributes.Times();
-    const bool isLarge = attributes.Size() >= kProgressThreshold;
-    const TCopyResult copied =
-        CopyFileSafely(with_.calls, destinationTraits_,
-                       {.source = source,
-                        .target = target,
-                        .size = attributes.Size(),
-                        .times = &times,
-                        // The current row's switch counts, whichever row the file comes from.
-                        .moveAside = with_.memData.Current().History.value_or(false),
-                        .progressRoutine = isLarge ? &CopyProgressRoutine : nullptr,
-                        .progressData = isLarge ? with_.progressWindow : nullptr});
-    if (copied.error != ERROR_SUCCESS) {
-        // The folder may be gone: the next file asks again.
-        knownFolder_.clear();
-        FileFailed(source, copied.error);
-        return;
-    }
+void TCopyRun::FileCopied(const TCopyJob& job, const TCopyOutcome& outcome) {
     ++copiedFiles_;
-    CopiedBytes += copied.bytes;
-    Report(TDM::FormatFileSize(static_cast<double>(CopiedBytes)), TMessagePos::Bytes);
-    Report(source, TMessagePos::Memo);
-    with_.nasData.RecordCopiedFile(PathDigest(source), localTime_.ToLocal(times.lastWrite));
+    CopiedBytes += outcome.copied.bytes;
+    with_.nasData.RecordCopiedFile(PathDigest(job.source),
+                                   localTime_.ToLocal(outcome.attributes.data.ftLastWriteTime));
+    Queue(TDM::FormatFileSize(static_cast<double>(CopiedBytes)), TMessagePos::Bytes);
+    Queue(job.source, TMessagePos::Memo);
 }
 
 void TCopyRun::FileFailed(const std::wstring& source, TErrorCode error) {
-    if (DestinationIsGone(source)) {
-        return;
-    }
     const TProblem problem{.what = TProblemKind::CopyFailed, .path = source, .code = error};
     log_.Problem(problem);
     failedFiles_.push_back(source);
@@ -155,35 +264,36 @@ void TCopyRun::FileFailed(const std::wstring& source, TErrorCode error) {
         // It has its row and its line from the first attempt.
         return;
     }
-    Report(source, TMessagePos::Error, ProblemText(problem, &SystemErrorText));
+    Queue(source, TMessagePos::Error, ProblemText(problem, &SystemErrorText));
     WriteErrorLine(source);
 }
 
 void TCopyRun::WriteErrorLine(const std::wstring& source) {
-    const std::wstring log = destination_.ErrorLog();
-    const TErrorCode error = WriteErrorLog(with_.calls, log, ErrorLogText(source));
-    if (error != ERROR_SUCCESS && !std::exchange(errorLogFailed_, true)) {
-        // One row is enough, however many lines cannot be written.
-        ReportFailure({.what = TProblemKind::FileNotWritten, .path = log, .code = error});
+    errorLines_->Add([&calls = with_.calls, log = destination_.ErrorLog(), text = ErrorLogText(source)] {
+        return WriteErrorLog(calls, log, text);
+    });
+}
+
+void TCopyRun::TakeErrorLines(std::uint32_t maxWait) {
+    while (const std::optional<TErrorCode> error = errorLines_->TakeFirst(maxWait)) {
+        if (*error != ERROR_SUCCESS && !std::exchange(errorLogFailed_, true)) {
+            // One row is enough, however many lines cannot be written.
+            ReportFailure(
+                {.what = TProblemKind::FileNotWritten, .path = destination_.ErrorLog(), .code = *error});
+        }
     }
 }
 
-// When the destination itself does not answer any more, each further file would wait out the network. The
-// file waits with the others until it does; a drop-out of some seconds is no reason to end a night's run.
-bool TCopyRun::DestinationIsGone(const std::wstring& source) {
-    // A drive that is no longer connected answers "not found". A refusal is an answer, too.
-    const TAttributes folder = QueryAttributes(with_.calls, destination_.HostFolder());
-    if (stopped_ || folder.Exists() || folder.error == ERROR_ACCESS_DENIED) {
-        return false;
-    }
-    CopyFileList.push_front(source);
-    interruptions_ = source == interruptedAt_ ? interruptions_ + 1 : 1;
-    interruptedAt_ = source;
+void TCopyRun::AwaitDestination() {
+    const std::wstring first = interrupted_.front();
+    CopyFileList.insert(CopyFileList.begin(), std::make_move_iterator(interrupted_.begin()),
+                        std::make_move_iterator(interrupted_.end()));
+    interrupted_.clear();
+    interruptions_ = first == interruptedAt_ ? interruptions_ + 1 : 1;
+    interruptedAt_ = first;
     if (interruptions_ > kInterruptionsOfOneFile) {
-        DestinationLost();
-        return true;
+        return DestinationLost();
     }
-    Report(WaitingForDestinationText(destination_.nas), TMessagePos::Status);
     cameBack_ = std::make_shared<bool>(false);
     waitTask_ = MakeTask(
         [cameBack = cameBack_, folder = destination_.HostFolder(), &calls = with_.calls](IOmniTask& task) {
@@ -191,7 +301,7 @@ bool TCopyRun::DestinationIsGone(const std::wstring& source) {
         },
         L"AwaitDestination", TTaskPriority::Normal);
     waitTask_->Run();
-    return true;
+    Report(WaitingForDestinationText(destination_.nas), TMessagePos::Status);
 }
 
 // The run is brought to its end; the next one copies what is missing.

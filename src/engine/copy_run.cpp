@@ -17,6 +17,9 @@ namespace {
 constexpr std::uint32_t kWaitForPreparation = 50;
 constexpr std::uint32_t kWaitForTask = 5000;
 
+// How many files may be copied and not yet told while the first of them takes its time.
+constexpr std::size_t kUntoldForEachThread = 4;
+
 bool Controls(const std::unique_ptr<IOmniTaskControl>& control, const IOmniTask& task) {
     return control && control->Task().get() == &task;
 }
@@ -32,7 +35,8 @@ TCopyRun::TCopyRun(TRunSurroundings surroundings)
 }
 
 TCopyRun::~TCopyRun() {
-    EndTasks({});
+    Stop();
+    EndTheTasks({});
 }
 
 std::unique_ptr<IOmniTaskControl> TCopyRun::MakeTask(TTaskMethod method, std::wstring name,
@@ -47,6 +51,10 @@ std::unique_ptr<IOmniTaskControl> TCopyRun::MakeTask(TTaskMethod method, std::ws
 void TCopyRun::Prepare(TRunSettings settings) {
     destination_ = {.nas = std::move(settings.nas), .host = with_.hostName};
     fetchCloudFiles_ = settings.fetchCloudFiles;
+    ground_ = std::make_shared<TCopyGround>(with_.calls, sourceRoots_, destination_.HostFolder());
+    copies_ = std::make_unique<TJobsInOrder<TCopyOutcome>>(settings.parallel, &BreakOffCallsOfThisThread);
+    errorLines_ = std::make_unique<TJobsInOrder<TErrorCode>>(1, &BreakOffCallsOfThisThread);
+    mostUnderWay_ = settings.parallel == 1 ? 1 : settings.parallel * kUntoldForEachThread;
     log_.Destination(destination_.HostFolder());
     preparation_ = std::make_shared<TPreparation>();
     const auto order = std::make_shared<TPreparationOrder>();
@@ -171,6 +179,9 @@ bool TCopyRun::HasWork() const {
 
 void TCopyRun::Stop() {
     stopped_ = true;
+    if (ground_) {
+        ground_->stopped = true;
+    }
     for (const auto* task : {&preparationTask_, &FScanTask, &waitTask_}) {
         if (*task) {
             (*task)->Terminate(0);
@@ -180,6 +191,11 @@ void TCopyRun::Stop() {
 
 void TCopyRun::EndTasks(const std::function<void()>& whileWaiting) {
     Stop();
+    FinishFiles(whileWaiting);
+    EndTheTasks(whileWaiting);
+}
+
+void TCopyRun::EndTheTasks(const std::function<void()>& whileWaiting) {
     if (const auto preparation = std::move(preparationTask_)) {
         preparation->Terminate(kWaitForPreparation, whileWaiting);
         // With the claim that it may have taken: nobody asks for it any more.
@@ -193,7 +209,20 @@ void TCopyRun::EndTasks(const std::function<void()>& whileWaiting) {
 }
 
 void TCopyRun::Report(const std::wstring& text, TMessagePos kind, const std::wstring& reason) {
-    with_.report(text, kind, reason);
+    Queue(text, kind, reason);
+    ReportQueued();
+}
+
+void TCopyRun::Queue(const std::wstring& text, TMessagePos kind, const std::wstring& reason) {
+    reports_.push_back({text, kind, reason});
+}
+
+void TCopyRun::ReportQueued() {
+    while (!reports_.empty()) {
+        const TQueuedReport report = std::move(reports_.front());
+        reports_.pop_front();
+        with_.report(report.text, report.kind, report.reason);
+    }
 }
 
 void TCopyRun::ReportFailure(const TProblem& problem) {

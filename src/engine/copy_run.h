@@ -7,13 +7,16 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
+#include "engine/copy_job.h"
+#include "engine/jobs_in_order.h"
 #include "engine/message_kind.h"
 #include "engine/run_log.h"
 #include "engine/run_preparation.h"
-#include "engine/safe_copy.h"
 #include "engine/source_roots.h"
 #include "engine/task_runtime.h"
 #include "hashdb/stored_hash_table.h"
@@ -39,6 +42,8 @@ struct TRunSurroundings {
     std::shared_ptr<TShareLogon> shareLogon;
     TOmniEventMonitor& monitor;
     TReportSink report;
+    // Called some ten times a second while a copy is waited for; may process window messages.
+    std::function<void()> whileWaiting;
     HWND progressWindow;
     bool unattended;
 };
@@ -50,6 +55,7 @@ struct TRunSettings {
     TSecret user;
     TSecret password;
     bool fetchCloudFiles = false;
+    std::size_t parallel = 1;  // small files copied at the same time
 };
 
 // How much of a run went wrong.
@@ -63,7 +69,11 @@ struct TRunFailures {
 
 // The run from TDM.StartCopy to its end: its destination, its tasks, the list of files that wait, what was
 // copied and what failed. A new run is a new object; one that was stopped does nothing more but finish the
-// file at hand. Belongs to the window's thread.
+// files under way. Belongs to the window's thread.
+//
+// Small files are copied on threads of their own, several at a time, and told and recorded here in the order
+// of the list. Wherever this reports or waits, the window may process messages, and with them a stop, which
+// tells what is left: so nothing here is remembered across a report but in members.
 //
 // In turn there run a task that prepares, one that scans, and, while the destination is out of reach for a
 // moment, one that waits for it.
@@ -93,8 +103,8 @@ public:
 
     // Copies nothing more. The tasks are asked to end, not waited for.
     void Stop();
-    // Stops, and waits for the tasks to end, some seconds at most: what is stuck after that in a call of the
-    // system is left to itself.
+    // Stops, tells what comes of the files under way, and waits for the tasks to end, some seconds at most:
+    // what is stuck after that in a call of the system is left to itself.
     void EndTasks(const std::function<void()>& whileWaiting);
 
     // A row about something that failed, which keeps the run from being a success.
@@ -106,20 +116,37 @@ public:
     std::uint64_t MissingFolders() const { return missingFolders_; }
 
 private:
+    struct TQueuedReport {
+        std::wstring text;
+        TMessagePos kind;
+        std::wstring reason;
+    };
+
     void Report(const std::wstring& text, TMessagePos kind, const std::wstring& reason = {});
     std::unique_ptr<IOmniTaskControl> MakeTask(TTaskMethod method, std::wstring name, TTaskPriority priority);
 
     void TellProblem(const TProblem& problem);
     void TellLostFolders();
+    void Queue(const std::wstring& text, TMessagePos kind, const std::wstring& reason = {});
+    void ReportQueued();
+    void EndTheTasks(const std::function<void()>& whileWaiting);
+
     void CopyWaitingFiles();
     void TakeFailedFilesAgain();
-    void CopyNextFile();
-    bool MakeFolder(const std::wstring& source, const std::wstring& folder);
-    void CopyOneFile(const std::wstring& source, const std::wstring& folder, const TAttributes& attributes);
+    void BeginFiles();
+    std::shared_ptr<TCopyJob> NextJob() const;
+    // Tells what came of the first file under way; false when it has not ended after `maxWait` milliseconds.
+    bool TakeFile(std::uint32_t maxWait);
+    void TellWhatIsWaitedFor();
+    void FinishFiles(const std::function<void()>& whileWaiting);
+    void FileDone(TCopyJob& job, const TCopyOutcome& outcome);
+    TCopyOutcome CopyLargeFile(TCopyJob& job, const TAttributes& attributes);
+    void FileCopied(const TCopyJob& job, const TCopyOutcome& outcome);
     void FileFailed(const std::wstring& source, TErrorCode error);
+    void FolderNotMade(const TCopyJob& job, TErrorCode error);
     void WriteErrorLine(const std::wstring& source);
-    // False when the destination answers: then the file itself is at fault.
-    bool DestinationIsGone(const std::wstring& source);
+    void TakeErrorLines(std::uint32_t maxWait);
+    void AwaitDestination();
     void DestinationLost();
 
     const TRunSurroundings with_;
@@ -139,8 +166,21 @@ private:
     std::shared_ptr<bool> cameBack_;
     std::unique_ptr<TDestinationClaim> claim_;
 
-    TDestinationTraits destinationTraits_;
+    std::shared_ptr<TCopyGround> ground_;
     std::deque<std::wstring> CopyFileList;
+    // Reports that follow, also when the one before them has let in a stop.
+    std::deque<TQueuedReport> reports_;
+    // The files that were begun and not told, in the order of the list, and their copies.
+    std::deque<std::shared_ptr<TCopyJob>> underWay_;
+    std::unordered_set<std::wstring> targetsUnderWay_;
+    std::unique_ptr<TJobsInOrder<TCopyOutcome>> copies_;
+    std::size_t mostUnderWay_ = 1;
+    bool largeAtHand_ = false;  // up the stack
+    bool filesAreFinished_ = false;
+    // Those that failed because the destination is away.
+    std::deque<std::wstring> interrupted_;
+    // "Error.log" lies on the destination.
+    std::unique_ptr<TJobsInOrder<TErrorCode>> errorLines_;
     std::int64_t CopiedBytes = 0;
     std::uint64_t copiedFiles_ = 0;
     // Tried once more at the end of the run.
@@ -154,8 +194,8 @@ private:
     bool isLost_ = false;
     bool errorLogFailed_ = false;
     bool closed_ = false;
-    // The destination folder that the last file went to, known to exist.
-    std::wstring knownFolder_;
+    // That of the last file begun.
+    std::shared_ptr<TFolderToMake> folder_;
     // The last one that could not be made.
     std::wstring refusedFolder_;
     // The file at which the destination was last out of reach, and how often: it is not waited for for ever.

@@ -148,6 +148,10 @@ private:
     }
 
     TErrorCode PutInPlace() {
+        if (copy_.givenUp != nullptr && *copy_.givenUp) {
+            // A copy that was stuck for long could replace one that was made since.
+            return ERROR_OPERATION_ABORTED;
+        }
         if (traits_.renamesOnlyByPath) {
             if (const TErrorCode error = file_->Close()) {
                 return error;

@@ -28,6 +28,7 @@ struct TSafeCopy {
     const TFileTimes* times = nullptr;             // written onto the copy; none: as CopyFileExW leaves them
     bool moveAside = false;                        // the earlier copy keeps a numbered name
     bool targetMayBeSource = false;                // asks whether both are one file, which costs six calls
+    const std::atomic<bool>* givenUp = nullptr;    // set by whoever waits no more: no name is taken then
     LPPROGRESS_ROUTINE progressRoutine = nullptr;  // may stop the copy
     void* progressData = nullptr;
 };

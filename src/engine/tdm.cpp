@@ -102,6 +102,7 @@ void TDM::LoadRunSettings() {
     NAS = settings.DestinationRoot();
     UseConnect = settings.CONNECT.value;
     fetchCloudFiles_ = settings.CLOUD;
+    parallel_ = settings.PARALLEL;
     AUser = std::move(settings.USER.value);
     APass = std::move(settings.PASS.value);
 }
@@ -124,6 +125,12 @@ void TDM::StartCopy() {
                          .monitor = OmniEventMonitor,
                          .report = [this](const std::wstring& text, TMessagePos kind,
                                           const std::wstring& reason) { Report(text, kind, reason); },
+                         .whileWaiting =
+                             [this] {
+                                 if (WhileWaiting) {
+                                     WhileWaiting(*this);
+                                 }
+                             },
                          .progressWindow = myHandle,
                          .unattended = unattended_});
     try {
@@ -132,7 +139,8 @@ void TDM::StartCopy() {
                        .useConnect = UseConnect,
                        .user = std::move(AUser),
                        .password = std::move(APass),
-                       .fetchCloudFiles = fetchCloudFiles_});
+                       .fetchCloudFiles = fetchCloudFiles_,
+                       .parallel = parallel_});
     } catch (const std::exception& error) {
         // Nothing is scanned: the next tick finds the run ended.
         run_->ReportFailure(ProblemOf(error));

@@ -28,6 +28,9 @@ class TDM;
 // whoever receives it may process window messages.
 using TNasMessageEvent =
     std::function<void(TDM& sender, const std::wstring& text, TMessagePos kind, const std::wstring& reason)>;
+// A wait of the engine on the window's thread, some ten times a second; as with a report, window messages may
+// be processed.
+using TNasWaitEvent = std::function<void(TDM& sender)>;
 // A run has ended by itself.
 using TNasFinishEvent = std::function<void(TDM& sender)>;
 
@@ -96,6 +99,7 @@ public:
     void CopyTimerTimer();
 
     TNasMessageEvent SetMessage;
+    TNasWaitEvent WhileWaiting;
     TNasFinishEvent DoNasFinishMsg;
     HWND myHandle = nullptr;
 
@@ -125,6 +129,7 @@ private:
 
     std::shared_ptr<TShareLogon> shareLogon_;
     bool fetchCloudFiles_ = false;
+    unsigned parallel_ = 1;
     TSecret AUser;
     TSecret APass;
     DWORD Res = 0;

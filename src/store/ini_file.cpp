@@ -180,13 +180,18 @@ std::optional<std::wstring> TIniFile::Text(std::wstring_view section, std::wstri
 }
 
 bool TIniFile::Boolean(std::wstring_view section, std::wstring_view key, bool defaultValue) const {
+    const std::optional<std::int32_t> number = Number(section, key);
+    return number ? *number != 0 : defaultValue;
+}
+
+std::optional<std::int32_t> TIniFile::Number(std::wstring_view section, std::wstring_view key) const {
     const std::string number = ToUtf8(Text(section, key).value_or(L""));
     std::int32_t value = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
     if (error != std::errc() || end != number.data() + number.size()) {
-        return defaultValue;
+        return std::nullopt;
     }
-    return value != 0;
+    return value;
 }
 
 void TIniFile::SetText(std::wstring_view section, std::wstring_view key, std::wstring_view value) {

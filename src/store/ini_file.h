@@ -1,6 +1,7 @@
 // Settings text in sections, as "NASConf.ini" holds it.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,8 @@ public:
     std::optional<std::wstring> Text(std::wstring_view section, std::wstring_view key) const;
     // True for every whole number but 0; the default when the key is missing or its value is no number.
     bool Boolean(std::wstring_view section, std::wstring_view key, bool defaultValue) const;
+    // Nothing when the key is missing or its value is no whole number of 32 bits.
+    std::optional<std::int32_t> Number(std::wstring_view section, std::wstring_view key) const;
 
     // Sets a value; one that is as wanted is left as it is written. A missing key is added behind the last
     // one of its section, a missing section at the end. A value that Text would not give back as it is is put

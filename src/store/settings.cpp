@@ -13,6 +13,7 @@
 namespace {
 
 constexpr std::wstring_view kSection = L"CONFIG";
+constexpr std::int32_t kMostParallel = 32;
 
 // Every setting with its key, in the order of the file: CONNECT before the credentials, which it asks for.
 template <typename TSettingsOrConst, typename TVisit>
@@ -86,7 +87,10 @@ std::vector<TProblem> Read(const TPlatformCalls& calls, const std::wstring& iniP
     const TIniFile ini(bytes, TSystemCodePage());
     std::vector<TProblem> problems;
     ForEachSetting(settings, TReader{ini, settings, credentials, iniPath, problems});
-    settings.CLOUD = ini.Boolean(kSection, L"CLOUD", false);
+    settings.CLOUD = ini.Boolean(kSection, L"CLOUD", settings.CLOUD);
+    if (const auto parallel = ini.Number(kSection, L"PARALLEL"); parallel >= 1 && parallel <= kMostParallel) {
+        settings.PARALLEL = static_cast<unsigned>(*parallel);
+    }
     return problems;
 }
 

@@ -43,6 +43,8 @@ struct TSettings {
 
     // Without a control, so never written: files that are only in the cloud are fetched and copied, too.
     bool CLOUD = false;
+    // The same: how many small files are copied at the same time, 1 to 32.
+    unsigned PARALLEL = 8;
 
     // The destination root as a run needs it: one trailing "\" removed, upper case in the user's language.
     std::wstring DestinationRoot() const;
