@@ -3,6 +3,9 @@
 //   run_bench copy SOURCE NAS ROUNDS    many small files with the window on the screen
 //   run_bench calls SOURCE NAS          calls to the destination, per file copied and per file unchanged, and
 //                                       what they would take where each lasts a millisecond
+//   run_bench far SOURCE NAS ROUNDS [MILLISECONDS]
+//                                       a whole run with eight files at a time and with one, without a
+//                                       window; each call lasts that much longer, in the thread that makes it
 //   run_bench large FILE NAS ROUNDS     one large file
 //   run_bench flush SOURCE NAS ROUNDS [MILLISECONDS]
 //                                       what waiting for the disk costs, one and eight files at a time; each
@@ -40,12 +43,13 @@ public:
 // One run of the program's own parts; the waits of the copy timer are left out.
 class TMeasuredRun {
 public:
-    TMeasuredRun(const TPlatformCalls& calls, const std::wstring& source, const std::wstring& nas)
+    TMeasuredRun(const TPlatformCalls& calls, const std::wstring& source, const std::wstring& nas,
+                 unsigned parallel = 8)
         : dataModule_(calls) {
         std::ofstream settings(
             std::filesystem::path(ConfigurationFolder(SystemPlatformCalls()) + L"\\NASConf.ini"),
             std::ios::binary);
-        settings << "[CONFIG]\r\nNASDIR=" << ToUtf8(nas) << "\r\n";
+        settings << "[CONFIG]\r\nNASDIR=" << ToUtf8(nas) << "\r\nPARALLEL=" << parallel << "\r\n";
         settings.close();
         static_cast<void>(CreateFolders(SystemPlatformCalls(), nas));
         dataModule_.DataModuleCreate();
@@ -141,8 +145,33 @@ void MeasureCopies(const std::wstring& source, const std::wstring& nas, int roun
                                       CopyBarely(copy);
                                   }
                               }) * perFile);
-        const std::wstring ours = place + L"\\OURS";
-        Tell("copy", "ours", TMeasuredRun(SystemPlatformCalls(), source, ours).WithWindow() * perFile);
+        for (const bool several : {round % 2 == 0, round % 2 != 0}) {
+            const std::wstring target = place + (several ? L"\\OURS" : L"\\SOLO");
+            TMeasuredRun run(SystemPlatformCalls(), source, target, several ? 8 : 1);
+            Tell("copy", several ? "ours" : "one", run.WithWindow() * perFile);
+        }
+    }
+}
+
+// Every call of the table lasts so much longer.
+TWatchedCalls Slowly(DWORD milliseconds) {
+    return TWatchedCalls([milliseconds](const char*, std::wstring_view) -> DWORD {
+        if (milliseconds != 0) {
+            Sleep(milliseconds);
+        }
+        return ERROR_SUCCESS;
+    });
+}
+
+void MeasureFar(const std::wstring& source, const std::wstring& nas, int rounds, DWORD milliseconds) {
+    const TWatchedCalls slow = Slowly(milliseconds);
+    for (int round = 0; round < rounds; ++round) {
+        const std::wstring place = nas + L"\\FAR" + std::to_wstring(round);
+        for (const bool several : {round % 2 == 0, round % 2 != 0}) {
+            TMeasuredRun run(TWatchedCalls::Table(), source, place + (several ? L"\\OURS" : L"\\SOLO"),
+                             several ? 8 : 1);
+            Tell("far_copy", several ? "ours" : "one", run.WithoutWindow());
+        }
     }
 }
 
@@ -191,12 +220,7 @@ double CopySafely(const TPlatformCalls& calls, const std::vector<TBareCopy>& cop
 }
 
 void MeasureFlush(const std::wstring& source, const std::wstring& nas, int rounds, DWORD milliseconds) {
-    const TWatchedCalls slow([milliseconds](const char*, std::wstring_view) -> DWORD {
-        if (milliseconds != 0) {
-            Sleep(milliseconds);
-        }
-        return ERROR_SUCCESS;
-    });
+    const TWatchedCalls slow = Slowly(milliseconds);
     const TPlatformCalls& flushing = TWatchedCalls::Table();
     TPlatformCalls careless = flushing;
     careless.FlushFileBuffers = [](HANDLE) { return TRUE; };
@@ -290,6 +314,7 @@ void MeasureCalls(const std::wstring& source, const std::wstring& nas) {
 extern "C" int wmain(int count, wchar_t** arguments) {
     const std::wstring mode = count > 3 ? arguments[1] : L"";
     const int rounds = count > 4 ? _wtoi(arguments[4]) : 0;
+    const DWORD milliseconds = count > 5 ? static_cast<DWORD>(_wtoi(arguments[5])) : 0;
     if (mode == L"copy") {
         MeasureCopies(arguments[2], arguments[3], rounds);
     } else if (mode == L"large") {
@@ -297,10 +322,12 @@ extern "C" int wmain(int count, wchar_t** arguments) {
     } else if (mode == L"calls") {
         MeasureCalls(arguments[2], arguments[3]);
     } else if (mode == L"flush") {
-        MeasureFlush(arguments[2], arguments[3], rounds,
-                     count > 5 ? static_cast<DWORD>(_wtoi(arguments[5])) : 0);
+        MeasureFlush(arguments[2], arguments[3], rounds, milliseconds);
+    } else if (mode == L"far") {
+        MeasureFar(arguments[2], arguments[3], rounds, milliseconds);
     } else {
-        std::fputs("usage: run_bench copy|large|calls|flush SOURCE NAS [ROUNDS] [MILLISECONDS]\n", stderr);
+        std::fputs("usage: run_bench copy|large|calls|flush|far SOURCE NAS [ROUNDS] [MILLISECONDS]\n",
+                   stderr);
         return 64;
     }
     return 0;

@@ -35,6 +35,12 @@ TEST_F(Settings, AreReadAsARunNeedsThem) {
     EXPECT_EQ(settings.USER.value.text, L"user");
     EXPECT_EQ(settings.PASS.value.text, L"");
 
+    EXPECT_EQ(settings.PARALLEL, 8U);
+    for (const auto& [value, read] : {std::pair{"1", 1U}, {"32", 32U}, {"33", 8U}, {"0", 8U}, {"two", 8U}}) {
+        folder.Write(L"NASConf.ini", std::string("[CONFIG]\nPARALLEL=") + value);
+        EXPECT_EQ(LoadSettings(calls, path).PARALLEL, read) << value;
+    }
+
     const TSettings none = LoadSettings(calls, folder.At(L"none\\NASConf.ini"));
     EXPECT_EQ(none.DestinationRoot(), L"");
     EXPECT_FALSE(none.CONNECT.value);
