@@ -35,6 +35,7 @@ class TNoWindows final : public TCompanionWindows {
 public:
     void ShowConfiguration(HWND) override {}
     bool CloseConfiguration() override { return true; }
+    bool CloseConfigurationForRun() override { return true; }
     void CheckForUpdate(bool, std::function<void()>) override {}
     bool NewUpdateExists() const override { return false; }
     void CloseAllNow() override {}
