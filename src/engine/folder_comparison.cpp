@@ -27,10 +27,10 @@ TFileState StateOf(const FILETIME& lastWrite, std::int64_t size) {
 }  // namespace
 
 TFolderComparison::TFolderComparison(const TPlatformCalls& calls, const std::wstring& folder,
-                                     std::wstring destination, const TComparisonRules& rules)
+                                     TDestinationListing destination, const TComparisonRules& rules)
     : calls_(calls),
       rules_(rules),
-      destination_(calls, std::move(destination)),
+      destination_(std::move(destination)),
       path_(folder + L"\\"),
       folderLength_(path_.size()) {}
 

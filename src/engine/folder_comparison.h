@@ -30,9 +30,9 @@ struct TComparisonRules {
 // others. Each function throws EProblem when the destination does not answer.
 class TFolderComparison {
 public:
-    // Paths without a trailing "\".
-    TFolderComparison(const TPlatformCalls& calls, const std::wstring& folder, std::wstring destination,
-                      const TComparisonRules& rules);
+    // The folder's path without a trailing "\".
+    TFolderComparison(const TPlatformCalls& calls, const std::wstring& folder,
+                      TDestinationListing destination, const TComparisonRules& rules);
 
     void Add(const WIN32_FIND_DATAW& entry);
     void Finish();

@@ -36,7 +36,14 @@ TFolderScan::TFolderScan(IOmniTask& task, const TPlatformCalls& calls, TScanPara
       walk_(calls, *roots_, parameters_.nas, parameters_.host, TSourceWalkKind::Backup,
             {.problem = [&task](TProblem problem) { Send(task, TScanMessage::Problem, std::move(problem)); },
              .folderFound = {},
-             .stopRequested = [&task] { return task.Terminated(); }}) {}
+             .stopRequested = [&task] { return task.Terminated(); }}),
+      listings_(
+          calls, task, *roots_, walk_.Folders(),
+          [this](const TSourceFolder& folder) { return TargetOf(folder); }, parameters_.readAhead) {}
+
+std::wstring TFolderScan::TargetOf(const TSourceFolder& folder) const {
+    return DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path);
+}
 
 void TFolderScan::Run() {
     try {
@@ -46,8 +53,8 @@ void TFolderScan::Run() {
                 break;
             }
         }
-        for (const TSourceFolder& folder : walk_.Folders()) {
-            ScanFolder(folder);
+        for (std::size_t number = 0; number < walk_.Folders().size(); ++number) {
+            ScanFolder(number);
             if (task_.Terminated()) {
                 break;
             }
@@ -63,15 +70,15 @@ void TFolderScan::Run() {
 }
 
 // A destination that is away for some seconds is waited for, and the folder is compared once more.
-void TFolderScan::ScanFolder(const TSourceFolder& folder) {
-    if (roots_->IsLost(folder.root)) {
+void TFolderScan::ScanFolder(std::size_t number) {
+    if (roots_->IsLost(walk_.Folders()[number].root)) {
         return;
     }
-    const std::wstring target = DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path);
     for (unsigned attempt = 1;; ++attempt) {
         try {
-            return CompareAndSend(folder, target);
+            return CompareAndSend(number);
         } catch (const EProblem& problem) {
+            listings_.Forget();
             if (problem.Problem().what != TProblemKind::DestinationUnreachable || attempt == kAttempts ||
                 !DestinationComesBack()) {
                 throw;
@@ -84,21 +91,28 @@ bool TFolderScan::DestinationComesBack() const {
     return AwaitFolder(calls_, parameters_.nas + L"\\" + parameters_.host, kLongestDropOut, task_).IsFolder();
 }
 
-void TFolderScan::CompareAndSend(const TSourceFolder& folder, const std::wstring& target) {
-    TFolderComparison comparison(calls_, folder.path, target,
+void TFolderScan::CompareAndSend(std::size_t number) {
+    const TSourceFolder& folder = walk_.Folders()[number];
+    const std::optional<TFolderListings> listings = listings_.Take(number);
+    if (!listings) {
+        return;
+    }
+    const std::wstring target = TargetOf(folder);
+    TFolderComparison comparison(calls_, folder.path,
+                                 TDestinationListing(calls_, target, *listings->destination),
                                  {.records = *parameters_.nasData,
                                   .localTime = localTime_,
                                   .fetchCloudFiles = parameters_.fetchCloudFiles});
-    Compare(folder, target, comparison);
+    Compare(folder, target, *listings->source, comparison);
     SendFindings(folder, comparison);
 }
 
-void TFolderScan::Compare(const TSourceFolder& folder, const std::wstring& target,
+void TFolderScan::Compare(const TSourceFolder& folder, const std::wstring& target, TFolderListing& listing,
                           TFolderComparison& comparison) {
     TNames* const names = folder.sharesTarget ? &NamesAt(target) : nullptr;
     TNames given;
     std::vector<std::wstring> collisions;
-    walk_.ListFiles(folder, [&](const WIN32_FIND_DATAW& file) {
+    walk_.ListFiles(folder, listing, [&](const WIN32_FIND_DATAW& file) {
         const std::wstring name = names != nullptr ? FoldedCase(file.cFileName) : std::wstring();
         if (names == nullptr || (!names->contains(name) && given.insert(name).second)) {
             comparison.Add(file);

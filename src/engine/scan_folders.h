@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/listings_ahead.h"
 #include "engine/source_roots.h"
 #include "engine/source_walk.h"
 #include "engine/task_runtime.h"
@@ -43,6 +44,7 @@ struct TScanParameters {
     bool fetchCloudFiles = false;
     // Shared with whoever copies; none: the scan has its own.
     std::shared_ptr<TSourceRoots> sourceRoots = nullptr;
+    TReadAhead readAhead = {};
 };
 
 // Walks the active source folders, decides per file whether it must be copied, and sends the paths to copy
@@ -62,10 +64,12 @@ private:
         TNames names;                           // given to it so far, in upper case
     };
 
-    void ScanFolder(const TSourceFolder& folder);
+    std::wstring TargetOf(const TSourceFolder& folder) const;
+    void ScanFolder(std::size_t number);
     bool DestinationComesBack() const;
-    void CompareAndSend(const TSourceFolder& folder, const std::wstring& target);
-    void Compare(const TSourceFolder& folder, const std::wstring& target, TFolderComparison& comparison);
+    void CompareAndSend(std::size_t number);
+    void Compare(const TSourceFolder& folder, const std::wstring& target, TFolderListing& listing,
+                 TFolderComparison& comparison);
     void SendFindings(const TSourceFolder& folder, TFolderComparison& comparison);
     void SendSummary();
     TNames& NamesAt(const std::wstring& target);
@@ -77,6 +81,7 @@ private:
     const TLocalTimeRule localTime_;
     const std::shared_ptr<TSourceRoots> roots_;
     TSourceWalk walk_;
+    TListingsAhead listings_;
     std::multimap<std::wstring, TSharedTarget> sharedTargets_;  // by path in upper case
     std::map<std::size_t, std::int64_t> comparedFiles_;         // by root
     std::int64_t fileCount_ = 0;

@@ -155,12 +155,18 @@ bool TSourceWalk::LeadsAstray(const std::wstring& folder, bool isLink) {
     return isLink && linkLoops_.LeadsBackToAncestor(folder);
 }
 
-void TSourceWalk::ListFiles(const TSourceFolder& folder,
-                            const std::function<void(const WIN32_FIND_DATAW& file)>& found) {
+void TSourceWalk::ListFiles(const TSourceFolder& folder, const TFileFound& found) {
     if (roots_.IsLost(folder.root)) {
         return;
     }
     TFolderListing listing(calls_, folder.path);
+    ListFiles(folder, listing, found);
+}
+
+void TSourceWalk::ListFiles(const TSourceFolder& folder, TFolderListing& listing, const TFileFound& found) {
+    if (roots_.IsLost(folder.root)) {
+        return;
+    }
     bool isEmpty = true;
     while (listing.Next()) {
         isEmpty = false;

@@ -62,8 +62,10 @@ public:
     const std::vector<TSourceFolder>& Folders() const { return folders_; }
 
     // Calls `found` for every file of a folder that passes the filter, hidden and system files too.
-    void ListFiles(const TSourceFolder& folder,
-                   const std::function<void(const WIN32_FIND_DATAW& file)>& found);
+    using TFileFound = std::function<void(const WIN32_FIND_DATAW& file)>;
+    void ListFiles(const TSourceFolder& folder, const TFileFound& found);
+    // From a listing of the folder of which nothing was taken yet.
+    void ListFiles(const TSourceFolder& folder, TFolderListing& listing, const TFileFound& found);
     // To be called when all folders are through: tells of row folders that were lost on the way.
     void End();
 

@@ -5,7 +5,6 @@
 
 #include "support/case_folding.h"
 #include "support/file_identity.h"
-#include "support/folder_listing.h"
 #include "support/problem.h"
 #include "support/temporary_name.h"
 
@@ -19,11 +18,17 @@ TExistingCopy CopyFrom(const TAttributes& attributes) {
 
 TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder)
     : calls_(calls), folder_(std::move(folder)) {
-    Read();
+    TFolderListing listing(calls_, folder_);
+    Read(listing);
 }
 
-void TDestinationListing::Read() {
-    TFolderListing listing(calls_, folder_);
+TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder,
+                                         TFolderListing& listing)
+    : calls_(calls), folder_(std::move(folder)) {
+    Read(listing);
+}
+
+void TDestinationListing::Read(TFolderListing& listing) {
     while (listing.Next()) {
         const WIN32_FIND_DATAW& entry = listing.Entry();
         if (IsFolder(entry)) {

@@ -13,6 +13,7 @@
 #include <unordered_set>
 
 #include "support/file_access.h"
+#include "support/folder_listing.h"
 #include "support/platform_calls.h"
 
 // A file in the backup.
@@ -33,6 +34,8 @@ class TDestinationListing {
 public:
     // The folder's path, without a trailing "\".
     TDestinationListing(const TPlatformCalls& calls, std::wstring folder);
+    // From a listing of the folder of which nothing was taken yet.
+    TDestinationListing(const TPlatformCalls& calls, std::wstring folder, TFolderListing& listing);
 
     // The file of that name; nothing when there is no such file (a folder of that name is none).
     std::optional<TExistingCopy> CopyOf(std::wstring_view fileName);
@@ -57,7 +60,7 @@ private:
         std::size_t operator()(std::wstring_view name) const { return std::hash<std::wstring_view>()(name); }
     };
 
-    void Read();
+    void Read(TFolderListing& listing);
     void Add(const WIN32_FIND_DATAW& entry);
     TAttributes AskForAttributes(std::wstring_view path) const;
     std::optional<TExistingCopy> Ask(std::wstring_view fileName) const;

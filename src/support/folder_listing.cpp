@@ -25,8 +25,37 @@ TFolderListing::~TFolderListing() {
     }
 }
 
+void TFolderListing::ReadAhead(std::size_t entries) {
+    while (ahead_.size() < entries && Advance()) {
+        const std::wstring_view name = entry_.cFileName;
+        ahead_.push_back({.attributes = entry_.dwFileAttributes,
+                          .reparseTag = entry_.dwReserved0,
+                          .lastWrite = entry_.ftLastWriteTime,
+                          .sizeHigh = entry_.nFileSizeHigh,
+                          .sizeLow = entry_.nFileSizeLow,
+                          .nameLength = static_cast<DWORD>(name.size())});
+        aheadNames_ += name;
+    }
+}
+
+bool TFolderListing::TakeReadAhead() {
+    if (taken_ == ahead_.size()) {
+        return false;
+    }
+    const TEntry& entry = ahead_[taken_++];
+    entry_ = {};
+    entry_.dwFileAttributes = entry.attributes;
+    entry_.dwReserved0 = entry.reparseTag;
+    entry_.ftLastWriteTime = entry.lastWrite;
+    entry_.nFileSizeHigh = entry.sizeHigh;
+    entry_.nFileSizeLow = entry.sizeLow;
+    aheadNames_.copy(entry_.cFileName, entry.nameLength, takenNames_);
+    takenNames_ += entry.nameLength;
+    return true;
+}
+
 bool TFolderListing::Next() {
-    while (Advance()) {
+    while (TakeReadAhead() || Advance()) {
         const std::wstring_view name = entry_.cFileName;
         if (name != L"." && name != L"..") {
             return true;
