@@ -2,11 +2,18 @@
 //
 //   scan_bench SOURCE NAS HOST ROUNDS    the scan, its floor (the bare listings) and the hashing alone
 //   scan_bench SOURCE NAS HOST once      one scan and nothing else, to be timed from outside
+//   scan_bench SOURCE NAS HOST far       one scan that lists eight folders at a time, one that lists each in
+//   its
+//                                        turn, and the bare listings of the destination, eight at a time
+//   scan_bench SOURCE NAS HOST slept     the two scans, each call to list the destination 2 ms longer
 #include <windows.h>
 
 #include <cstdlib>
+#include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "engine/scan_folders.h"
@@ -69,7 +76,8 @@ std::vector<std::wstring> AllFiles(const TTrees& trees) {
 }
 
 // The program's own scan, as its task runs it.
-double SecondsOfScan(const TTrees& trees, const THashTable& table) {
+double SecondsOfScan(const TTrees& trees, const THashTable& table, const TReadAhead& readAhead = {},
+                     const TPlatformCalls& calls = SystemPlatformCalls()) {
     SourceFolderRow row;
     row.Aktive = row.Rekursiv = true;
     row.Directory = trees.source;
@@ -77,7 +85,8 @@ double SecondsOfScan(const TTrees& trees, const THashTable& table) {
     const TScanParameters parameters{.dataSet = std::make_shared<const std::vector<SourceFolderRow>>(1, row),
                                      .nasData = table.Snapshot(),
                                      .nas = trees.nas,
-                                     .host = trees.host};
+                                     .host = trees.host,
+                                     .readAhead = readAhead};
     double seconds = 0;
     TOmniEventMonitor monitor([] {});
     monitor.OnTaskMessage = [](IOmniTask&, const TTaskMessage& message) {
@@ -88,9 +97,7 @@ double SecondsOfScan(const TTrees& trees, const THashTable& table) {
     };
     monitor.OnTaskTerminated = [](IOmniTask&) {};
     IOmniTaskControl task(
-        [&](IOmniTask& own) {
-            seconds = SecondsOf([&] { TFolderScan(own, SystemPlatformCalls(), parameters).Run(); });
-        },
+        [&](IOmniTask& own) { seconds = SecondsOf([&] { TFolderScan(own, calls, parameters).Run(); }); },
         L"scan");
     task.MonitorWith(monitor);
     task.Run();
@@ -113,11 +120,84 @@ void Measure(const TTrees& trees, const THashTable& table, int rounds) {
     }
 }
 
+// The destination folders, so many at a time and nothing decided.
+double SecondsOfListings(const TTrees& trees, std::size_t threads) {
+    std::vector<std::wstring> folders;
+    Collect(trees.source, folders);
+    return SecondsOf([&] {
+        std::vector<std::jthread> running;
+        for (std::size_t thread = 0; thread < threads; ++thread) {
+            running.emplace_back([&, thread] {
+                for (std::size_t index = thread; index < folders.size(); index += threads) {
+                    List(DestinationOfFilesIn(trees.nas, trees.host, folders[index]), false,
+                         [](const wchar_t*) {});
+                }
+            });
+        }
+    });
+}
+
+void MeasureFar(const TTrees& trees, const THashTable& table) {
+    Tell("far_scan", "ours", SecondsOfScan(trees, table));
+    Tell("far_scan", "floor", SecondsOfListings(trees, 8));
+    Tell("far_scan", "one", SecondsOfScan(trees, table, {.atATime = 1}));
+}
+
+// Listings of paths with this in them are far away: each of their calls sleeps in the thread that makes it.
+std::wstring farPart;
+std::mutex farMutex;
+std::set<HANDLE> farListings;
+
+bool IsFar(HANDLE find) {
+    const std::scoped_lock lock(farMutex);
+    return farListings.contains(find);
+}
+
+TPlatformCalls SleepingCalls() {
+    TPlatformCalls calls = SystemPlatformCalls();
+    calls.FindFirstFileExW = [](LPCWSTR path, FINDEX_INFO_LEVELS level, LPVOID data, FINDEX_SEARCH_OPS search,
+                                LPVOID filter, DWORD flags) -> HANDLE {
+        const bool isFar = std::wstring_view(path).find(farPart) != std::wstring_view::npos;
+        Sleep(isFar ? 2 : 0);
+        const HANDLE find = FindFirstFileExW(path, level, data, search, filter, flags);
+        if (isFar && find != INVALID_HANDLE_VALUE) {
+            const std::scoped_lock lock(farMutex);
+            farListings.insert(find);
+        }
+        return find;
+    };
+    calls.FindNextFileW = [](HANDLE find, LPWIN32_FIND_DATAW data) -> BOOL {
+        const BOOL found = FindNextFileW(find, data);
+        // Entries come many at a time; only their end is asked for once more.
+        if (!found && IsFar(find)) {
+            Sleep(2);
+            SetLastError(ERROR_NO_MORE_FILES);
+        }
+        return found;
+    };
+    calls.FindClose = [](HANDLE find) -> BOOL {
+        if (IsFar(find)) {
+            Sleep(2);
+            const std::scoped_lock lock(farMutex);
+            farListings.erase(find);
+        }
+        return FindClose(find);
+    };
+    return calls;
+}
+
+void MeasureSlept(const TTrees& trees, const THashTable& table) {
+    farPart = trees.nas;
+    const TPlatformCalls calls = SleepingCalls();
+    Tell("slept_scan", "ours", SecondsOfScan(trees, table, {}, calls));
+    Tell("slept_scan", "one", SecondsOfScan(trees, table, {.atATime = 1}, calls));
+}
+
 }  // namespace
 
 extern "C" int wmain(int count, wchar_t** arguments) {
     if (count != 5) {
-        std::fputs("usage: scan_bench SOURCE NAS HOST ROUNDS|once\n", stderr);
+        std::fputs("usage: scan_bench SOURCE NAS HOST ROUNDS|once|far|slept\n", stderr);
         return 64;
     }
     const TTrees trees{arguments[1], arguments[2], arguments[3]};
@@ -127,8 +207,13 @@ extern "C" int wmain(int count, wchar_t** arguments) {
         std::fputs("there is no hash table\n", stderr);
         return 66;
     }
-    if (std::wstring_view(arguments[4]) == L"once") {
+    const std::wstring_view mode = arguments[4];
+    if (mode == L"once") {
         Tell("scan", "ours", SecondsOfScan(trees, table) * 1e6);
+    } else if (mode == L"far") {
+        MeasureFar(trees, table);
+    } else if (mode == L"slept") {
+        MeasureSlept(trees, table);
     } else {
         Measure(trees, table, _wtoi(arguments[4]));
     }

@@ -39,24 +39,24 @@ class Trees:
         """The folder's place in that backup, by its path here."""
         return os.path.join(self.nas, f"C{files}", self.host, "drive_S", f"T{files}")
 
-    def make(self, files, content=b""):
+    def make(self, files, content=b"", per_folder=PER_FOLDER):
         """A source of so many files; its names, as paths below it."""
         names = []
         top = os.path.join(self.source, f"T{files}")
-        for folder in range(files // PER_FOLDER):
+        for folder in range(files // per_folder):
             below = os.path.join(f"GROUP {folder // PER_FOLDER:03}", f"FOLDER {folder % PER_FOLDER:03}")
             os.makedirs(os.path.join(top, below))
             names += [os.path.join(below, f"FILE {number:07}.TXT")
-                      for number in range(folder * PER_FOLDER, (folder + 1) * PER_FOLDER)]
+                      for number in range(folder * per_folder, (folder + 1) * per_folder)]
         fill(top, names, content)
         return names
 
-    def make_with_backup(self, files):
-        """A source of so many empty files with its backup and hash table: nothing is to be copied."""
-        names = self.make(files)
+    def make_with_backup(self, files, content=b"", per_folder=PER_FOLDER):
+        """A source of so many files with its backup and hash table: nothing is to be copied."""
+        names = self.make(files, content, per_folder)
         for folder in {os.path.dirname(name) for name in names}:
             os.makedirs(os.path.join(self.destination(files), folder))
-        fill(self.destination(files), names, b"")
+        fill(self.destination(files), names, content)
         prefix = self.folder(files) + "\\"
         date = struct.pack("<Bd", 1, backup_tree.table_time(DATED * 10**9))
         hashes = sorted(backup_tree.path_hash(prefix + name.replace("/", "\\")) for name in names)
