@@ -85,9 +85,6 @@ void TCopyRun::CopyWaitingFiles() {
 
 // Whether they are still there was not asked for every file that was missing.
 void TCopyRun::TellLostFolders() {
-    if (!sourceRoots_) {
-        return;  // the run ended before its scan
-    }
     for (const TProblem& problem : sourceRoots_->AskOwed()) {
         ReportFailure(problem);
     }

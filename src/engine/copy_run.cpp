@@ -51,10 +51,11 @@ std::unique_ptr<IOmniTaskControl> TCopyRun::MakeTask(TTaskMethod method, std::ws
 void TCopyRun::Prepare(TRunSettings settings) {
     destination_ = {.nas = std::move(settings.nas), .host = with_.hostName};
     fetchCloudFiles_ = settings.fetchCloudFiles;
+    parallel_ = settings.parallel;
     ground_ = std::make_shared<TCopyGround>(with_.calls, sourceRoots_, destination_.HostFolder());
-    copies_ = std::make_unique<TJobsInOrder<TCopyOutcome>>(settings.parallel, &BreakOffCallsOfThisThread);
+    copies_ = std::make_unique<TJobsInOrder<TCopyOutcome>>(parallel_, &BreakOffCallsOfThisThread);
     errorLines_ = std::make_unique<TJobsInOrder<TErrorCode>>(1, &BreakOffCallsOfThisThread);
-    mostUnderWay_ = settings.parallel == 1 ? 1 : settings.parallel * kUntoldForEachThread;
+    mostUnderWay_ = parallel_ == 1 ? 1 : parallel_ * kUntoldForEachThread;
     log_.Destination(destination_.HostFolder());
     preparation_ = std::make_shared<TPreparation>();
     const auto order = std::make_shared<TPreparationOrder>();
@@ -99,12 +100,16 @@ bool TCopyRun::BeginScan() {
 
     // The tables come as copies: no thread ever reads what another one writes.
     FScanTask = MakeTask(
-        [&calls = with_.calls, fetchCloudFiles = fetchCloudFiles_, roots = sourceRoots_](IOmniTask& task) {
+        [&calls = with_.calls, fetchCloudFiles = fetchCloudFiles_, roots = sourceRoots_,
+         parallel = parallel_](IOmniTask& task) {
             TFolderScan(task, calls,
                         {task.Parameter<std::shared_ptr<const std::vector<SourceFolderRow>>>(L"DataSet"),
                          task.Parameter<std::shared_ptr<const THashSnapshot>>(L"NasData"),
-                         task.Parameter<std::wstring>(L"NAS"), task.Parameter<std::wstring>(L"HOST"),
-                         fetchCloudFiles, roots})
+                         task.Parameter<std::wstring>(L"NAS"),
+                         task.Parameter<std::wstring>(L"HOST"),
+                         fetchCloudFiles,
+                         roots,
+                         {.atATime = parallel}})
                 .Run();
         },
         L"ScanFolders", TTaskPriority::Highest);

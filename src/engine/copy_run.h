@@ -55,7 +55,7 @@ struct TRunSettings {
     TSecret user;
     TSecret password;
     bool fetchCloudFiles = false;
-    std::size_t parallel = 1;  // small files copied at the same time
+    std::size_t parallel = 1;  // small files copied, and folders listed, at the same time
 };
 
 // How much of a run went wrong.
@@ -161,6 +161,7 @@ private:
     // Shared with the scan.
     const std::shared_ptr<TSourceRoots> sourceRoots_;
     bool fetchCloudFiles_ = false;
+    std::size_t parallel_ = 1;
     // Set while the destination is waited for, with whether it came back.
     std::unique_ptr<IOmniTaskControl> waitTask_;
     std::shared_ptr<bool> cameBack_;
