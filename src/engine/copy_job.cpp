@@ -10,8 +10,12 @@ bool DestinationIsGone(const TCopyGround& ground) {
     return !folder.Exists() && folder.error != ERROR_ACCESS_DENIED;
 }
 
-TCopyOutcome Failed(const TCopyGround& ground, TCopyOutcome::TKind kind, TErrorCode error) {
-    return {.kind = kind, .error = error, .destinationIsGone = DestinationIsGone(ground)};
+TCopyOutcome Failed(TCopyGround& ground, TCopyOutcome::TKind kind, TErrorCode error) {
+    const bool isGone = DestinationIsGone(ground);
+    if (isGone) {
+        ground.destinationIsGone = true;
+    }
+    return {.kind = kind, .error = error, .destinationIsGone = isGone};
 }
 
 }  // namespace
@@ -35,8 +39,8 @@ void TFolderToMake::Forget() {
 }
 
 TCopyOutcome DoCopyJob(TCopyGround& ground, TCopyJob& job) {
-    if (ground.stopped) {
-        return {};
+    if (ground.stopped || ground.destinationIsGone) {
+        return {.destinationIsGone = ground.destinationIsGone};
     }
     job.begun = true;
     // The only question about the source: existence, size and times together.

@@ -30,6 +30,8 @@ struct TCopyGround {
     const std::wstring hostFolder;
     TDestinationTraits traits;
     std::atomic<bool> stopped = false;  // no further file is begun
+    // Found by a copy; those that were not begun wait, as each may wait out the network.
+    std::atomic<bool> destinationIsGone = false;
     std::atomic<bool> givenUp = false;  // nobody waits for the copies any more: none takes its name now
 };
 
@@ -65,7 +67,7 @@ struct TCopyJob {
 // What came of it.
 struct TCopyOutcome {
     enum class TKind {
-        NotBegun,       // the run was stopped before
+        NotBegun,       // the run was stopped before, or the destination is gone
         SourceMissing,  // gone since the scan saw it, alone or with all that is around it
         SourceFailed,   // out of reach, which is not gone
         FolderFailed,

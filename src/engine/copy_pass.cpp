@@ -137,7 +137,12 @@ bool TCopyRun::TakeFile(std::uint32_t maxWait) {
             return false;
         }
     } catch (...) {
-        mistake = std::current_exception();
+        if (!stopped_) {
+            mistake = std::current_exception();
+        } else {
+            // Whoever ends the run is not to fail at it.
+            outcome = {.kind = TCopyOutcome::TKind::CopyFailed, .error = ERROR_INTERNAL_ERROR};
+        }
     }
     underWay_.pop_front();
     targetsUnderWay_.erase(job->targetKey);
@@ -194,7 +199,10 @@ void TCopyRun::FinishFiles(const std::function<void()>& whileWaiting) {
 void TCopyRun::FileDone(TCopyJob& job, const TCopyOutcome& outcome) {
     using enum TCopyOutcome::TKind;
     if (outcome.kind == NotBegun || outcome.kind == Large) {
-        return;  // the run was stopped before
+        if (!stopped_) {
+            interrupted_.push_back(job.source);
+        }
+        return;
     }
     if (outcome.kind == SourceMissing) {
         if (outcome.lostFolder) {
@@ -286,6 +294,7 @@ void TCopyRun::AwaitDestination() {
     CopyFileList.insert(CopyFileList.begin(), std::make_move_iterator(interrupted_.begin()),
                         std::make_move_iterator(interrupted_.end()));
     interrupted_.clear();
+    ground_->destinationIsGone = false;
     interruptions_ = first == interruptedAt_ ? interruptions_ + 1 : 1;
     interruptedAt_ = first;
     if (interruptions_ > kInterruptionsOfOneFile) {
