@@ -29,7 +29,8 @@ TErrorCode WhyFailed(const TFolderListings& listings) {
 
 TFolderListings ReadAhead(const TPlatformCalls& calls, const std::wstring& destination,
                           const std::wstring& source) {
-    TFolderListings listings{std::make_unique<TFolderListing>(calls, destination), nullptr};
+    TFolderListings listings;
+    listings.destination = std::make_unique<TFolderListing>(calls, destination);
     listings.destination->ReadAhead(kEntriesAhead);
     if (listings.destination->Error() == ERROR_SUCCESS || listings.destination->FolderIsMissing()) {
         listings.source = std::make_unique<TFolderListing>(calls, source);
@@ -104,8 +105,9 @@ std::optional<TFolderListings> TListingsAhead::TakeReadAhead() {
 
 TFolderListings TListingsAhead::ListInTurn(const TSourceFolder& folder) {
     const auto begun = TClock::now();
-    TFolderListings listings{std::make_unique<TFolderListing>(calls_, destinationOf_(folder)),
-                             std::make_unique<TFolderListing>(calls_, folder.path)};
+    TFolderListings listings;
+    listings.destination = std::make_unique<TFolderListing>(calls_, destinationOf_(folder));
+    listings.source = std::make_unique<TFolderListing>(calls_, folder.path);
     if (numbers_.empty()) {
         Judge(TClock::now() - begun);
     }
