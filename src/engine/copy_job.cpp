@@ -40,7 +40,7 @@ void TFolderToMake::Forget() {
 
 TCopyOutcome DoCopyJob(TCopyGround& ground, TCopyJob& job) {
     if (ground.stopped || ground.destinationIsGone) {
-        return {.destinationIsGone = ground.destinationIsGone};
+        return {};
     }
     job.begun = true;
     // The only question about the source: existence, size and times together.

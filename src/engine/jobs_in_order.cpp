@@ -1,13 +1,11 @@
 #include "engine/jobs_in_order.h"
 
-#include <algorithm>
-#include <chrono>
 #include <thread>
+
+#include "engine/wait_in_steps.h"
 
 namespace {
 
-using TClock = std::chrono::steady_clock;
-constexpr std::chrono::milliseconds kWaitStep{50};
 constexpr std::uint32_t kWaitForEnd = 5000;  // milliseconds
 
 }  // namespace
@@ -93,23 +91,12 @@ void TJobThreads::Stop() {
 
 bool TJobThreads::End(std::uint32_t maxWait, const std::function<void()>& whileWaiting) {
     Stop();
-    const auto until = TClock::now() + std::chrono::milliseconds(maxWait);
     std::unique_lock lock(shared_->mutex);
-    while (shared_->threads > 0) {
-        // Each time: they may have got stuck in their next calls.
+    const auto free = [this] {
         for (const std::function<void()>& breakOff : shared_->breakOffs) {
             breakOff();
         }
-        const auto now = TClock::now();
-        if (now >= until) {
-            return false;
-        }
-        const auto step = std::min<TClock::duration>(kWaitStep, until - now);
-        if (shared_->threadEnded.wait_for(lock, step) == std::cv_status::timeout && whileWaiting) {
-            lock.unlock();
-            whileWaiting();
-            lock.lock();
-        }
-    }
-    return true;
+    };
+    return WaitInSteps(
+        lock, shared_->threadEnded, maxWait, [this] { return shared_->threads == 0; }, free, whileWaiting);
 }

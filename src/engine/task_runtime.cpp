@@ -1,15 +1,5 @@
 #include "engine/task_runtime.h"
 
-#include <algorithm>
-#include <chrono>
-
-namespace {
-
-using TClock = std::chrono::steady_clock;
-constexpr std::chrono::milliseconds kWaitStep{50};
-
-}  // namespace
-
 void IOmniTask::Send(std::uint16_t identifier, TTaskValue value) {
     const std::lock_guard lock(mutex_);
     if (monitor_ != nullptr) {
@@ -82,29 +72,14 @@ bool IOmniTaskControl::WaitFor(std::uint32_t maxWait, const std::function<void()
     if (!thread_.joinable()) {
         return true;
     }
-    const auto started = TClock::now();
     std::unique_lock lock(task_->mutex_);
-    while (!task_->ended_) {
-        // Each time: it may have got stuck in the next call.
+    const auto free = [this] {
         if (task_->terminated_ && task_->breakOff_) {
             task_->breakOff_();
         }
-        auto step = kWaitStep;
-        if (maxWait != kUnlimitedWait) {
-            const auto waited =
-                std::chrono::duration_cast<std::chrono::milliseconds>(TClock::now() - started);
-            if (waited.count() >= maxWait) {
-                return false;
-            }
-            step = std::min(step, std::chrono::milliseconds(maxWait) - waited);
-        }
-        if (task_->endedCondition_.wait_for(lock, step) == std::cv_status::timeout && whileWaiting) {
-            lock.unlock();
-            whileWaiting();
-            lock.lock();
-        }
-    }
-    return true;
+    };
+    return WaitInSteps(
+        lock, task_->endedCondition_, maxWait, [this] { return task_->ended_; }, free, whileWaiting);
 }
 
 void TOmniEventMonitor::Add(TEvent event) {

@@ -16,6 +16,7 @@
 #include <variant>
 #include <vector>
 
+#include "engine/wait_in_steps.h"
 #include "support/date_time.h"
 #include "support/path_digest.h"
 #include "support/problem.h"
@@ -45,8 +46,6 @@ struct TTaskMessage {
 };
 
 enum class TTaskPriority { Idle, Lowest, BelowNormal, Normal, AboveNormal, Highest };
-
-inline constexpr std::uint32_t kUnlimitedWait = 0xFFFFFFFF;  // milliseconds
 
 class TOmniEventMonitor;
 class IOmniTask;

@@ -7,6 +7,7 @@
 #include "ui/device_context.h"
 #include "ui/hover.h"
 #include "ui/mark_painter.h"
+#include "ui/push_button.h"
 #include "ui/rounded_box.h"
 #include "ui/window.h"
 #include "ui/window_scale.h"
@@ -84,11 +85,6 @@ LRESULT CALLBACK TCheckBox::Procedure(HWND handle, UINT message, WPARAM wordPara
             break;
     }
     const LRESULT result = DefSubclassProc(handle, message, wordParameter, longParameter);
-    // After these the control draws itself, past WM_PAINT.
-    if (message == BM_SETCHECK || message == BM_SETSTATE || message == WM_SETFOCUS ||
-        message == WM_KILLFOCUS || message == WM_ENABLE) {
-        InvalidateRect(handle, nullptr, FALSE);
-        UpdateWindow(handle);
-    }
+    RepaintButtonAfter(handle, message);
     return result;
 }

@@ -98,12 +98,7 @@ LRESULT CALLBACK ToggleProcedure(HWND button, UINT message, WPARAM wordParameter
         RemoveWindowSubclass(button, &ToggleProcedure, id);
     }
     const LRESULT result = DefSubclassProc(button, message, wordParameter, longParameter);
-    if (message == BM_SETCHECK || message == BM_SETSTATE || message == WM_SETFOCUS ||
-        message == WM_KILLFOCUS || message == WM_ENABLE) {
-        // At these the system draws past WM_PAINT.
-        InvalidateRect(button, nullptr, FALSE);
-        UpdateWindow(button);
-    }
+    RepaintButtonAfter(button, message);
     return result;
 }
 
@@ -122,6 +117,14 @@ HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style
         }
     }
     return button;
+}
+
+void RepaintButtonAfter(HWND button, UINT message) {
+    if (message == BM_SETCHECK || message == BM_SETSTATE || message == WM_SETFOCUS ||
+        message == WM_KILLFOCUS || message == WM_ENABLE) {
+        InvalidateRect(button, nullptr, FALSE);
+        UpdateWindow(button);
+    }
 }
 
 void LeaveFocusOnClick(HWND button) {

@@ -20,6 +20,10 @@ enum class TButtonKind {
 HWND CreatePushButton(HWND parent, int id, const std::wstring& name, DWORD style = 0,
                       TButtonKind kind = TButtonKind::Push);
 
+// For a button that paints itself, behind the system's handling of each message: after some of them the
+// system has drawn it, past WM_PAINT.
+void RepaintButtonAfter(HWND button, UINT message);
+
 // Lets clicks of the mouse leave the focus where it is: else the next Enter or Space would press the button
 // again.
 void LeaveFocusOnClick(HWND button);

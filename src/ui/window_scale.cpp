@@ -76,14 +76,14 @@ int TextWidth(HFONT font, const std::wstring& text) {
 
 RECT CentredOn(HWND owner, SIZE size) {
     const HWND around = owner != nullptr && !IsIconic(owner) ? owner : nullptr;
-    RECT middle = WorkArea(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY));
+    const RECT work = WorkArea(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY));
+    RECT middle = work;
     if (around != nullptr) {
         GetWindowRect(around, &middle);
     }
     const LONG left = (middle.left + middle.right - size.cx) / 2;
     const LONG top = (middle.top + middle.bottom - size.cy) / 2;
-    return FitInto(WorkArea(MonitorFromWindow(around, MONITOR_DEFAULTTOPRIMARY)),
-                   {left, top, left + size.cx, top + size.cy});
+    return FitInto(work, {left, top, left + size.cx, top + size.cy});
 }
 
 RECT FittedToMonitor(const RECT& area) {
