@@ -2,7 +2,7 @@
 #
 #   wine_open NAME [--keep]   makes the prefix build/wine/NAME, afresh unless --keep finds one, and starts its
 #                             server; exports WINEPREFIX and the rest of Wine's environment
-#   wine_display              starts a virtual display and exports DISPLAY
+#   wine_display              starts a virtual display and exports DISPLAY; after wine_open
 #   wine_close                ends server and display; call it from an EXIT trap
 #   wine_core                 prints the core to pin programs to
 #
@@ -153,6 +153,10 @@ wine_display() {
         return 1
     fi
     export DISPLAY=:$number
+    # A second after the last program with windows has ended, Wine takes the desktop down. What starts at that
+    # moment ends with it, without a window and without an error. This program keeps the desktop until the shell
+    # ends, whose end it reads.
+    exec {wine_desktop}> >(exec taskset -c "$(wine_core)" wine cmd >/dev/null 2>&1)
 }
 
 wine_close() {
