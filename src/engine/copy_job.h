@@ -1,4 +1,4 @@
-// One small file copied off the window's thread.
+// One file copied off the window's thread.
 #pragma once
 
 #include <windows.h>

@@ -4,7 +4,6 @@
 #include <iterator>
 #include <utility>
 
-#include "engine/copy_progress.h"
 #include "engine/copy_run.h"
 #include "engine/destination_wait.h"
 #include "engine/error_log.h"
@@ -35,17 +34,6 @@ std::wstring WithoutNumber(std::wstring_view path) {
            std::wstring(extension);
 }
 
-class TAtHand {
-public:
-    explicit TAtHand(bool& flag) : flag_(flag) { flag_ = true; }
-    TAtHand(const TAtHand&) = delete;
-    TAtHand& operator=(const TAtHand&) = delete;
-    ~TAtHand() { flag_ = false; }
-
-private:
-    bool& flag_;
-};
-
 }  // namespace
 
 void TCopyRun::CopyFiles() {
@@ -69,6 +57,7 @@ void TCopyRun::CopyWaitingFiles() {
         if (!underWay_.empty()) {
             if (!TakeFile(kLookInterval)) {
                 TellWhatIsWaitedFor();
+                TellProgress();
                 with_.whileWaiting();
             }
             TakeErrorLines(0);
@@ -132,9 +121,13 @@ bool TCopyRun::TakeFile(std::uint32_t maxWait) {
     std::optional<TCopyOutcome> outcome;
     std::exception_ptr mistake;
     try {
-        outcome = copies_->TakeFirst(maxWait);
+        outcome = (largeAtHand_ ? largeCopy_ : copies_)->TakeFirst(maxWait);
         if (!outcome) {
             return false;
+        }
+        if (outcome->kind == TCopyOutcome::TKind::Large && !stopped_) {
+            BeginLargeFile(job, outcome->attributes);
+            return true;
         }
     } catch (...) {
         if (!stopped_) {
@@ -144,13 +137,11 @@ bool TCopyRun::TakeFile(std::uint32_t maxWait) {
             outcome = {.kind = TCopyOutcome::TKind::CopyFailed, .error = ERROR_INTERNAL_ERROR};
         }
     }
+    largeAtHand_ = false;
     underWay_.pop_front();
     targetsUnderWay_.erase(job->targetKey);
     if (mistake) {
         std::rethrow_exception(mistake);
-    }
-    if (outcome->kind == TCopyOutcome::TKind::Large && !stopped_) {
-        outcome = CopyLargeFile(*job, outcome->attributes);
     }
     FileDone(*job, *outcome);
     return true;
@@ -166,8 +157,8 @@ void TCopyRun::TellWhatIsWaitedFor() {
 // What is under way when the run is stopped has some seconds to end; then it is freed from what it is stuck
 // in, and left to itself when that does not help either.
 void TCopyRun::FinishFiles(const std::function<void()>& whileWaiting) {
-    if (largeAtHand_ || !copies_ || filesAreFinished_) {
-        return;  // the large one is told first
+    if (!copies_ || filesAreFinished_) {
+        return;
     }
     // Asked again after each wait, which may have let in another call of this.
     const auto waits = [this] {
@@ -177,15 +168,21 @@ void TCopyRun::FinishFiles(const std::function<void()>& whileWaiting) {
     while (waits() && std::chrono::steady_clock::now() < until) {
         const bool hasTaken = !underWay_.empty() && TakeFile(kLookInterval);
         TakeErrorLines(underWay_.empty() ? kLookInterval : 0);
-        if (!hasTaken && whileWaiting) {
-            whileWaiting();
+        if (!hasTaken) {
+            TellProgress();
+            if (whileWaiting) {
+                whileWaiting();
+            }
         }
     }
     ground_->givenUp = true;
+    progress_->Close(PROGRESS_STOP);
+    largeCopy_->End(kWaitForFreedCopies, whileWaiting);
     copies_->End(kWaitForFreedCopies, whileWaiting);
     while (!underWay_.empty()) {
         if (!TakeFile(0)) {
             const std::shared_ptr<TCopyJob> job = underWay_.front();
+            largeAtHand_ = false;
             underWay_.pop_front();
             if (job->begun) {
                 FileDone(*job, {.kind = TCopyOutcome::TKind::CopyFailed, .error = ERROR_TIMEOUT});
@@ -231,15 +228,23 @@ void TCopyRun::FileDone(TCopyJob& job, const TCopyOutcome& outcome) {
     ReportQueued();
 }
 
-TCopyOutcome TCopyRun::CopyLargeFile(TCopyJob& job, const TAttributes& attributes) {
-    if (!std::exchange(job.isTold, true)) {
-        Report(job.source, TMessagePos::Status);
-    }
-    if (stopped_) {
-        return {};
-    }
-    const TAtHand atHand(largeAtHand_);
-    return CopyWithProgress(*ground_, job, attributes, &CopyProgressRoutine, with_.progressWindow);
+void TCopyRun::BeginLargeFile(const std::shared_ptr<TCopyJob>& job, const TAttributes& attributes) {
+    largeCopy_->Add([ground = ground_, job, attributes, progress = progress_] {
+        return ground->stopped ? TCopyOutcome()
+                               : CopyWithProgress(*ground, *job, attributes, &AskForProgress, progress.get());
+    });
+    largeAtHand_ = true;
+}
+
+// The window may process its messages in between, and with them a stop: that answers, too.
+void TCopyRun::TellProgress() {
+    progress_->AnswerBy([this](const TProgressCall& call) -> DWORD {
+        if (stopped_ && !CopyIdle) {
+            return PROGRESS_STOP;  // the window shows the progress of the next run
+        }
+        return CopyProgressRoutine(call.totalSize, call.transferred, {}, {}, 0, call.reason, nullptr, nullptr,
+                                   with_.progressWindow);
+    });
 }
 
 // Only the run's log tells of a folder that cannot be made.

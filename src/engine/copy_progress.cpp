@@ -11,6 +11,12 @@ void SendValue(void* window, UINT message, LARGE_INTEGER value) {
 
 }  // namespace
 
+DWORD CALLBACK AskForProgress(LARGE_INTEGER totalSize, LARGE_INTEGER transferred, LARGE_INTEGER,
+                              LARGE_INTEGER, DWORD, DWORD reason, HANDLE, HANDLE, void* data) {
+    return static_cast<TProgressQuestion*>(data)->Ask(
+        {.totalSize = totalSize, .transferred = transferred, .reason = reason});
+}
+
 DWORD CALLBACK CopyProgressRoutine(LARGE_INTEGER totalSize, LARGE_INTEGER transferred, LARGE_INTEGER,
                                    LARGE_INTEGER, DWORD, DWORD reason, HANDLE, HANDLE, void* data) {
     if (CopyIdle) {

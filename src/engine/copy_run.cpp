@@ -36,6 +36,9 @@ TCopyRun::TCopyRun(TRunSurroundings surroundings)
 
 TCopyRun::~TCopyRun() {
     Stop();
+    if (progress_) {
+        progress_->Close(PROGRESS_STOP);
+    }
     EndTheTasks({});
 }
 
@@ -54,6 +57,8 @@ void TCopyRun::Prepare(TRunSettings settings) {
     parallel_ = settings.parallel;
     ground_ = std::make_shared<TCopyGround>(with_.calls, sourceRoots_, destination_.HostFolder());
     copies_ = std::make_unique<TJobsInOrder<TCopyOutcome>>(parallel_, &BreakOffCallsOfThisThread);
+    largeCopy_ = std::make_unique<TJobsInOrder<TCopyOutcome>>(1, &BreakOffCallsOfThisThread);
+    progress_ = std::make_shared<TProgressQuestion>(largeCopy_->WakeUp());
     errorLines_ = std::make_unique<TJobsInOrder<TErrorCode>>(1, &BreakOffCallsOfThisThread);
     mostUnderWay_ = parallel_ == 1 ? 1 : parallel_ * kUntoldForEachThread;
     log_.Destination(destination_.HostFolder());

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "engine/copy_job.h"
+#include "engine/copy_progress.h"
 #include "engine/jobs_in_order.h"
 #include "engine/message_kind.h"
 #include "engine/run_log.h"
@@ -71,9 +72,9 @@ struct TRunFailures {
 // copied and what failed. A new run is a new object; one that was stopped does nothing more but finish the
 // files under way. Belongs to the window's thread.
 //
-// Small files are copied on threads of their own, several at a time, and told and recorded here in the order
-// of the list. Wherever this reports or waits, the window may process messages, and with them a stop, which
-// tells what is left: so nothing here is remembered across a report but in members.
+// Files are copied on threads of their own, small ones several at a time, and told and recorded here in the
+// order of the list. Wherever this reports or waits, the window may process messages, and with them a stop,
+// which tells what is left: so nothing here is remembered across a report but in members.
 //
 // In turn there run a task that prepares, one that scans, and, while the destination is out of reach for a
 // moment, one that waits for it.
@@ -140,7 +141,8 @@ private:
     void TellWhatIsWaitedFor();
     void FinishFiles(const std::function<void()>& whileWaiting);
     void FileDone(TCopyJob& job, const TCopyOutcome& outcome);
-    TCopyOutcome CopyLargeFile(TCopyJob& job, const TAttributes& attributes);
+    void BeginLargeFile(const std::shared_ptr<TCopyJob>& job, const TAttributes& attributes);
+    void TellProgress();
     void FileCopied(const TCopyJob& job, const TCopyOutcome& outcome);
     void FileFailed(const std::wstring& source, TErrorCode error);
     void FolderNotMade(const TCopyJob& job, TErrorCode error);
@@ -176,7 +178,10 @@ private:
     std::unordered_set<std::wstring> targetsUnderWay_;
     std::unique_ptr<TJobsInOrder<TCopyOutcome>> copies_;
     std::size_t mostUnderWay_ = 1;
-    bool largeAtHand_ = false;  // up the stack
+    // A large file is copied when it is the first one under way, alone and with its progress.
+    std::unique_ptr<TJobsInOrder<TCopyOutcome>> largeCopy_;
+    std::shared_ptr<TProgressQuestion> progress_;
+    bool largeAtHand_ = false;
     bool filesAreFinished_ = false;
     // Those that failed because the destination is away.
     std::deque<std::wstring> interrupted_;

@@ -26,7 +26,9 @@ TJobThreads::TJobThreads(std::size_t most, TThreadBeginning begin)
     : most_(most), begin_(std::move(begin)), shared_(std::make_shared<TShared>()) {}
 
 TJobThreads::~TJobThreads() {
-    End(kWaitForEnd);
+    if (!areLeft_) {
+        End(kWaitForEnd);
+    }
 }
 
 void TJobThreads::Add(std::function<void()> job) {
@@ -97,6 +99,7 @@ bool TJobThreads::End(std::uint32_t maxWait, const std::function<void()>& whileW
             breakOff();
         }
     };
-    return WaitInSteps(
+    areLeft_ = !WaitInSteps(
         lock, shared_->threadEnded, maxWait, [this] { return shared_->threads == 0; }, free, whileWaiting);
+    return !areLeft_;
 }

@@ -33,7 +33,8 @@ public:
     // No further job is begun.
     void Stop();
     // Stops, frees the threads from what they are stuck in, and waits up to `maxWait` milliseconds for the
-    // jobs under way, calling `whileWaiting` a few times a second; true when they have ended.
+    // jobs under way, calling `whileWaiting` a few times a second; true when they have ended. Those that have
+    // not are left to themselves.
     bool End(std::uint32_t maxWait, const std::function<void()>& whileWaiting = {});
 
 private:
@@ -44,6 +45,7 @@ private:
     const std::size_t most_;
     const TThreadBeginning begin_;
     const std::shared_ptr<TShared> shared_;
+    bool areLeft_ = false;
 };
 
 // Jobs that run on a few threads; their results are taken one after another, in the order of the jobs.
@@ -73,7 +75,7 @@ public:
                 place->failure = std::move(failure);
                 place->hasEnded = true;
             }
-            signal->ended.notify_one();
+            signal->changed.notify_one();
         });
         places_.push_back(place);
     }
@@ -88,9 +90,10 @@ public:
             return std::nullopt;
         }
         std::unique_lock lock(signal_->mutex);
-        const bool hasEnded = signal_->ended.wait_for(lock, std::chrono::milliseconds(maxWait),
-                                                      [this] { return places_.front()->hasEnded; });
-        if (!hasEnded) {
+        signal_->changed.wait_for(lock, std::chrono::milliseconds(maxWait),
+                                  [this] { return places_.front()->hasEnded || signal_->isWoken; });
+        signal_->isWoken = false;
+        if (!places_.front()->hasEnded) {
             return std::nullopt;
         }
         const std::shared_ptr<TPlace> first = std::move(places_.front());
@@ -99,6 +102,18 @@ public:
             std::rethrow_exception(std::exchange(first->failure, nullptr));
         }
         return std::move(first->result);
+    }
+
+    // What it answers may be called on any thread, at any time, and ends the wait of TakeFirst, or the next
+    // one: somebody else has something to say.
+    std::function<void()> WakeUp() const {
+        return [signal = signal_] {
+            {
+                const std::lock_guard lock(signal->mutex);
+                signal->isWoken = true;
+            }
+            signal->changed.notify_one();
+        };
     }
 
     // No further job is begun. Those that were not are never told; those that are under way still end.
@@ -115,7 +130,8 @@ private:
     };
     struct TSignal {
         std::mutex mutex;  // for the places, too
-        std::condition_variable ended;
+        std::condition_variable changed;
+        bool isWoken = false;
     };
 
     const std::shared_ptr<TSignal> signal_ = std::make_shared<TSignal>();

@@ -129,18 +129,29 @@ BOOL WINAPI CopyWithProgress(LPCWSTR, LPCWSTR, LPPROGRESS_ROUTINE routine, LPVOI
 
 TEST_F(CopyRun, LargeFilesTellTheirProgressAndCanBeStopped) {
     const std::wstring large = source_.WriteZeros(L"large.bin", 67'108'864);
+    const std::wstring small = source_.Write(L"small.txt", "x");
     std::vector<std::pair<UINT, std::uint64_t>> messages;
+    std::size_t told = 0;
     const TMessageWindow window([&](UINT message, WPARAM low, LPARAM high) -> std::optional<LRESULT> {
         if (message < kProgressResetMessage || message > kProgressMaximumMessage) {
             return std::nullopt;
         }
         messages.emplace_back(message, static_cast<std::uint64_t>(high) << 32 | low);
         if (messages.size() == 3) {
-            Dm().StopCopy();
+            // The small one is copied by now, and waits for its turn to be told.
+            for (int step = 0; step < 5000 && !destination_.Read(CopyOf(L"small.txt")); ++step) {
+                Sleep(1);
+            }
+            EndRun();
+            told = reports_.size();
         }
         return 0;
     });
-    calls_.CopyFileExW = &CopyWithProgress;
+    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                            DWORD flags) -> BOOL {
+        const auto copy = routine != nullptr ? &CopyWithProgress : &::CopyFileExW;
+        return copy(from, to, routine, data, cancel, flags);
+    };
     AddSource(source_.Path());
     Dm().myHandle = window.Handle();
     Run();
@@ -150,6 +161,8 @@ TEST_F(CopyRun, LargeFilesTellTheirProgressAndCanBeStopped) {
                                                            {kProgressPositionMessage, 2'500'000'000},
                                                            {kProgressResetMessage, 0}}));
     EXPECT_EQ(Texts(TMessagePos::Error), std::vector{large});
+    EXPECT_EQ(Texts(TMessagePos::Memo), std::vector{small});
+    EXPECT_EQ(reports_.size(), told) << "nothing is told after the end of the run";
     EXPECT_FALSE(finished_);
 }
 

@@ -74,6 +74,7 @@ TEST(JobsInOrder, WhoeverWaitsIsNotHeldUpByAJobThatNeverEnds) {
     const auto ended = std::make_shared<std::atomic<bool>>(false);
     std::atomic<bool> begun = false;
     int asked = 0;
+    const auto start = std::chrono::steady_clock::now();
     {
         TJobsInOrder<int> jobs(1);
         jobs.Add([release, ended, &begun] {
@@ -89,8 +90,9 @@ TEST(JobsInOrder, WhoeverWaitsIsNotHeldUpByAJobThatNeverEnds) {
         }
         EXPECT_FALSE(jobs.End(200, [&asked] { ++asked; }));
         EXPECT_GT(asked, 0);
-        *release = true;
     }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3)) << "it was waited for once";
+    *release = true;
     while (!*ended) {
         std::this_thread::yield();
     }

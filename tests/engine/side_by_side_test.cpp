@@ -127,7 +127,8 @@ TEST_F(SideBySide, KeepsEarlierCopiesApartFromFilesThatAreCalledLikeThem) {
     EXPECT_EQ(destination_.FileCount(), 8U * 3 + 1) << "new, own and old, and the table";
 }
 
-TEST_F(SideBySide, AStopIsAnsweredWhileEightCopiesHangAndTellsThem) {
+TEST_F(SideBySide, AStopIsAnsweredWhileEightCopiesAndALargeOneHangAndTellsThem) {
+    source_.WriteZeros(L"a.bin", 64 << 20);
     for (int file = 0; file < 100; ++file) {
         source_.Write(L"f" + std::to_wstring(100 + file) + L".txt", "x", TestTime(0));
     }
@@ -144,7 +145,7 @@ TEST_F(SideBySide, AStopIsAnsweredWhileEightCopiesHangAndTellsThem) {
         TClock::time_point stopped;
         std::size_t told = 0;
         Dm().WhileWaiting = [&](TDM& dm) {
-            if (hanging < 8 || CopyIdle) {
+            if (hanging < 9 || CopyIdle) {
                 return;
             }
             if (hangs == TClock::time_point()) {
@@ -163,14 +164,14 @@ TEST_F(SideBySide, AStopIsAnsweredWhileEightCopiesHangAndTellsThem) {
         Run();
         EXPECT_LT(stopped - hangs, std::chrono::milliseconds(100));
         EXPECT_LT(TClock::now() - stopped, std::chrono::seconds(comesBack ? 2 : 9));
-        EXPECT_EQ(hanging, 8U) << "nothing was begun after the stop";
+        EXPECT_EQ(hanging, 9U) << "nothing was begun after the stop";
         EXPECT_EQ(reports_.size(), told) << "nothing is told after the end of the run";
-        EXPECT_EQ(Texts(TMessagePos::FileMsg).size(), 8U);
+        EXPECT_EQ(Texts(TMessagePos::FileMsg).size(), 9U);
         const auto rows = Texts(comesBack ? TMessagePos::Memo : TMessagePos::Error);
-        EXPECT_EQ(rows.size(), 8U);
+        EXPECT_EQ(rows.size(), 9U);
         EXPECT_TRUE(std::ranges::is_sorted(rows));
-        EXPECT_EQ(Dm().NasData.RecordCount(), comesBack ? 8U : 0U);
-        EXPECT_EQ(Dm().Failures().files, comesBack ? 0U : 8U);
+        EXPECT_EQ(Dm().NasData.RecordCount(), comesBack ? 9U : 0U);
+        EXPECT_EQ(Dm().Failures().files, comesBack ? 0U : 9U);
         Dm().WhileWaiting = nullptr;
         CloseHandle(answer);
         if (!comesBack) {
