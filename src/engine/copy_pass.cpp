@@ -3,12 +3,14 @@
 #include <exception>
 #include <iterator>
 #include <utility>
+#include <vector>
 
 #include "engine/copy_run.h"
 #include "engine/destination_wait.h"
 #include "engine/error_log.h"
 #include "engine/file_size_text.h"
 #include "engine/tdm.h"
+#include "engine/thread_manner.h"
 #include "hashdb/destination_folder.h"
 #include "support/case_folding.h"
 #include "support/path_hash.h"
@@ -74,9 +76,17 @@ void TCopyRun::CopyWaitingFiles() {
 
 // Whether they are still there was not asked for every file that was missing.
 void TCopyRun::TellLostFolders() {
-    for (const TProblem& problem : sourceRoots_->AskOwed()) {
+    TJobsInOrder<std::vector<TProblem>> asking(1, &BreakOffCallsOfThisThread);
+    asking.Add([roots = sourceRoots_] { return roots->AskOwed(); });
+    std::optional<std::vector<TProblem>> problems = asking.TakeFirst(kLookInterval);
+    while (!problems && !stopped_) {
+        with_.whileWaiting();
+        problems = asking.TakeFirst(kLookInterval);
+    }
+    for (const TProblem& problem : problems.value_or(std::vector<TProblem>())) {
         ReportFailure(problem);
     }
+    asking.End(kWaitForFreedCopies, with_.whileWaiting);
 }
 
 // What stood in the way may be gone: a disk that was full for a while, a program that had a file to itself.

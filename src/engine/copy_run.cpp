@@ -86,6 +86,7 @@ void TCopyRun::Prepare(TRunSettings settings) {
 
 bool TCopyRun::BeginScan() {
     const std::shared_ptr<TPreparation> prepared = std::exchange(preparation_, nullptr);
+    Report({}, TMessagePos::Status);
     if (prepared->notReached) {
         const TProblem& problem = *prepared->notReached;
         log_.Problem(problem);
@@ -99,6 +100,9 @@ bool TCopyRun::BeginScan() {
     if (prepared->broken) {
         ReportFailure(*prepared->broken);
         return true;
+    }
+    if (stopped_) {
+        return true;  // from within a report
     }
     claim_ = std::move(prepared->claim);
     with_.nasDataFile.Loaded(destination_.TableFile(), prepared->table.get());

@@ -55,11 +55,12 @@ std::optional<TProblem> ReachRoot(const TPlatformCalls& calls, const TPreparatio
     if (nas.empty()) {
         return TProblem{.what = TProblemKind::DestinationMissing};
     }
+    // A NAS that sleeps may take half a minute for its first answer.
+    Tell(task, WaitingForDestinationText(nas));
     const ULONGLONG begun = calls.GetTickCount64();
     TAttempt attempt = Attempt(calls, order);
     while (!attempt.Reached() && order.unattended && IsWorthWaiting(attempt) && !task.Terminated() &&
            calls.GetTickCount64() - begun < kWaitForStart) {
-        Tell(task, WaitingForDestinationText(nas));
         Pause(calls, kAskAgainAfter, task);
         attempt = Attempt(calls, order);
     }

@@ -1,5 +1,8 @@
 #include "engine/tdm.h"
 
+#include <chrono>
+#include <future>
+#include <system_error>
 #include <utility>
 
 #include "engine/file_size_text.h"
@@ -19,6 +22,7 @@
 namespace {
 
 constexpr UINT kCopyTimerInterval = 1000;  // milliseconds
+constexpr std::chrono::milliseconds kPaintInterval{50};
 
 // Lets windows repaint themselves while the window's thread waits; input stays in the queue.
 void PaintWhileWaiting() {
@@ -179,13 +183,30 @@ void TDM::EndScanTask() {
 }
 
 void TDM::SaveNasData() {
-    if (const TErrorCode error = nasDataFile_.Save(calls_)) {
+    const TErrorCode error = nasDataFile_.Save(
+        calls_, [this](std::function<TErrorCode()> work) { return OnTableThread(std::move(work)); });
+    if (error != ERROR_SUCCESS) {
         return ReportFailure(
             {.what = TProblemKind::FileNotSaved, .path = nasDataFile_.Path(), .code = error});
     }
     if (nasDataFile_.IsCurrent()) {
         RememberTable(calls_, configurationFolder_, nasDataFile_.Path(), NasData.RecordCount());
     }
+}
+
+// The table lies on the NAS, which may take its time.
+TErrorCode TDM::OnTableThread(std::function<TErrorCode()> work) {
+    const auto task = std::make_shared<std::packaged_task<TErrorCode()>>(std::move(work));
+    std::future<TErrorCode> result = task->get_future();
+    try {
+        tableThread_.Add([task] { (*task)(); });
+    } catch (const std::system_error&) {
+        (*task)();  // without a thread
+    }
+    while (result.wait_for(kPaintInterval) != std::future_status::ready) {
+        PaintWhileWaiting();
+    }
+    return result.get();
 }
 
 void TDM::CloseRun() {

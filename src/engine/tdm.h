@@ -62,6 +62,7 @@ public:
     // Waits for the tasks of the run to end, some seconds at most. The windows are painted meanwhile.
     void EndScanTask();
     // Writes the hash table to its file if it has something to say; a failure is reported as an Error row.
+    // The windows are painted meanwhile.
     void SaveNasData();
     // Whatever belongs to a run is done now: its log is closed. A run whose last file is still being copied
     // up the stack is closed after it.
@@ -116,6 +117,7 @@ private:
     void LoadRunSettings();
     void RunIsPrepared();
     void CopyPass(TCopyRun& run);
+    TErrorCode OnTableThread(std::function<TErrorCode()> work);
     TDestination Destination() const { return {.nas = NAS, .host = hostName_}; }
     std::wstring IniFile() const { return configurationFolder_ + L"\\NASConf.ini"; }
     std::wstring SourceFolderFile() const { return configurationFolder_ + L"\\NASConf.Dat"; }
@@ -135,6 +137,7 @@ private:
     DWORD Res = 0;
 
     TStoredHashTable nasDataFile_{NasData};
+    TJobThreads tableThread_{1, {}};
     // What went wrong outside of the run.
     std::uint64_t failures_ = 0;
     TRunMachine machine_;

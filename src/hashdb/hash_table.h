@@ -9,13 +9,14 @@
 #include "support/date_time.h"
 #include "support/path_digest.h"
 
-// What a look-up needs, frozen: safe to read on any thread while the table goes on changing.
+// The records, frozen: safe to read on any thread while the table goes on changing.
 class THashSnapshot {
 public:
     explicit THashSnapshot(std::shared_ptr<const THashStore> store) : store_(std::move(store)) {}
 
     // The date of the first record with that HASH; a record whose date has no value counts as 0.
     std::optional<TDateTime> Find(const TPathDigest& hash) const { return store_->Find(hash); }
+    const THashStore& Store() const { return *store_; }
 
 private:
     std::shared_ptr<const THashStore> store_;

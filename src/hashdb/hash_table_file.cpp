@@ -6,19 +6,15 @@ bool LoadHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTab
     return LoadFile(calls, path, [&table](std::string_view bytes) { table.Assign(ReadHashRecords(bytes)); });
 }
 
-TErrorCode SaveHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table) {
-    const auto write = [&table](const TByteSink& sink) {
+TErrorCode SaveHashTable(const TPlatformCalls& calls, std::wstring_view path, const THashSnapshot& records,
+                         bool sorted) {
+    return ReplaceWholeFile(calls, path, [&](const TByteSink& sink) {
         TErrorCode error = ERROR_SUCCESS;
         const bool written =
-            WriteHashRecords(table.Store(), table.HasIndex(), [&error, &sink](std::string_view piece) {
+            WriteHashRecords(records.Store(), sorted, [&error, &sink](std::string_view piece) {
                 error = sink(piece);
                 return error == ERROR_SUCCESS;
             });
         return written ? ERROR_SUCCESS : error;
-    };
-    const TErrorCode error = ReplaceWholeFile(calls, path, write);
-    if (error == ERROR_SUCCESS) {
-        table.SetModified(false);
-    }
-    return error;
+    });
 }

@@ -12,6 +12,7 @@
 // table stays as it was then too.
 bool LoadHashTable(const TPlatformCalls& calls, std::wstring_view path, THashTable& table);
 
-// Replaces the file with the records of the table, in table order.
+// Replaces the file with the records of a table: with an index `sorted`, without one in the order in which
+// they came.
 [[nodiscard]] TErrorCode SaveHashTable(const TPlatformCalls& calls, std::wstring_view path,
-                                       THashTable& table);
+                                       const THashSnapshot& records, bool sorted);

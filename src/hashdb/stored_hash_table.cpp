@@ -27,13 +27,20 @@ bool TStoredHashTable::IsCurrent() const {
     return mayBeSaved_ && table_.IsOpen() && !table_.Modified() && !fileIsMissing_;
 }
 
-TErrorCode TStoredHashTable::Save(const TPlatformCalls& calls) {
+TErrorCode TStoredHashTable::Save(const TPlatformCalls& calls, const TElsewhere& elsewhere) {
     if (!mayBeSaved_ || !table_.IsOpen() || !(table_.Modified() || fileIsMissing_)) {
         return 0;
     }
-    const TErrorCode error = SaveHashTable(calls, path_, table_);
+    const std::shared_ptr<const THashSnapshot> records = table_.Snapshot();
+    const TErrorCode error = elsewhere([&calls, path = path_, records, sorted = table_.HasIndex()] {
+        return SaveHashTable(calls, path, *records, sorted);
+    });
     if (error == 0) {
         fileIsMissing_ = false;
+        // Unless more was recorded meanwhile.
+        if (&records->Store() == &table_.Store()) {
+            table_.SetModified(false);
+        }
     }
     return error;
 }

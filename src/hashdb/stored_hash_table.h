@@ -1,6 +1,7 @@
 // The hash table together with the file that it belongs to.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "hashdb/hash_table.h"
@@ -24,8 +25,12 @@ public:
     // Whether the file holds what the table does.
     bool IsCurrent() const;
 
+    // Does something elsewhere, waits for it, and answers what it answered; one after the other, also when
+    // the wait lets in another call.
+    using TElsewhere = std::function<TErrorCode(std::function<TErrorCode()> work)>;
+
     // Writes the table if it has something to say that the file does not.
-    [[nodiscard]] TErrorCode Save(const TPlatformCalls& calls);
+    [[nodiscard]] TErrorCode Save(const TPlatformCalls& calls, const TElsewhere& elsewhere);
 
 private:
     THashTable& table_;

@@ -397,6 +397,8 @@ TEST_F(CopyRun, AStopIsAnsweredAlsoWhileTheDestinationHangs) {
         while (stuckCalls == 0) {
             Sleep(1);
         }
+        ProcessPendingMessages();
+        EXPECT_EQ(reports_.back().text, L"Warte auf das Ziel: " + Dm().NAS);
         const auto begin = std::chrono::steady_clock::now();
         EndRun();
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));

@@ -11,6 +11,7 @@
 #include "support/case_folding.h"
 #include "support/path_hash.h"
 #include "support/temporary_name.h"
+#include "support/text.h"
 #include "watched_calls.h"
 
 namespace {
@@ -268,6 +269,35 @@ TEST_F(FaultyRun, ANasThatGoesAwayEndsTheRun) {
         ExpectRepaired("after the NAS came back");
         EXPECT_EQ(destination_.Read(CopyOf(L"many\\f199")), "x");
     }
+}
+
+// Whatever is asked of source and destination may take a minute: never the thread that keeps the window
+// alive.
+TEST_F(FaultyRun, AsksNothingOfADiskOnTheWindowsThread) {
+    MakeTrees(true);
+    const std::wstring nas = FoldedCase(destination_.Path());
+    const std::wstring source = FoldedCase(source_.Path());
+    const DWORD windowThread = GetCurrentThreadId();
+    std::set<std::string> asked;
+    {
+        const TWatchedCalls watch([&](const char* call, std::wstring_view path) -> DWORD {
+            const std::wstring folded = FoldedCase(path);
+            const bool isOfADisk =
+                folded.find(nas) != std::wstring::npos || folded.find(source) != std::wstring::npos;
+            if (isOfADisk && GetCurrentThreadId() == windowThread) {
+                asked.insert(std::string(call) + " " + ToUtf8(path));
+            }
+            // Two files that vanish leave a question for their folder, a refused one writes a line.
+            const bool vanishes = path.ends_with(L"new.txt") || path.ends_with(L"file.txt");
+            const bool isRefused = call == std::string_view("CopyFileEx") && path.ends_with(L"changed.txt");
+            return vanishes ? ERROR_FILE_NOT_FOUND : isRefused ? ERROR_DISK_FULL : ERROR_SUCCESS;
+        });
+        WholeRun();
+    }
+    EXPECT_TRUE(asked.empty()) << *asked.begin() << " and " << asked.size() - 1 << " more";
+    EXPECT_TRUE(destination_.Read(HostName() + L"\\Error.log"));
+    EXPECT_EQ(destination_.Read(CopyOf(L"large.bin")), kLargeContent);
+    EXPECT_GT(destination_.Read(HostName() + L"\\Vardeko.dat")->size(), 42U + 78);
 }
 
 // Folders in which nothing is to copy ask for no file, but each for a listing.

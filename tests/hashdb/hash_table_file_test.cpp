@@ -18,8 +18,7 @@ TEST(HashTableFile, RecordsSurviveARestartAndADamagedFileChangesNothing) {
     EXPECT_FALSE(LoadHashTable(calls, path, table)) << "no file";
     EXPECT_EQ(table.RecordCount(), 1u);
     table.AddIndex();
-    ASSERT_EQ(SaveHashTable(calls, path, table), static_cast<TErrorCode>(ERROR_SUCCESS));
-    EXPECT_FALSE(table.Modified());
+    ASSERT_EQ(SaveHashTable(calls, path, *table.Snapshot(), true), TErrorCode{ERROR_SUCCESS});
 
     THashTable reloaded;
     EXPECT_TRUE(LoadHashTable(calls, path, reloaded));
@@ -30,8 +29,8 @@ TEST(HashTableFile, RecordsSurviveARestartAndADamagedFileChangesNothing) {
     EXPECT_EQ(ProblemIn([&] { LoadHashTable(calls, path, reloaded); }),
               (TProblem{.what = TProblemKind::TableDamaged, .path = path, .number = 120, .limit = 124}));
     EXPECT_EQ(reloaded.RecordCount(), 1u);
-    EXPECT_NE(SaveHashTable(calls, folder.At(L"none\\Vardeko.dat"), table),
-              static_cast<TErrorCode>(ERROR_SUCCESS));
+    EXPECT_NE(SaveHashTable(calls, folder.At(L"none\\Vardeko.dat"), *table.Snapshot(), true),
+              TErrorCode{ERROR_SUCCESS});
 }
 
 }  // namespace
