@@ -153,6 +153,15 @@ def large(trees):
               found["large", "floor"], 1.03)
 
 
+def verify(trees):
+    for files, size in ((10_000, 16 << 10), (100, 4 << 20)):
+        trees.make_with_backup(files, b"x" * size)
+        found = wine_samples("verify_bench", "check", trees.folder(files), trees.backup(files), trees.host, ROUNDS)
+        trees.remove(files)
+        yield Row(f"checking {files:,} files of {size >> 10:,} KB, eight at a time", "s", found["check", "ours"],
+                  "bare reading of both sides", found["check", "floor"], 1.15)
+
+
 def peak_memory_of_run(trees, files):
     """A no-change run of the real program: the most of it that was in memory, in MiB, and its seconds."""
     write_config(os.environ["WINEPREFIX"], trees.backup(files), [SourceFolder(trees.folder(files))])
@@ -234,7 +243,7 @@ def far(trees):
     yield Row("  the same", "s", found["far_scan", "ours"], "one at a time", found["far_scan", "one"])
 
 
-GROUPS = {group.__name__: group for group in (table, scan, calls, copy, large, growth, start, far)}
+GROUPS = {group.__name__: group for group in (table, scan, calls, copy, large, verify, growth, start, far)}
 
 
 def print_table(rows):

@@ -40,7 +40,7 @@ void WriteToStandardError(const std::wstring& text) {
               nullptr);
 }
 
-// Under "/COPY" nobody may be there to close a message box.
+// Under "/COPY" and "/VERIFY" nobody may be there to close a message box.
 void ReportFailedStart(const std::wstring& text, bool unattended, const std::wstring& configurationFolder) {
     if (!unattended) {
         MessageBoxW(nullptr, text.c_str(), MainTexts::Program, MB_ICONERROR | MB_OK);
@@ -104,7 +104,7 @@ int RunProgram(const TCommandLine& commandLine, int nShowCmd) {
         windows.emplace(fmMain, *dataModule);
         fmMain.Show(*dataModule, *windows, nShowCmd);
     } catch (const std::exception& error) {
-        ReportFailedStart(ProblemText(ProblemOf(error), &SystemErrorText), commandLine.copy,
+        ReportFailedStart(ProblemText(ProblemOf(error), &SystemErrorText), commandLine.IsUnattended(),
                           dataModule ? dataModule->ConfigurationFolder() : std::wstring());
         fmMain.Destroy();
         return kCouldNotStart;
@@ -121,7 +121,7 @@ int RunProgram(const TCommandLine& commandLine, int nShowCmd) {
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int nShowCmd) {
     const TCommandLine commandLine = ParseCommandLine(ProgramArguments());
-    LeaveOutSystemErrorBoxes(commandLine.copy);
+    LeaveOutSystemErrorBoxes(commandLine.IsUnattended());
     // A call to a NAS may take longer than the system's patience. The window it would put in place of ours,
     // closed by a click, would end the program in the middle of a file.
     DisableProcessWindowsGhosting();

@@ -89,6 +89,11 @@ TfmMain::TfmMain(const TPlatformCalls& calls, TCommandLine commandLine)
                 .shortcut = {.key = 'U', .control = true, .name = MainTexts::UpdateKeys},
                 .visible = false,
                 .execute = [this] { acUpdateExecute(); }}),
+      acVerify({.caption = MainTexts::Verify,
+                .shortcut = {.key = 'P', .control = true, .name = MainTexts::VerifyKeys},
+                .visible = false,
+                .enabledWhen = WhenIdle(),
+                .execute = [this] { acVerifyExecute(); }}),
       acRunLog({.caption = MainTexts::OpenRunLog,
                 .shortcut = {.key = 'L', .control = true, .name = MainTexts::OpenRunLogKeys},
                 .visible = false,
@@ -149,8 +154,8 @@ void TfmMain::FormShow() {
     };
     dataModule_->DoNasFinishMsg = [this](TDM&) { DoNasFinishMsg(); };
     dataModule_->myHandle = Handle();
-    dataModule_->SetUnattended(commandLine_.copy);
-    if (commandLine_.copy) {
+    dataModule_->SetUnattended(commandLine_.IsUnattended());
+    if (commandLine_.IsUnattended()) {
         if (commandLine_.msgOff) {
             aShowMessage = false;
         }
@@ -164,11 +169,11 @@ void TfmMain::FormShow() {
 }
 
 int TfmMain::ExitCode() const {
-    TExitCode code = TExitCode::AllCopied;
-    if (unexpectedErrors_ || (commandLine_.copy && !dataModule_->HasRun())) {
+    TExitCode code = dataModule_->HasRun()         ? dataModule_->ExitCode()
+                     : commandLine_.IsUnattended() ? TExitCode::NotAllCopied
+                                                   : TExitCode::AllCopied;
+    if (unexpectedErrors_ && code != TExitCode::BadCopies) {
         code = TExitCode::NotAllCopied;
-    } else if (dataModule_->HasRun()) {
-        code = dataModule_->ExitCode();
     }
     return static_cast<int>(code);
 }
@@ -184,11 +189,17 @@ void TfmMain::acCloseExecute() {
 void TfmMain::acStartCopyExecute() {
     // What was entered counts, or the run would use a destination that nobody sees any more.
     if (companions_->CloseConfigurationForRun()) {
-        StartRun();
+        StartRun({});
     }
 }
 
-void TfmMain::StartRun() {
+void TfmMain::acVerifyExecute() {
+    if (companions_->CloseConfigurationForRun()) {
+        StartRun({.copy = false, .check = TCheckOrder()});
+    }
+}
+
+void TfmMain::StartRun(const TRunOrder& order) {
     // A reindex that was stopped is still on the stack until it has unwound.
     if (closing_ || dataModule_->IsReindexing() || !CopyIdle) {
         return;
@@ -202,7 +213,7 @@ void TfmMain::StartRun() {
     AddStatusLine(MainTexts::Started(Now()));
     startTime = GetTickCount();
     const TEngineCall call(*this);
-    dataModule_->StartCopy();
+    dataModule_->StartCopy(order);
     UpdateActions();
     PaintNow();
 }
@@ -224,17 +235,30 @@ void TfmMain::EndOfRun() {
     const TEngineCall call(*this);
     dataModule_->EndScanTask();
     const double minutes = (GetTickCount() - startTime) / 60000.0;
-    if (const TRunFailures failures = dataModule_->Failures();
-        failures.Sum() != 0 && !dataModule_->IsReindexing()) {
-        AddStatusLine(FailuresText(failures.files, failures.folders, failures.others), kErrorStatus);
-        failureUnseen_ = GetForegroundWindow() != Handle();
+    const bool onlyChecks = dataModule_->OnlyChecks() && !dataModule_->IsReindexing();
+    if (!dataModule_->IsReindexing()) {
+        AddFailureLines(dataModule_->Failures(), onlyChecks);
     }
-    AddStatusLine(TimeTakenText(minutes, DecimalSeparator()));
+    AddStatusLine(onlyChecks ? CheckTimeText(minutes, DecimalSeparator())
+                             : TimeTakenText(minutes, DecimalSeparator()));
     AddStatusLine(MainTexts::Finished(Now()));
     sbarMain.SetText(kProgressPanel, L"");
     dataModule_->SaveNasData();
     dataModule_->CloseRun();
     UpdateActions();
+}
+
+void TfmMain::AddFailureLines(const TRunFailures& failures, bool onlyChecks) {
+    if (failures.Sum() != 0) {
+        AddStatusLine(FailuresText(failures.files, failures.folders, failures.others, onlyChecks),
+                      kErrorStatus);
+    }
+    if (failures.badCopies != 0) {
+        AddStatusLine(BadCopiesText(failures.badCopies), kErrorStatus);
+    }
+    if (failures.Sum() + failures.badCopies != 0) {
+        failureUnseen_ = GetForegroundWindow() != Handle();
+    }
 }
 
 void TfmMain::DrawAttention() {
@@ -359,7 +383,7 @@ void TfmMain::TimerTimer() {
     Timer.SetEnabled(false);
     // Nobody may be there: settings that cannot be saved hold up nothing.
     static_cast<void>(companions_->CloseConfigurationForRun());
-    StartRun();
+    StartRun({.copy = commandLine_.copy, .check = commandLine_.check});
 }
 
 void TfmMain::UpdateTimerTimer() {
@@ -403,9 +427,9 @@ void TfmMain::EndForgottenMenu() {
     }
 }
 
-std::array<TAction*, 12> TfmMain::Actions() {
-    return {&acClose,  &acStartCopy, &acStopCopy,  &acConfigCopy,    &acShutDown, &acReindex,
-            &acUpdate, &acRunLog,    &acNextError, &acPreviousError, &acShowFile, &acShowCopy};
+std::array<TAction*, 13> TfmMain::Actions() {
+    return {&acClose,  &acStartCopy, &acStopCopy,  &acConfigCopy,    &acShutDown, &acReindex, &acUpdate,
+            &acVerify, &acRunLog,    &acNextError, &acPreviousError, &acShowFile, &acShowCopy};
 }
 
 void TfmMain::UpdateActions() {

@@ -81,6 +81,7 @@ public:
     TAction acShutDown;
     TAction acReindex;
     TAction acUpdate;
+    TAction acVerify;
     TAction acRunLog;
     TAction acNextError;
     TAction acPreviousError;
@@ -125,13 +126,14 @@ private:
     void acShutDownExecute();
     void acReindexExecute();
     void acUpdateExecute();
+    void acVerifyExecute();
     void acRunLogExecute();
     void SelectError(bool below);
     // The path in the current row; empty when that row is about something else.
     std::wstring CurrentPath() const;
     void ShowInFolder(const std::wstring& path);
     bool OpenByShell(const wchar_t* file, const wchar_t* parameters);
-    void StartRun();
+    void StartRun(const TRunOrder& order);
     void TimerTimer();
     void UpdateTimerTimer();
 
@@ -152,9 +154,10 @@ private:
     void Layout();
 
     void EndOfRun();
+    void AddFailureLines(const TRunFailures& failures, bool onlyChecks);
     // Tells somebody who looks at another window that the run is over.
     void DrawAttention();
-    std::array<TAction*, 12> Actions();
+    std::array<TAction*, 13> Actions();
     // Stops a run, and closes the window once the engine is off the stack.
     void RequestClose();
     TEndAnswer EndRequested();

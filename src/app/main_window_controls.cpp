@@ -262,10 +262,10 @@ std::optional<LRESULT> TfmMain::HandleMessage(UINT message, WPARAM wordParameter
             if (reinterpret_cast<HWND>(wordParameter) != cxGridTv.Handle()) {
                 return std::nullopt;
             }
-            ShowListMenu(
-                Handle(), cxGridTv,
-                {&acShowFile, &acShowCopy, nullptr, &acNextError, &acPreviousError, nullptr, &acRunLog},
-                {GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});
+            ShowListMenu(Handle(), cxGridTv,
+                         {&acShowFile, &acShowCopy, nullptr, &acNextError, &acPreviousError, nullptr,
+                          &acVerify, &acRunLog},
+                         {GET_X_LPARAM(longParameter), GET_Y_LPARAM(longParameter)});
             return 0;
         case WM_SIZE:
             Layout();

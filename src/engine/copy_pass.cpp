@@ -45,7 +45,7 @@ void TCopyRun::CopyFiles() {
         CopyWaitingFiles();
         TellLostFolders();
     }
-    if (FScanTask && !stopped_ && !waitTask_) {
+    if (FScanTask && !checks_ && !stopped_ && !waitTask_) {
         Report(kSearchingText, TMessagePos::Status);
     }
 }
@@ -117,8 +117,9 @@ std::shared_ptr<TCopyJob> TCopyRun::NextJob() const {
     std::wstring folder(
         RemoveTrailingSeparator(DestinationFolder(destination_.nas, destination_.host, job->source)));
     job->target = folder + L"\\" + std::wstring(FileNamePart(job->source));
-    // The current row's switch counts, whichever row the file comes from.
-    job->moveAside = with_.memData.Current().History.value_or(false);
+    // The current row's switch counts, whichever row the file comes from. A bad copy, which only a check sends here,
+    // may be the better one: it is kept.
+    job->moveAside = checks_ || with_.memData.Current().History.value_or(false);
     // An earlier copy that is moved aside may get the name of another file.
     job->targetKey = FoldedCase(job->moveAside ? WithoutNumber(job->target) : job->target);
     job->folder =

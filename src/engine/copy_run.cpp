@@ -53,6 +53,7 @@ std::unique_ptr<IOmniTaskControl> TCopyRun::MakeTask(TTaskMethod method, std::ws
 
 void TCopyRun::Prepare(TRunSettings settings) {
     destination_ = {.nas = std::move(settings.nas), .host = with_.hostName};
+    order_ = settings.order;
     fetchCloudFiles_ = settings.fetchCloudFiles;
     parallel_ = settings.parallel;
     ground_ = std::make_shared<TCopyGround>(with_.calls, sourceRoots_, destination_.HostFolder());
@@ -67,6 +68,7 @@ void TCopyRun::Prepare(TRunSettings settings) {
     order->destination = destination_;
     order->configurationFolder = with_.configurationFolder;
     order->unattended = with_.unattended;
+    order->onlyReads = order_.ChangesNothing();
     if (settings.useConnect) {
         order->logon = with_.shareLogon;
         order->user = std::move(settings.user);
@@ -89,6 +91,10 @@ bool TCopyRun::BeginScan() {
     Report({}, TMessagePos::Status);
     if (prepared->notReached) {
         const TProblem& problem = *prepared->notReached;
+        if (!order_.copy) {
+            ReportFailure(problem);
+            return true;
+        }
         log_.Problem(problem);
         Report(ProblemText(problem, &SystemErrorText), TMessagePos::Memo,
                ProblemReason(problem, &SystemErrorText));
@@ -105,7 +111,18 @@ bool TCopyRun::BeginScan() {
         return true;  // from within a report
     }
     claim_ = std::move(prepared->claim);
-    with_.nasDataFile.Loaded(destination_.TableFile(), prepared->table.get());
+    if (order_.ChangesNothing()) {
+        const THashTable none;
+        const THashTable& table = prepared->table ? *prepared->table : none;
+        records_ = table.Snapshot();
+        recordsAreKnown_ = table.RecordCount() != 0;
+    } else {
+        with_.nasDataFile.Loaded(destination_.TableFile(), prepared->table.get());
+    }
+    if (!order_.copy) {
+        BeginCheck();
+        return true;
+    }
 
     // The tables come as copies: no thread ever reads what another one writes.
     FScanTask = MakeTask(
@@ -148,6 +165,10 @@ void TCopyRun::TaskSent(TTaskMessage& message) {
         for (const TUnchangedFile& file : **unchanged) {
             with_.nasData.RecordCopiedFile(file.hash, file.date);
         }
+    } else if (const auto* progress = std::get_if<TVerifyProgress>(&message.value)) {
+        CheckIsAt(*progress);
+    } else if (const auto* counts = std::get_if<TVerifyCounts>(&message.value)) {
+        CheckHasEnded(*counts);
     } else if (const auto* count = std::get_if<std::int64_t>(&message.value)) {
         log_.Note(CloudFilesText(*count));
     } else if (auto* files = std::get_if<std::unique_ptr<TStringList>>(&message.value)) {
@@ -166,6 +187,15 @@ void TCopyRun::TellProblem(const TProblem& problem) {
             // Left out on purpose, and nothing is missing in the backup.
             log_.Problem(problem);
             return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Ignore);
+        case TProblemKind::SourceInUse:
+            log_.Problem(problem);
+            return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Ignore);
+        case TProblemKind::CopyMissing:
+        case TProblemKind::CopyIsFolder:
+        case TProblemKind::CopySizeDiffers:
+        case TProblemKind::CopyContentDiffers:
+        case TProblemKind::CopyUnreadable:
+            return TellBadCopy(problem);
         default:
             return ReportFailure(problem);
     }
@@ -253,6 +283,7 @@ void TCopyRun::Close(int exitCode) {
               .copiedBytes = static_cast<std::uint64_t>(CopiedBytes),
               .failedFiles = failedFiles_.size(),
               .duration = std::chrono::milliseconds(with_.calls.GetTickCount64() - startTime_),
-              .exitCode = exitCode});
+              .exitCode = exitCode,
+              .onlyChecked = !order_.copy});
     claim_.reset();
 }

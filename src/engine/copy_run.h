@@ -17,9 +17,11 @@
 #include "engine/jobs_in_order.h"
 #include "engine/message_kind.h"
 #include "engine/run_log.h"
+#include "engine/run_order.h"
 #include "engine/run_preparation.h"
 #include "engine/source_roots.h"
 #include "engine/task_runtime.h"
+#include "engine/verify_rules.h"
 #include "hashdb/stored_hash_table.h"
 #include "store/settings.h"
 #include "store/source_folder_table.h"
@@ -57,14 +59,17 @@ struct TRunSettings {
     TSecret password;
     bool fetchCloudFiles = false;
     std::size_t parallel = 1;  // small files copied, and folders listed, at the same time
+    TRunOrder order = {};
 };
 
 // How much of a run went wrong.
 struct TRunFailures {
-    std::uint64_t files = 0;    // not copied
-    std::uint64_t folders = 0;  // not listed to their end
-    std::uint64_t others = 0;   // a table that was not saved, say
+    std::uint64_t files = 0;      // not copied
+    std::uint64_t folders = 0;    // not listed to their end
+    std::uint64_t others = 0;     // a table that was not saved, say
+    std::uint64_t badCopies = 0;  // found by a check, made anew or not
 
+    // What kept it from doing its work; a copy that is bad did not.
     std::uint64_t Sum() const { return files + folders + others; }
 };
 
@@ -91,6 +96,10 @@ public:
     // destination was not reached. The problems are reported.
     bool BeginScan();
 
+    // Starts the check of the backup, if the run is to make one and has not. A run that only checks has
+    // BeginScan do it.
+    bool BeginCheck();
+
     // Whether a task belongs to this run, and what it sent or that it has ended. Ended is true for the task
     // that prepares.
     bool Owns(const IOmniTask& task) const;
@@ -113,7 +122,10 @@ public:
     // Writes the last lines of the run's log. Once.
     void Close(int exitCode);
 
-    TRunFailures Failures() const { return {failedFiles_.size(), incompleteFolders_, otherFailures_}; }
+    const TRunOrder& Order() const { return order_; }
+    TRunFailures Failures() const {
+        return {failedFiles_.size(), incompleteFolders_, otherFailures_, badCopies_};
+    }
     std::uint64_t MissingFolders() const { return missingFolders_; }
 
 private:
@@ -132,6 +144,9 @@ private:
     void ReportQueued();
     void EndTheTasks(const std::function<void()>& whileWaiting);
 
+    void CheckIsAt(const TVerifyProgress& progress);
+    void CheckHasEnded(const TVerifyCounts& counts);
+    void TellBadCopy(const TProblem& problem);
     void CopyWaitingFiles();
     void TakeFailedFilesAgain();
     void BeginFiles();
@@ -152,6 +167,7 @@ private:
     void DestinationLost();
 
     const TRunSurroundings with_;
+    TRunOrder order_;
     TDestination destination_;
     TRunLog log_;
     const ULONGLONG startTime_;  // milliseconds
@@ -195,6 +211,13 @@ private:
     std::uint64_t incompleteFolders_ = 0;
     std::uint64_t otherFailures_ = 0;
     std::uint64_t missingFolders_ = 0;
+
+    // Of the check: whether it has begun, the records it goes by (none yet: those of nasData), its files.
+    bool checks_ = false;
+    std::shared_ptr<const THashSnapshot> records_;
+    bool recordsAreKnown_ = false;
+    TVerifySlice slice_;
+    std::uint64_t badCopies_ = 0;
 
     bool stopped_ = false;
     bool isLost_ = false;

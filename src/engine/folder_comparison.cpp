@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "engine/cloud_files.h"
 #include "support/file_identity.h"
 #include "support/folder_listing.h"
 #include "support/path_hash.h"
@@ -10,14 +11,6 @@
 #include "texts/problem_text.h"
 
 namespace {
-
-// The system's headers of this compiler do not know them all.
-constexpr DWORD kRecallOnOpen = 0x0004'0000;
-constexpr DWORD kRecallOnDataAccess = 0x0040'0000;
-
-bool MustBeFetched(DWORD attributes) {
-    return (attributes & (FILE_ATTRIBUTE_OFFLINE | kRecallOnOpen | kRecallOnDataAccess)) != 0;
-}
 
 TFileState StateOf(const FILETIME& lastWrite, std::int64_t size) {
     const auto ticks = static_cast<std::uint64_t>(lastWrite.dwHighDateTime) << 32 | lastWrite.dwLowDateTime;

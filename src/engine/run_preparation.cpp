@@ -101,8 +101,8 @@ bool IsDamage(const TProblem& problem) {
     return problem.what == TProblemKind::TableDamaged || problem.what == TProblemKind::NoTableFile;
 }
 
-void LoadTable(const TPlatformCalls& calls, const TDestination& destination,
-               const std::wstring& configurationFolder, TPreparation& preparation) {
+void LoadTable(const TPlatformCalls& calls, const TPreparationOrder& order, TPreparation& preparation) {
+    const TDestination& destination = order.destination;
     auto table = std::make_unique<THashTable>();
     try {
         // A missing one is asked for twice: its records would be lost if it was only out of reach for a
@@ -110,9 +110,11 @@ void LoadTable(const TPlatformCalls& calls, const TDestination& destination,
         if (LoadHashTable(calls, destination.TableFile(), *table) ||
             LoadHashTable(calls, destination.TableFile(), *table)) {
             preparation.table = std::move(table);
-        } else if (const std::uint64_t records =
-                       TakeSeenRecords(calls, configurationFolder, destination.TableFile());
-                   records != 0) {
+            return;
+        }
+        const std::uint64_t records =
+            order.onlyReads ? 0 : TakeSeenRecords(calls, order.configurationFolder, destination.TableFile());
+        if (records != 0) {
             preparation.told.push_back(
                 {.what = TProblemKind::TableLost, .path = destination.TableFile(), .number = records});
         }
@@ -120,7 +122,10 @@ void LoadTable(const TPlatformCalls& calls, const TDestination& destination,
         TProblem problem = ProblemOf(error);
         // A damaged table would stop every later run as well. Without it the copies' own dates decide. One of
         // another version may be worth more than this program knows.
-        if (IsDamage(problem) && MoveAsideWithNumber(calls, destination.TableFile())) {
+        if (order.onlyReads) {
+            // The copies' own dates decide without it.
+            preparation.told.push_back(std::move(problem));
+        } else if (IsDamage(problem) && MoveAsideWithNumber(calls, destination.TableFile())) {
             preparation.told.push_back(std::move(problem));
         } else {
             preparation.broken = std::move(problem);
@@ -149,14 +154,20 @@ TPreparation PrepareRun(const TPlatformCalls& calls, TPreparationOrder& order, I
     preparation.notReached = ReachRoot(calls, order, task);
     order.user = {};
     order.password = {};
-    if (!preparation.notReached && !task.Terminated()) {
+    if (!preparation.notReached && order.onlyReads && !task.Terminated()) {
+        if (!FolderExists(calls, order.destination.HostFolder())) {
+            preparation.broken =
+                TProblem{.what = TProblemKind::NothingToCheck, .path = order.destination.HostFolder()};
+            return preparation;
+        }
+    } else if (!preparation.notReached && !task.Terminated()) {
         preparation.notReached = ReachHostFolder(calls, order.destination);
     }
     if (!preparation.notReached && !task.Terminated()) {
         preparation.claim = AwaitClaim(calls, order.destination, task);
     }
     if (preparation.claim && !task.Terminated()) {
-        LoadTable(calls, order.destination, order.configurationFolder, preparation);
+        LoadTable(calls, order, preparation);
     }
     return preparation;
 }

@@ -32,6 +32,7 @@ struct TPreparationOrder {
     TSecret user;
     TSecret password;
     bool unattended = false;  // a destination that is not there yet is waited for
+    bool onlyReads = false;   // nothing is made, or moved, at the destination
 };
 
 // Keeps a second run from working on the same table at the same time: for as long as the object lives, others
@@ -54,7 +55,8 @@ private:
 struct TPreparation {
     // Why the run cannot begin: the destination is not to be had.
     std::optional<TProblem> notReached;
-    // Why it ends before it begins: its table cannot be read, and nothing may be written over it.
+    // Why it ends before it begins: its table cannot be read, and nothing may be written over it; or there is
+    // no backup that could be read.
     std::optional<TProblem> broken;
     // What the user must hear all the same.
     std::vector<TProblem> told;

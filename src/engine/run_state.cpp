@@ -1,6 +1,10 @@
 #include "engine/run_state.h"
 
-TExitCode ExitCodeOf(TRunOutcome outcome, std::uint64_t failures, std::uint64_t missingFolders) {
+TExitCode ExitCodeOf(TRunOutcome outcome, std::uint64_t failures, std::uint64_t missingFolders,
+                     std::uint64_t badCopies) {
+    if (badCopies != 0) {
+        return TExitCode::BadCopies;
+    }
     if (outcome != TRunOutcome::Finished || failures != 0) {
         return TExitCode::NotAllCopied;
     }

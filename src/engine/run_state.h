@@ -25,10 +25,13 @@ enum class TExitCode {
     AllCopied = 0,
     NotAllCopied = 1,         // something failed, or the run did not come to its end
     SourceFolderMissing = 3,  // all that was found is copied, but a source folder of an active row was not
+    BadCopies = 4,            // a check found copies that are bad, whatever else there is to say
 };
 
-// `failures` counts what went wrong, `missingFolders` the source folders that do not exist.
-TExitCode ExitCodeOf(TRunOutcome outcome, std::uint64_t failures, std::uint64_t missingFolders);
+// `failures` counts what went wrong, `missingFolders` the source folders that do not exist, `badCopies` what
+// a check found, also when it was made anew.
+TExitCode ExitCodeOf(TRunOutcome outcome, std::uint64_t failures, std::uint64_t missingFolders,
+                     std::uint64_t badCopies);
 
 // The states and the legal steps between them. A step that is not legal changes nothing and answers false: a
 // click, the end of the session or the end of a task may come at any moment. One at a time exists in the

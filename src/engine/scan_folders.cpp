@@ -39,7 +39,8 @@ TFolderScan::TFolderScan(IOmniTask& task, const TPlatformCalls& calls, TScanPara
              .stopRequested = [&task] { return task.Terminated(); }}),
       listings_(
           calls, task, *roots_, walk_.Folders(),
-          [this](const TSourceFolder& folder) { return TargetOf(folder); }, parameters_.readAhead) {}
+          [this](const TSourceFolder& folder) { return TargetOf(folder); }, parameters_.readAhead),
+      sharedTargets_(calls) {}
 
 std::wstring TFolderScan::TargetOf(const TSourceFolder& folder) const {
     return DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path);
@@ -109,8 +110,8 @@ void TFolderScan::CompareAndSend(std::size_t number) {
 
 void TFolderScan::Compare(const TSourceFolder& folder, const std::wstring& target, TFolderListing& listing,
                           TFolderComparison& comparison) {
-    TNames* const names = folder.sharesTarget ? &NamesAt(target) : nullptr;
-    TNames given;
+    TSharedTargets::TNames* const names = folder.sharesTarget ? &sharedTargets_.NamesAt(target) : nullptr;
+    TSharedTargets::TNames given;
     std::vector<std::wstring> collisions;
     walk_.ListFiles(folder, listing, [&](const WIN32_FIND_DATAW& file) {
         const std::wstring name = names != nullptr ? FoldedCase(file.cFileName) : std::wstring();
@@ -128,20 +129,6 @@ void TFolderScan::Compare(const TSourceFolder& folder, const std::wstring& targe
     for (const std::wstring& name : collisions) {
         TellCollision(folder, name);
     }
-}
-
-// Two folders whose destinations differ only in case are one folder there, unless they are known to be two.
-// The file that came first keeps its place.
-TFolderScan::TNames& TFolderScan::NamesAt(const std::wstring& target) {
-    const auto identity = FileIdentity(calls_, target);
-    const std::wstring key = FoldedCase(target);
-    const auto [first, last] = sharedTargets_.equal_range(key);
-    for (auto known = first; known != last; ++known) {
-        if (!known->second.identity || known->second.identity == identity) {
-            return known->second.names;
-        }
-    }
-    return sharedTargets_.emplace(key, TSharedTarget{identity, {}})->second.names;
 }
 
 void TFolderScan::TellCollision(const TSourceFolder& folder, const std::wstring& name) {

@@ -4,18 +4,16 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "engine/listings_ahead.h"
+#include "engine/shared_targets.h"
 #include "engine/source_roots.h"
 #include "engine/source_walk.h"
 #include "engine/task_runtime.h"
 #include "hashdb/hash_table.h"
 #include "store/source_folder_table.h"
-#include "support/file_identity.h"
 #include "support/file_times.h"
 #include "support/platform_calls.h"
 
@@ -32,6 +30,8 @@ enum class TScanMessage : std::uint16_t {
     Compared = 12,     // source folder of a row and its number of files, for the run log
     Unchanged = 13,    // list of files whose copy is right and whose record is not; never empty
     CloudFiles = 14,   // integer, for the run log: files not fetched from the cloud; never 0
+    Verifying = 15,    // how far a check of the backup is
+    Verified = 16,     // what came of it
 };
 
 // What the scan works on. Tables come as copies that nobody writes any more.
@@ -57,13 +57,6 @@ public:
     void Run();
 
 private:
-    using TNames = std::set<std::wstring>;
-    // A destination folder that several source folders may share.
-    struct TSharedTarget {
-        std::optional<TFileIdentity> identity;  // none while it does not exist
-        TNames names;                           // given to it so far, in upper case
-    };
-
     std::wstring TargetOf(const TSourceFolder& folder) const;
     void ScanFolder(std::size_t number);
     bool DestinationComesBack() const;
@@ -72,7 +65,6 @@ private:
                  TFolderComparison& comparison);
     void SendFindings(const TSourceFolder& folder, TFolderComparison& comparison);
     void SendSummary();
-    TNames& NamesAt(const std::wstring& target);
     void TellCollision(const TSourceFolder& folder, const std::wstring& name);
 
     IOmniTask& task_;
@@ -82,8 +74,8 @@ private:
     const std::shared_ptr<TSourceRoots> roots_;
     TSourceWalk walk_;
     TListingsAhead listings_;
-    std::multimap<std::wstring, TSharedTarget> sharedTargets_;  // by path in upper case
-    std::map<std::size_t, std::int64_t> comparedFiles_;         // by root
+    TSharedTargets sharedTargets_;
+    std::map<std::size_t, std::int64_t> comparedFiles_;  // by root
     std::int64_t fileCount_ = 0;
     std::int64_t cloudFileCount_ = 0;
 };

@@ -20,6 +20,7 @@
 #include "support/date_time.h"
 #include "support/path_digest.h"
 #include "support/problem.h"
+#include "texts/run_texts.h"
 
 using TStringList = std::vector<std::wstring>;
 
@@ -36,9 +37,18 @@ struct TUnchangedFile {
 };
 using TUnchangedList = std::vector<TUnchangedFile>;
 
+// How far a check of the backup is.
+struct TVerifyProgress {
+    std::wstring path;        // of the source file in hand
+    std::uint64_t bytes = 0;  // compared so far, in all
+    std::uint64_t done = 0;   // of the file
+    std::uint64_t size = 0;   // of the file
+};
+
 // What a message carries. An object is handed over whole: the receiver owns it.
-using TTaskValue = std::variant<std::monostate, std::wstring, std::int64_t, std::unique_ptr<TStringList>,
-                                std::unique_ptr<TUnchangedList>, TProblem, TComparedFolder>;
+using TTaskValue =
+    std::variant<std::monostate, std::wstring, std::int64_t, std::unique_ptr<TStringList>,
+                 std::unique_ptr<TUnchangedList>, TProblem, TComparedFolder, TVerifyProgress, TVerifyCounts>;
 
 struct TTaskMessage {
     std::uint16_t identifier = 0;

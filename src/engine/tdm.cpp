@@ -111,7 +111,7 @@ void TDM::LoadRunSettings() {
     APass = std::move(settings.PASS.value);
 }
 
-void TDM::StartCopy() {
+void TDM::StartCopy(const TRunOrder& order) {
     // Whoever starts anew without ending the old run has it ended here.
     StopCopy();
     if (!machine_.Start()) {
@@ -144,7 +144,8 @@ void TDM::StartCopy() {
                        .user = std::move(AUser),
                        .password = std::move(APass),
                        .fetchCloudFiles = fetchCloudFiles_,
-                       .parallel = parallel_});
+                       .parallel = parallel_,
+                       .order = order});
     } catch (const std::exception& error) {
         // Nothing is scanned: the next tick finds the run ended.
         run_->ReportFailure(ProblemOf(error));
@@ -183,6 +184,9 @@ void TDM::EndScanTask() {
 }
 
 void TDM::SaveNasData() {
+    if (run_ && run_->Order().ChangesNothing() && !IsReindexing()) {
+        return;
+    }
     const TErrorCode error = nasDataFile_.Save(
         calls_, [this](std::function<TErrorCode()> work) { return OnTableThread(std::move(work)); });
     if (error != ERROR_SUCCESS) {
@@ -226,7 +230,9 @@ std::wstring TDM::PathOfCopy(std::wstring_view source) const {
 }
 
 TExitCode TDM::ExitCode() const {
-    return ExitCodeOf(machine_.Outcome(), Failures().Sum(), run_ ? run_->MissingFolders() : 0);
+    const TRunFailures failures = Failures();
+    return ExitCodeOf(machine_.Outcome(), failures.Sum(), run_ ? run_->MissingFolders() : 0,
+                      failures.badCopies);
 }
 
 void TDM::ReIndexNasData() {
@@ -339,6 +345,10 @@ void TDM::CopyTimerTimer() {
         return;
     } else if (State() == TRunState::Preparing || run->HasWork()) {
         // The last report may have brought in files, and with them the end of the task.
+        CopyTimer.SetEnabled(true);
+    } else if (run->BeginCheck()) {
+        // A check may take hours: what was copied is on record before it.
+        SaveNasData();
         CopyTimer.SetEnabled(true);
     } else if (machine_.Finish() && DoNasFinishMsg) {
         DoNasFinishMsg(*this);

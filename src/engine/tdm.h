@@ -54,9 +54,10 @@ public:
     void SaveSourceFolderTable();
 
     // Starts a run and returns at once. What keeps it from beginning is reported: after a destination that
-    // cannot be reached CopyIdle stays false until somebody stops the run; settings or a hash table that
-    // cannot be read end it with the next tick. Nothing happens while a reindex is under way.
-    void StartCopy();
+    // cannot be reached CopyIdle stays false until somebody stops the run, one that only checks excepted;
+    // settings or a hash table that cannot be read end it with the next tick. Nothing happens while a reindex
+    // is under way.
+    void StartCopy(const TRunOrder& order = {});
     // Stops the run, or the reindex: nothing more is copied but the file at hand.
     void StopCopy();
     // Waits for the tasks of the run to end, some seconds at most. The windows are painted meanwhile.
@@ -83,6 +84,8 @@ public:
     void EndReindex() { machine_.EndReindex(); }
     // Whether a run was ever begun, and what came of the last one.
     bool HasRun() const { return run_ != nullptr; }
+    // Whether the current or last run only checks.
+    bool OnlyChecks() const { return run_ && !run_->Order().copy; }
     TExitCode ExitCode() const;
     // How much of the current or last run went wrong.
     TRunFailures Failures() const;

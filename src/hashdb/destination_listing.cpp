@@ -16,25 +16,26 @@ TExistingCopy CopyFrom(const TAttributes& attributes) {
 
 }  // namespace
 
-TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder)
+TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder,
+                                         TLeftOvers leftOvers)
     : calls_(calls), folder_(std::move(folder)) {
     TFolderListing listing(calls_, folder_);
-    Read(listing);
+    Read(listing, leftOvers);
 }
 
 TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder,
                                          TFolderListing& listing)
     : calls_(calls), folder_(std::move(folder)) {
-    Read(listing);
+    Read(listing, TLeftOvers::Remove);
 }
 
-void TDestinationListing::Read(TFolderListing& listing) {
+void TDestinationListing::Read(TFolderListing& listing, TLeftOvers leftOvers) {
     while (listing.Next()) {
         const WIN32_FIND_DATAW& entry = listing.Entry();
         if (IsFolder(entry)) {
             continue;
         }
-        if (IsLeftOverTemporaryName(entry.cFileName)) {
+        if (leftOvers == TLeftOvers::Remove && IsLeftOverTemporaryName(entry.cFileName)) {
             RemoveFile(calls_, folder_ + L"\\" + entry.cFileName);
         } else if (!IsTemporaryName(entry.cFileName)) {
             Add(entry);

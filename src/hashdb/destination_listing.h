@@ -22,6 +22,9 @@ struct TExistingCopy {
     std::int64_t size = 0;  // bytes
 };
 
+// What becomes of temporary files of interrupted runs.
+enum class TLeftOvers { Remove, Keep };
+
 // Answers for every file of one destination folder whether it exists, when it was last written and how large
 // it is, from a single listing: the destination is far away, and a question per file is what makes backups
 // slow. Asked is only what a listing cannot answer: everything when it fails for another reason than a
@@ -29,11 +32,12 @@ struct TExistingCopy {
 // as it is spelled, when the listing knows another spelling or the name is one that file systems spell
 // differently, since whether two names are one file is the file system's to say. When the destination does
 // not answer, making one and asking throw EProblem (DestinationUnreachable). Temporary files of interrupted
-// runs are removed on the way.
+// runs are removed on the way, unless they are to be kept; copies they are not.
 class TDestinationListing {
 public:
     // The folder's path, without a trailing "\".
-    TDestinationListing(const TPlatformCalls& calls, std::wstring folder);
+    TDestinationListing(const TPlatformCalls& calls, std::wstring folder,
+                        TLeftOvers leftOvers = TLeftOvers::Remove);
     // From a listing of the folder of which nothing was taken yet.
     TDestinationListing(const TPlatformCalls& calls, std::wstring folder, TFolderListing& listing);
 
@@ -60,7 +64,7 @@ private:
         std::size_t operator()(std::wstring_view name) const { return std::hash<std::wstring_view>()(name); }
     };
 
-    void Read(TFolderListing& listing);
+    void Read(TFolderListing& listing, TLeftOvers leftOvers);
     void Add(const WIN32_FIND_DATAW& entry);
     TAttributes AskForAttributes(std::wstring_view path) const;
     std::optional<TExistingCopy> Ask(std::wstring_view fileName) const;

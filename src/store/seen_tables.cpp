@@ -10,14 +10,16 @@
 
 namespace {
 
-constexpr std::wstring_view kSection = L"TABLES";
+constexpr std::wstring_view kTables = L"TABLES";
+constexpr std::wstring_view kChecks = L"CHECKS";
 
-// The file, opened to look up or change one table.
+// The file, opened to look up or change what a section says of one table.
 class TSeenTables {
 public:
     TSeenTables(const TPlatformCalls& calls, const std::wstring& configurationFolder,
-                const std::wstring& tableFile)
+                const std::wstring& tableFile, std::wstring_view section)
         : calls_(calls),
+          section_(section),
           path_(configurationFolder + L"\\NASSeen.ini"),
           key_(PathHash(FoldedCase(tableFile))) {
         if (ReadWholeFile(calls_, path_, bytes_) != ERROR_SUCCESS) {
@@ -25,15 +27,15 @@ public:
         }
     }
 
-    std::uint64_t Records() const {
-        const auto text = TIniFile(bytes_, codePage_).Text(kSection, key_);
+    std::uint64_t Number() const {
+        const auto text = TIniFile(bytes_, codePage_).Text(section_, key_);
         return text ? std::wcstoull(text->c_str(), nullptr, 10) : 0;
     }
 
     // `note` is for people who look into the file.
-    void Store(std::uint64_t records, const std::wstring& note) const {
+    void Store(std::uint64_t number, const std::wstring& note) const {
         TIniFile ini(bytes_, codePage_);
-        ini.SetText(kSection, key_, std::to_wstring(records) + L" " + note);
+        ini.SetText(section_, key_, std::to_wstring(number) + L" " + note);
         const std::string changed = ini.Bytes(codePage_);
         if (changed != bytes_) {
             static_cast<void>(
@@ -43,6 +45,7 @@ public:
 
 private:
     const TPlatformCalls& calls_;
+    const std::wstring_view section_;
     const std::wstring path_;
     const std::wstring key_;
     const TSystemCodePage codePage_;
@@ -53,15 +56,25 @@ private:
 
 void RememberTable(const TPlatformCalls& calls, const std::wstring& configurationFolder,
                    const std::wstring& tableFile, std::uint64_t records) {
-    TSeenTables(calls, configurationFolder, tableFile).Store(records, tableFile);
+    TSeenTables(calls, configurationFolder, tableFile, kTables).Store(records, tableFile);
 }
 
 std::uint64_t TakeSeenRecords(const TPlatformCalls& calls, const std::wstring& configurationFolder,
                               const std::wstring& tableFile) {
-    const TSeenTables seen(calls, configurationFolder, tableFile);
-    const std::uint64_t records = seen.Records();
+    const TSeenTables seen(calls, configurationFolder, tableFile, kTables);
+    const std::uint64_t records = seen.Number();
     if (records != 0) {
         seen.Store(0, tableFile);
     }
     return records;
+}
+
+unsigned VerifiedUpTo(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                      const std::wstring& tableFile) {
+    return static_cast<unsigned>(TSeenTables(calls, configurationFolder, tableFile, kChecks).Number() % 100);
+}
+
+void RememberVerified(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                      const std::wstring& tableFile, unsigned next) {
+    TSeenTables(calls, configurationFolder, tableFile, kChecks).Store(next, tableFile);
 }

@@ -13,6 +13,13 @@
 void RememberTable(const TPlatformCalls& calls, const std::wstring& configurationFolder,
                    const std::wstring& tableFile, std::uint64_t records);
 
+// Where the next check of a part of the backup begins (engine/verify_rules.h), 0 when there was none yet.
+// Kept for each table, in the same file.
+unsigned VerifiedUpTo(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                      const std::wstring& tableFile);
+void RememberVerified(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                      const std::wstring& tableFile, unsigned next);
+
 // The records that the table had when it was last saved, 0 when it never was; forgets them, so that a
 // missing table is told once.
 std::uint64_t TakeSeenRecords(const TPlatformCalls& calls, const std::wstring& configurationFolder,

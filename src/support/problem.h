@@ -46,6 +46,15 @@ enum class TProblemKind {
     NamesCollide,            // path: a source file whose name another one has at the destination
     ScanBroken,              // detail: why
     CopyFailed,              // path: the source; code
+    // What a check of the backup finds. path: the source.
+    CopyMissing,
+    CopyIsFolder,        // a folder lies in its place
+    CopySizeDiffers,     // number: bytes of the copy, limit: of the source
+    CopyContentDiffers,  // number: bytes before the first that differs
+    CopyUnreadable,      // code
+    SourceInUse,         // changes while it is read: not compared
+    CheckBroken,         // detail: why
+    NothingToCheck,      // path: this computer's folder, which the destination does not have
 };
 
 // One thing that went wrong. Holds no sentence: ProblemText (texts/problem_text.h) words it.

@@ -114,6 +114,23 @@ std::wstring ProblemText(const TProblem& problem, TSystemText systemText) {
             return L"Die Sicherung liegt in einem Quellordner und wird dort übergangen: " + problem.path;
         case TProblemKind::NamesCollide:
             return L"Die Datei hat keine Kopie, weil im Ziel eine andere ihren Namen trägt: " + problem.path;
+        case TProblemKind::CopyMissing:
+            return L"Die Kopie fehlt";
+        case TProblemKind::CopyIsFolder:
+            return L"An der Stelle der Kopie liegt ein Ordner";
+        case TProblemKind::CopySizeDiffers:
+            return L"Die Kopie hat eine andere Größe: " + std::to_wstring(problem.number) + L" statt " +
+                   std::to_wstring(problem.limit) + L" Bytes";
+        case TProblemKind::CopyContentDiffers:
+            return L"Die Kopie hat ab Byte " + std::to_wstring(problem.number + 1) + L" einen anderen Inhalt";
+        case TProblemKind::CopyUnreadable:
+            return L"Die Kopie kann nicht gelesen werden: " + reason();
+        case TProblemKind::SourceInUse:
+            return L"In Benutzung und nicht geprüft: " + problem.path;
+        case TProblemKind::CheckBroken:
+            return L"Die Prüfung wurde abgebrochen: " + problem.detail;
+        case TProblemKind::NothingToCheck:
+            return L"Hier liegt noch keine Sicherung, die geprüft werden könnte: " + problem.path;
         case TProblemKind::ScanBroken:
             return L"Der Dateivergleich wurde abgebrochen: " + problem.detail;
     }

@@ -37,14 +37,24 @@ std::wstring DurationText(std::chrono::milliseconds duration) {
            TwoDigits(seconds % 60) + L" s";
 }
 
-const wchar_t* ResultText(int exitCode) {
+bool IsBadCopy(TProblemKind what) {
+    return what == TProblemKind::CopyMissing || what == TProblemKind::CopyIsFolder ||
+           what == TProblemKind::CopySizeDiffers || what == TProblemKind::CopyContentDiffers ||
+           what == TProblemKind::CopyUnreadable;
+}
+
+const wchar_t* ResultText(int exitCode, bool onlyChecked) {
     switch (exitCode) {
         case 0:
-            return L"Alles, was zu kopieren war, ist kopiert.";
+            return onlyChecked ? L"Alle Kopien, die geprüft wurden, sind gut."
+                               : L"Alles, was zu kopieren war, ist kopiert.";
         case 3:
-            return L"Was gefunden wurde, ist kopiert, aber ein Quellordner fehlt.";
+            return onlyChecked ? L"Was gefunden wurde, ist geprüft, aber ein Quellordner fehlt."
+                               : L"Was gefunden wurde, ist kopiert, aber ein Quellordner fehlt.";
+        case 4:
+            return L"Die Prüfung fand schlechte Kopien.";
         default:
-            return L"Nicht alles ist kopiert.";
+            return onlyChecked ? L"Nicht alles ist geprüft." : L"Nicht alles ist kopiert.";
     }
 }
 
@@ -67,6 +77,8 @@ std::wstring RunLogProblem(const TProblem& problem, TSystemText systemText) {
     std::wstring line = ProblemText(problem, systemText);
     if (problem.what == TProblemKind::CopyFailed) {
         line = L"Nicht kopiert: " + problem.path + L": " + line;
+    } else if (IsBadCopy(problem.what)) {
+        line = L"Schlechte Kopie: " + problem.path + L": " + line;
     }
     // A row has it beside its text, where the text does not say it itself.
     const std::wstring reason = ProblemReason(problem, systemText);
@@ -83,7 +95,8 @@ std::wstring RunLogEnd(const TRunSummary& summary, TDateTime end) {
     return L"Kopiert: " + Files(summary.copiedFiles) + L", " + Count(summary.copiedBytes, L"Byte", L"Bytes") +
            L"\r\nNicht kopiert: " + Files(summary.failedFiles) + L"\r\nDauer: " +
            DurationText(summary.duration) + L"\r\nEnde: " + DateText(end) + L" " + ClockText(end) +
-           L"\r\nErgebnis: " + std::to_wstring(summary.exitCode) + L". " + ResultText(summary.exitCode);
+           L"\r\nErgebnis: " + std::to_wstring(summary.exitCode) + L". " +
+           ResultText(summary.exitCode, summary.onlyChecked);
 }
 
 std::wstring ClockText(TDateTime time) {

@@ -16,7 +16,8 @@ struct TRunSummary {
     std::uint64_t copiedBytes = 0;
     std::uint64_t failedFiles = 0;
     std::chrono::milliseconds duration{};
-    int exitCode = 0;  // as the program would end with it: 0, 1 or 3
+    int exitCode = 0;  // as the program would end with it: 0, 1, 3 or 4
+    bool onlyChecked = false;
 };
 
 // "Vardeko 7.8: Lauf vom 23.11.2026 20:00:00"

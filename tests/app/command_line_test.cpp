@@ -19,4 +19,15 @@ TEST(CommandLine, MeansNothingWithoutCopy) {
     EXPECT_FALSE(line.copy || line.shutDown || line.msgOff);
 }
 
+TEST(CommandLine, AsksForChecksInWholeWords) {
+    const TCommandLine part = ParseCommandLine({L"/verify=7", L"/Repair", L"/SHUTDOWN"});
+    ASSERT_TRUE(part.check && part.IsUnattended());
+    EXPECT_TRUE(!part.copy && !part.shutDown && part.check->percent == 7 && part.check->repair);
+    EXPECT_EQ(ParseCommandLine({L"/VERIFY=99", L"/VERIFY", L"/VERIFY=3"}).check->percent, 100U);
+    for (const wchar_t* other : {L"/VERIFY=0", L"/VERIFY=100", L"/VERIFY=07", L"/VERIFY=", L"/VERIFY=1x",
+                                 L"/VERIFIED", L"-VERIFY", L"/REPAIR"}) {
+        EXPECT_FALSE(ParseCommandLine({other}).IsUnattended()) << other;
+    }
+}
+
 }  // namespace

@@ -78,10 +78,10 @@ protected:
     }
 
     // A run to its end as the window would see it, the table saved; fails after some seconds.
-    void Run() {
+    void Run(const TRunOrder& order = {}) {
         reports_.clear();
         finished_ = false;
-        Dm().StartCopy();
+        Dm().StartCopy(order);
         for (int step = 0; step < 5000 && !CopyIdle && Dm().State() != TRunState::Unreachable; ++step) {
             Sleep(1);
             ProcessPendingMessages();

@@ -87,7 +87,7 @@ void ExpectSound(const TWorld& world, const std::string& way) {
     if (busy && !world.reindexOnStack) {
         EXPECT_EQ(machine.Outcome(), TRunOutcome::None) << way;
     }
-    const TExitCode code = ExitCodeOf(machine.Outcome(), 0, 0);
+    const TExitCode code = ExitCodeOf(machine.Outcome(), 0, 0, 0);
     EXPECT_EQ(code == TExitCode::AllCopied, machine.Outcome() == TRunOutcome::Finished) << way;
 }
 
@@ -117,13 +117,14 @@ TEST(RunMachine, AnEarlierRunsTimerCannotEndTheNextOne) {
     ASSERT_TRUE(machine.Start() && machine.NotReached());
     EXPECT_FALSE(machine.Finish());
     EXPECT_FALSE(CopyIdle) << "it waits for its user";
-    EXPECT_EQ(ExitCodeOf(machine.Outcome(), 0, 0), TExitCode::NotAllCopied);
+    EXPECT_EQ(ExitCodeOf(machine.Outcome(), 0, 0, 0), TExitCode::NotAllCopied);
 }
 
-TEST(ExitCode, AFailureCountsMoreThanAMissingFolder) {
-    EXPECT_EQ(ExitCodeOf(TRunOutcome::Finished, 0, 2), TExitCode::SourceFolderMissing);
-    EXPECT_EQ(ExitCodeOf(TRunOutcome::Finished, 1, 2), TExitCode::NotAllCopied);
-    EXPECT_EQ(ExitCodeOf(TRunOutcome::Stopped, 0, 0), TExitCode::NotAllCopied);
+TEST(ExitCode, WhatIsWorseCountsMore) {
+    EXPECT_EQ(ExitCodeOf(TRunOutcome::Finished, 0, 2, 0), TExitCode::SourceFolderMissing);
+    EXPECT_EQ(ExitCodeOf(TRunOutcome::Finished, 1, 2, 0), TExitCode::NotAllCopied);
+    EXPECT_EQ(ExitCodeOf(TRunOutcome::Stopped, 0, 0, 0), TExitCode::NotAllCopied);
+    EXPECT_EQ(ExitCodeOf(TRunOutcome::Stopped, 1, 2, 1), TExitCode::BadCopies);
 }
 
 }  // namespace

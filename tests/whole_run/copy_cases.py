@@ -4,7 +4,7 @@ import shutil
 import time
 
 import backup_tree
-from fixture import (ALL_COPIED, FOLDER_MISSING, NOT_STARTED, PREFIX, SOME_FAILED, WholeRun, local_ns, read, sparse_file,
+from fixture import (ALL_COPIED, BAD_COPIES, FOLDER_MISSING, NOT_STARTED, PREFIX, SOME_FAILED, WholeRun, local_ns, read, sparse_file,
                      write)
 from write_config import SourceFolder, config_folder, map_drive, table_header, write_config
 
@@ -57,6 +57,35 @@ class CopyCases(WholeRun):
         self.assertEqual(self.run_program(), [])
         self.assertEqual(backup_tree.snapshot(self.copy("Daten")), state)
         self.assert_hash_table_names(files)
+
+    def test_a_check_finds_bad_copies_and_makes_them_anew_when_asked(self):
+        names = [f"Daten/{number:03}.bin" for number in range(100)]
+        for name in names:
+            self.make(name, name.encode() * 1000)
+        self.run_program()
+        everything = backup_tree.snapshot(self.nas)
+        self.assertEqual(self.run_program(ALL_COPIED, switches=("/verify", "/SHUTDOWN")), [])
+        bad = self.copy(names[7])
+        damaged = bytearray(read(bad))
+        damaged[1234] ^= 4
+        date = os.stat(bad).st_mtime_ns
+        write(bad, bytes(damaged), date)
+        self.assertEqual(self.run_program(BAD_COPIES, switches=("/VERIFY",)), [])
+        self.assertEqual(read(bad), bytes(damaged))
+        # A third of them each time: one of four checks meets it.
+        codes = []
+        for _ in range(4):
+            self.assertEqual(self.run_program(None, switches=("/VERIFY=33",)), [])
+            codes.append(self.code)
+        self.assertIn(BAD_COPIES, codes)
+        self.assertIn(ALL_COPIED, codes)
+        self.assertEqual(self.run_program(BAD_COPIES, switches=("/VERIFY", "/REPAIR")),
+                         ["Daten/007 #001.bin", "Daten/007.bin"])
+        self.assert_backed_up(names)
+        self.assertEqual(read(self.copy("Daten/007 #001.bin")), bytes(damaged))
+        self.make("Daten/neu.bin")
+        self.assertEqual(self.run_program(ALL_COPIED, switches=("/COPY", "/VERIFY")), ["Daten/neu.bin"])
+        self.assertLess(set(everything), set(backup_tree.snapshot(self.nas)))
 
     def test_hostile_names(self):
         longest = "x" * 251 + ".txt"

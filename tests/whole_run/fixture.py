@@ -20,7 +20,7 @@ WORK = os.path.join(PREFIX, "whole_run")
 ONLOOKER = os.environ.get("VARDEKO_ONLOOKER") or os.path.join(PREFIX, "onlooker.exe")
 # No run here has more to do than some seconds; what takes longer hangs.
 RUN_SECONDS = 90
-ALL_COPIED, SOME_FAILED, NOT_STARTED, FOLDER_MISSING = 0, 1, 2, 3
+ALL_COPIED, SOME_FAILED, NOT_STARTED, FOLDER_MISSING, BAD_COPIES = 0, 1, 2, 3, 4
 
 
 def build_onlooker():
@@ -120,13 +120,13 @@ class WholeRun(unittest.TestCase):
         finally:
             rename(before)
 
-    def run_program(self, expected=ALL_COPIED, via=()):
+    def run_program(self, expected=ALL_COPIED, via=(), switches=("/COPY",)):
         """One run; the copies it wrote, as paths below the folder of drive Q:.
 
         expected: its exit code; None for any.
         Leaves its exit code in self.code, what it said on its standard error in self.errors."""
         before = backup_tree.snapshot(self.nas)
-        program = Program("/COPY", via=via)
+        program = Program(*switches, via=via)
         code = program.wait(RUN_SECONDS)
         if code is None:
             program.close()

@@ -1,0 +1,145 @@
+// What a check of the backup costs, against bare reading of both sides. Trees and hash table are there
+// already.
+//
+//   verify_bench ROW SOURCE NAS HOST ROUNDS
+#include <windows.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "engine/scan_folders.h"
+#include "engine/verify_scan.h"
+#include "hashdb/destination_folder.h"
+#include "hashdb/hash_table_file.h"
+#include "measure.h"
+#include "support/folder_listing.h"
+#include "support/path_hash.h"
+
+namespace {
+
+constexpr std::size_t kAtATime = 8;
+constexpr DWORD kBlock = 1024 * 1024;
+
+struct TTrees {
+    std::wstring source;
+    std::wstring nas;
+    std::wstring host;
+};
+
+struct TPair {
+    std::wstring source;
+    std::wstring copy;
+};
+
+void Collect(const TTrees& trees, const std::wstring& folder, std::vector<TPair>& pairs) {
+    const std::wstring target = DestinationOfFilesIn(trees.nas, trees.host, folder);
+    TFolderListing copies(SystemPlatformCalls(), target);
+    while (copies.Next()) {
+    }
+    std::vector<std::wstring> folders;
+    TFolderListing files(SystemPlatformCalls(), folder);
+    while (files.Next()) {
+        const std::wstring name = files.Entry().cFileName;
+        if (IsFolder(files.Entry())) {
+            folders.push_back(folder + L"\\" + name);
+        } else {
+            pairs.push_back({folder + L"\\" + name, target + L"\\" + name});
+        }
+    }
+    for (const std::wstring& below : folders) {
+        Collect(trees, below, pairs);
+    }
+}
+
+void ReadBare(const std::wstring& path, std::vector<char>& block) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    DWORD read = 0;
+    do {
+        if (!ReadFile(file, block.data(), kBlock, &read, nullptr)) {
+            throw std::runtime_error("a file cannot be read");
+        }
+    } while (read == kBlock);
+    CloseHandle(file);
+}
+
+void ReadAllBare(const TTrees& trees) {
+    std::vector<TPair> pairs;
+    Collect(trees, trees.source, pairs);
+    std::atomic<std::size_t> next = 0;
+    std::vector<std::jthread> threads;
+    for (std::size_t thread = 0; thread < kAtATime; ++thread) {
+        threads.emplace_back([&] {
+            std::vector<char> block(kBlock);
+            for (std::size_t index = next++; index < pairs.size(); index = next++) {
+                ReadBare(pairs[index].source, block);
+                ReadBare(pairs[index].copy, block);
+            }
+        });
+    }
+}
+
+void Check(const TTrees& trees, const THashTable& table) {
+    SourceFolderRow row;
+    row.Aktive = row.Rekursiv = true;
+    row.Directory = trees.source;
+    row.ExtensionMode = L"NO";
+    TVerifyCounts counts;
+    TOmniEventMonitor monitor([] {});
+    monitor.OnTaskMessage = [&counts](IOmniTask&, const TTaskMessage& message) {
+        if (const auto* found = std::get_if<TVerifyCounts>(&message.value)) {
+            counts = *found;
+        }
+    };
+    monitor.OnTaskTerminated = [](IOmniTask&) {};
+    IOmniTaskControl task(
+        [&](IOmniTask& own) {
+            TVerifyScan(own, SystemPlatformCalls(),
+                        {.dataSet = {row},
+                         .nasData = table.Snapshot(),
+                         .recordsAreKnown = true,
+                         .nas = trees.nas,
+                         .host = trees.host,
+                         .slice = {},
+                         .sourceRoots = std::make_shared<TSourceRoots>(SystemPlatformCalls())})
+                .Run();
+        },
+        L"check");
+    task.MonitorWith(monitor);
+    task.Run();
+    task.WaitFor(kUnlimitedWait);
+    monitor.Deliver();
+    if (!counts.isComplete || counts.files == 0 || counts.good != counts.files) {
+        throw std::runtime_error("the copies are not all good");
+    }
+}
+
+}  // namespace
+
+extern "C" int wmain(int count, wchar_t** arguments) {
+    if (count != 6) {
+        std::fputs("usage: verify_bench ROW SOURCE NAS HOST ROUNDS\n", stderr);
+        return 64;
+    }
+    const std::wstring wide = arguments[1];
+    std::string row;
+    for (const wchar_t letter : wide) {
+        row += static_cast<char>(letter);
+    }
+    const TTrees trees{arguments[2], arguments[3], arguments[4]};
+    CreateHashContext();
+    THashTable table;
+    if (!LoadHashTable(SystemPlatformCalls(), trees.nas + L"\\" + trees.host + L"\\Vardeko.dat", table)) {
+        std::fputs("there is no hash table\n", stderr);
+        return 66;
+    }
+    for (int round = _wtoi(arguments[5]); round > 0; --round) {
+        Tell(row.c_str(), "floor", SecondsOf([&] { ReadAllBare(trees); }));
+        Tell(row.c_str(), "ours", SecondsOf([&] { Check(trees, table); }));
+    }
+    return 0;
+}
