@@ -45,7 +45,7 @@ struct TFileToVerify {
 };
 
 // Opens both, decides by what the open files say of themselves, and reads both to their ends with at most two
-// blocks of 1 MiB; the copy past the system's caches where they let it. A source that changes meanwhile is
+// blocks of 256 KiB; the copy past the system's caches where they let it. A source that changes meanwhile is
 // looked at once more. `goOn` is told the bytes of each block that was compared, and answers whether to go
 // on. Writes nothing. May be called on any thread.
 TVerified VerifyFile(const TPlatformCalls& calls, const TLocalTimeRule& localTime, TPatience& patience,

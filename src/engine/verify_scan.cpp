@@ -19,7 +19,9 @@
 namespace {
 
 constexpr std::size_t kAtATime = 8;
-constexpr std::size_t kAhead = 64;         // files whose results are waited for
+constexpr std::size_t kAhead = 32;  // jobs whose results are waited for
+constexpr std::size_t kFilesOfJob = 16;
+constexpr std::uint64_t kBytesOfJob = 512 * 1024;
 constexpr std::uint32_t kTellEvery = 200;  // milliseconds
 constexpr unsigned kAttempts = 3;          // for one folder
 constexpr unsigned kInterruptionsOfOneFile = 3;
@@ -37,6 +39,8 @@ struct TVerifyScan::TShared {
     TPatience patience = {};
     std::atomic<std::uint64_t> bytes = 0;
     std::atomic<bool> stopped = false;
+
+    bool MustStop() const { return stopped || task->Terminated(); }
 };
 
 // The files of one source folder that are to be compared.
@@ -181,13 +185,17 @@ void TVerifyScan::VerifyFolder(const TSourceFolder& folder) {
         TellProblem(std::move(problem));
     }
     counts_.cloudFiles += found.cloudFiles;
-    for (const TJobPointer& job : found.jobs) {
-        Begin(job);
+    TBatch batch;
+    std::uint64_t bytes = 0;
+    for (std::size_t index = 0; index < found.jobs.size() && !task_.Terminated(); ++index) {
+        bytes += found.jobs[index]->size;
+        batch.push_back(std::move(found.jobs[index]));
+        if (batch.size() == kFilesOfJob || bytes >= kBytesOfJob || index + 1 == found.jobs.size()) {
+            Begin(std::exchange(batch, {}));
+            bytes = 0;
+        }
         while (pending_.size() >= kAhead && !task_.Terminated()) {
             TakeOne();
-        }
-        if (task_.Terminated()) {
-            return;
         }
     }
 }
@@ -227,20 +235,26 @@ TVerifyScan::TFolder TVerifyScan::ListedFilesOf(const TSourceFolder& folder) {
     return files;
 }
 
-void TVerifyScan::Begin(const TJobPointer& job) {
-    pending_.push_back(job);
-    jobs_.Add([shared = shared_, job] {
-        return VerifyFile(shared->calls, shared->localTime, shared->patience, job->file,
-                          [&shared, &job](std::size_t bytes) {
-                              shared->bytes += bytes;
-                              job->done += bytes;
-                              return !shared->stopped && !shared->task->Terminated();
-                          });
+void TVerifyScan::Begin(TBatch batch) {
+    pending_.push_back(batch);
+    jobs_.Add([shared = shared_, batch = std::move(batch)] {
+        std::vector<TVerified> verified;
+        for (const TJobPointer& job : batch) {
+            const auto goOn = [&shared, &job](std::size_t bytes) {
+                shared->bytes += bytes;
+                job->done += bytes;
+                return !shared->MustStop();
+            };
+            verified.push_back(shared->MustStop() ? TVerified()
+                                                  : VerifyFile(shared->calls, shared->localTime,
+                                                               shared->patience, job->file, goOn));
+        }
+        return verified;
     });
 }
 
 void TVerifyScan::TakeOne() {
-    std::optional<TVerified> verified;
+    std::optional<std::vector<TVerified>> verified;
     while (!(verified = jobs_.TakeFirst(kTellEvery))) {
         if (task_.Terminated()) {
             return;
@@ -248,9 +262,11 @@ void TVerifyScan::TakeOne() {
         TellProgress();
     }
     TellProgress();
-    const TJobPointer job = std::move(pending_.front());
+    const TBatch batch = std::move(pending_.front());
     pending_.pop_front();
-    Judge(job, *verified);
+    for (std::size_t index = 0; index < batch.size(); ++index) {
+        Judge(batch[index], verified->at(index));
+    }
 }
 
 void TVerifyScan::Judge(const TJobPointer& job, const TVerified& verified) {
@@ -264,7 +280,7 @@ void TVerifyScan::Judge(const TJobPointer& job, const TVerified& verified) {
             break;
     }
     if (MustLookAgain(job, verified)) {
-        return Begin(job);
+        return Begin({job});
     }
     ++counts_.files;
     ++comparedFiles_[job->root];
@@ -354,7 +370,7 @@ void TVerifyScan::TellProgress() {
         return;
     }
     lastTold_ = now;
-    const TJob& first = *pending_.front();
+    const TJob& first = *pending_.front().front();
     Send(task_, TScanMessage::Verifying,
          TVerifyProgress{first.file.source, shared_->bytes, first.done, first.size});
 }

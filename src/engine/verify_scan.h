@@ -63,13 +63,15 @@ private:
         unsigned interruptions = 0;
     };
     using TJobPointer = std::shared_ptr<TJob>;
+    // Small files share a job: handing over each of them would cost as much as reading it.
+    using TBatch = std::vector<TJobPointer>;
     class TFolder;
 
     void WalkAll();
     void VerifyFolder(const TSourceFolder& folder);
     TFolder FilesOf(const TSourceFolder& folder);
     TFolder ListedFilesOf(const TSourceFolder& folder);
-    void Begin(const TJobPointer& job);
+    void Begin(TBatch batch);
     // Takes the first result, or nothing when the task is asked to stop before there is one.
     void TakeOne();
     void Judge(const TJobPointer& job, const TVerified& verified);
@@ -87,9 +89,9 @@ private:
     TSourceWalk walk_;
     TSharedTargets sharedTargets_;
     const std::shared_ptr<TShared> shared_;
-    std::deque<TJobPointer> pending_;                    // those in jobs_
+    std::deque<TBatch> pending_;                         // those in jobs_
     std::map<std::size_t, std::int64_t> comparedFiles_;  // by root
     TVerifyCounts counts_;
     ULONGLONG lastTold_ = 0;  // milliseconds
-    TJobsInOrder<TVerified> jobs_;
+    TJobsInOrder<std::vector<TVerified>> jobs_;
 };
