@@ -172,8 +172,11 @@ TEST_F(Check, AFailingCallMakesNoBadCopyGood) {
             AddSource(source_.Path());
             std::atomic<int> calls = 0;
             {
-                const TWatchedCalls watch([&](const char*, std::wstring_view) -> DWORD {
-                    return calls++ == failing ? error : ERROR_SUCCESS;
+                const TWatchedCalls watch([&](const char* call, std::wstring_view) -> DWORD {
+                    // A check writes its log only, and closes what it has read.
+                    const bool matters =
+                        call != std::string_view("WriteFile") && call != std::string_view("CloseHandle");
+                    return matters && calls++ == failing ? error : ERROR_SUCCESS;
                 });
                 Run(kCheck);
             }
