@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "engine/copy_job.h"
 #include "engine/file_size_text.h"
 #include "engine/message_kind.h"
 #include "engine/tdm.h"
@@ -14,9 +15,6 @@
 #include "texts/run_texts.h"
 
 namespace {
-
-// Smaller files are read without telling their progress.
-constexpr std::uint64_t kProgressThreshold = 64 * 1024 * 1024;  // bytes
 
 void SendValue(HWND window, UINT message, std::uint64_t value) {
     SendMessageW(window, message, static_cast<WPARAM>(value & 0xFFFFFFFF), static_cast<LPARAM>(value >> 32));
@@ -61,7 +59,7 @@ void TCopyRun::CheckIsAt(const TVerifyProgress& progress) {
     if (with_.progressWindow == nullptr) {
         return;
     }
-    if (progress.size >= kProgressThreshold) {
+    if (progress.size >= static_cast<std::uint64_t>(kProgressThreshold)) {
         SendValue(with_.progressWindow, kProgressMaximumMessage, progress.size);
         SendValue(with_.progressWindow, kProgressPositionMessage, progress.done);
     } else {
