@@ -281,7 +281,7 @@ void TCopyRun::Close(int exitCode) {
     }
     log_.End({.copiedFiles = copiedFiles_,
               .copiedBytes = static_cast<std::uint64_t>(CopiedBytes),
-              .failedFiles = failedFiles_.size(),
+              .failedFiles = Failures().files,
               .duration = std::chrono::milliseconds(with_.calls.GetTickCount64() - startTime_),
               .exitCode = exitCode,
               .onlyChecked = !order_.copy});

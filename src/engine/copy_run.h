@@ -124,7 +124,7 @@ public:
 
     const TRunOrder& Order() const { return order_; }
     TRunFailures Failures() const {
-        return {failedFiles_.size(), incompleteFolders_, otherFailures_, badCopies_};
+        return {notCopied_ + failedFiles_.size(), incompleteFolders_, otherFailures_, badCopies_};
     }
     std::uint64_t MissingFolders() const { return missingFolders_; }
 
@@ -218,6 +218,7 @@ private:
     bool recordsAreKnown_ = false;
     TVerifySlice slice_;
     std::uint64_t badCopies_ = 0;
+    std::size_t notCopied_ = 0;  // before it
 
     bool stopped_ = false;
     bool isLost_ = false;

@@ -7,10 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "engine/listings_ahead.h"
-#include "engine/shared_targets.h"
+#include "engine/folder_comparison.h"
+#include "engine/folder_pairs.h"
 #include "engine/source_roots.h"
-#include "engine/source_walk.h"
 #include "engine/task_runtime.h"
 #include "hashdb/hash_table.h"
 #include "store/source_folder_table.h"
@@ -57,24 +56,17 @@ public:
     void Run();
 
 private:
-    std::wstring TargetOf(const TSourceFolder& folder) const;
-    void ScanFolder(std::size_t number);
-    bool DestinationComesBack() const;
-    void CompareAndSend(std::size_t number);
-    void Compare(const TSourceFolder& folder, const std::wstring& target, TFolderListing& listing,
-                 TFolderComparison& comparison);
+    void CompareAndSend(TFolderPair& pair);
     void SendFindings(const TSourceFolder& folder, TFolderComparison& comparison);
+    void TellCollision(const TSourceFolder& folder, const std::wstring& path);
     void SendSummary();
-    void TellCollision(const TSourceFolder& folder, const std::wstring& name);
 
     IOmniTask& task_;
     const TPlatformCalls& calls_;
     const TScanParameters parameters_;
     const TLocalTimeRule localTime_;
     const std::shared_ptr<TSourceRoots> roots_;
-    TSourceWalk walk_;
-    TListingsAhead listings_;
-    TSharedTargets sharedTargets_;
+    TFolderPairs folders_;
     std::map<std::size_t, std::int64_t> comparedFiles_;  // by root
     std::int64_t fileCount_ = 0;
     std::int64_t cloudFileCount_ = 0;

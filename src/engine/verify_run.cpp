@@ -28,8 +28,9 @@ bool TCopyRun::BeginCheck() {
         return false;
     }
     checks_ = true;
-    // What is made anew and fails is tried once more, too.
+    // What is made anew and fails is tried once more, too. What could not be copied before was.
     triedAgain_ = false;
+    notCopied_ = std::exchange(failedFiles_, {}).size();
     if (!records_) {
         records_ = with_.nasData.Snapshot();
         recordsAreKnown_ = with_.nasData.RecordCount() != 0;
@@ -46,6 +47,7 @@ bool TCopyRun::BeginCheck() {
                                                                        .host = destination_.host,
                                                                        .slice = slice_,
                                                                        .repair = order_.check->repair,
+                                                                       .parallel = parallel_,
                                                                        .sourceRoots = sourceRoots_}](
                      IOmniTask& task) { TVerifyScan(task, calls, parameters).Run(); },
                  L"VerifyFiles", TTaskPriority::Normal);
@@ -76,7 +78,13 @@ void TCopyRun::CheckHasEnded(const TVerifyCounts& counts) {
     log_.Note(text);
     Report(text, TMessagePos::Ignore);
     if (counts.isComplete && slice_.percent < 100) {
-        RememberVerified(with_.calls, with_.configurationFolder, destination_.TableFile(), slice_.Next());
+        const TErrorCode error =
+            RememberVerified(with_.calls, with_.configurationFolder, destination_.TableFile(), slice_.Next());
+        if (error != ERROR_SUCCESS) {
+            ReportFailure({.what = TProblemKind::FileNotSaved,
+                           .path = SeenTablesFile(with_.configurationFolder),
+                           .code = error});
+        }
     }
 }
 

@@ -1,15 +1,12 @@
 #include "engine/verify_scan.h"
 
 #include <exception>
-#include <set>
 #include <utility>
 
 #include "engine/cloud_files.h"
-#include "engine/destination_wait.h"
 #include "engine/scan_folders.h"
 #include "engine/thread_manner.h"
-#include "hashdb/destination_folder.h"
-#include "support/case_folding.h"
+#include "hashdb/destination_listing.h"
 #include "support/file_access.h"
 #include "support/file_identity.h"
 #include "support/path_hash.h"
@@ -18,12 +15,10 @@
 
 namespace {
 
-constexpr std::size_t kAtATime = 8;
-constexpr std::size_t kAhead = 32;  // jobs whose results are waited for
+constexpr std::size_t kUntoldForEachThread = 4;  // jobs
 constexpr std::size_t kFilesOfJob = 16;
 constexpr std::uint64_t kBytesOfJob = 512 * 1024;
 constexpr std::uint32_t kTellEvery = 200;  // milliseconds
-constexpr unsigned kAttempts = 3;          // for one folder
 constexpr unsigned kInterruptionsOfOneFile = 3;
 
 void Send(IOmniTask& task, TScanMessage message, TTaskValue value) {
@@ -46,14 +41,13 @@ struct TVerifyScan::TShared {
 // The files of one source folder that are to be compared.
 class TVerifyScan::TFolder {
 public:
-    TFolder(const TPlatformCalls& calls, const TVerifyParameters& parameters, const TSourceFolder& folder,
-            std::wstring target)
+    TFolder(const TPlatformCalls& calls, const TVerifyParameters& parameters, const TFolderPair& pair)
         : calls_(calls),
           parameters_(parameters),
-          source_(folder.path + L"\\"),
-          root_(folder.root),
-          target_(target + L"\\"),
-          copies_(calls, std::move(target), TLeftOvers::Keep) {}
+          source_(pair.source.path + L"\\"),
+          root_(pair.source.root),
+          target_(pair.target + L"\\"),
+          copies_(calls, pair.target, *pair.listings.destination, TLeftOvers::Keep) {}
 
     void Add(const WIN32_FIND_DATAW& entry) {
         DWORD attributes = entry.dwFileAttributes;
@@ -76,15 +70,15 @@ public:
     void Finish() {
         for (const TWaiting& file : waiting_) {
             if (copies_.ClaimOther(file.name).taken) {
-                TellCollision(file.name);
+                TellCollision(source_ + file.name);
             } else {
                 Take(file.name, file.attributes, file.size);
             }
         }
     }
 
-    void TellCollision(const std::wstring& name) {
-        problems.push_back({.what = TProblemKind::NamesCollide, .path = source_ + name});
+    void TellCollision(std::wstring path) {
+        problems.push_back({.what = TProblemKind::NamesCollide, .path = std::move(path)});
     }
 
     std::vector<TJobPointer> jobs;
@@ -131,13 +125,11 @@ TVerifyScan::TVerifyScan(IOmniTask& task, const TPlatformCalls& calls, TVerifyPa
     : task_(task),
       calls_(calls),
       parameters_(std::move(parameters)),
-      walk_(calls, *parameters_.sourceRoots, parameters_.nas, parameters_.host, TSourceWalkKind::Backup,
-            {.problem = [this](TProblem problem) { TellProblem(std::move(problem)); },
-             .folderFound = {},
-             .stopRequested = [&task] { return task.Terminated(); }}),
-      sharedTargets_(calls),
+      folders_(task, calls, *parameters_.sourceRoots, parameters_.nas, parameters_.host,
+               {.atATime = parameters_.parallel},
+               [this](TProblem problem) { TellProblem(std::move(problem)); }),
       shared_(std::make_shared<TShared>(calls, task.shared_from_this())),
-      jobs_(kAtATime, &BreakOffCallsOfThisThread) {}
+      jobs_(parameters_.parallel, &BreakOffCallsOfThisThread) {}
 
 TVerifyScan::~TVerifyScan() {
     shared_->stopped = true;
@@ -145,7 +137,7 @@ TVerifyScan::~TVerifyScan() {
 
 void TVerifyScan::Run() {
     try {
-        WalkAll();
+        CheckAll();
         counts_.isComplete = !task_.Terminated();
     } catch (const std::exception& error) {
         // Without this row an unfinished check would look like a complete one.
@@ -160,78 +152,50 @@ void TVerifyScan::Run() {
     Send(task_, TScanMessage::Verified, counts_);
 }
 
-void TVerifyScan::WalkAll() {
-    for (const SourceFolderRow& row : parameters_.dataSet) {
-        walk_.Add(row);
-    }
-    for (const TSourceFolder& folder : walk_.Folders()) {
-        if (task_.Terminated()) {
-            return;
-        }
-        VerifyFolder(folder);
+void TVerifyScan::CheckAll() {
+    folders_.Find(parameters_.dataSet);
+    for (std::size_t number = 0; number < folders_.Count() && !task_.Terminated(); ++number) {
+        BeginFolder(number);
     }
     while (!pending_.empty() && !task_.Terminated()) {
         TakeOne();
     }
-    walk_.End();
+    folders_.End();
 }
 
-void TVerifyScan::VerifyFolder(const TSourceFolder& folder) {
-    if (parameters_.sourceRoots->IsLost(folder.root)) {
+void TVerifyScan::BeginFolder(std::size_t number) {
+    std::optional<TFolder> found;
+    folders_.Visit(number, [&](TFolderPair& pair) { found.emplace(FilesOf(pair)); });
+    if (!found) {
         return;
     }
-    TFolder found = FilesOf(folder);
-    for (TProblem& problem : found.problems) {
+    for (TProblem& problem : found->problems) {
         TellProblem(std::move(problem));
     }
-    counts_.cloudFiles += found.cloudFiles;
+    counts_.cloudFiles += found->cloudFiles;
     TBatch batch;
     std::uint64_t bytes = 0;
-    for (std::size_t index = 0; index < found.jobs.size() && !task_.Terminated(); ++index) {
-        bytes += found.jobs[index]->size;
-        batch.push_back(std::move(found.jobs[index]));
-        if (batch.size() == kFilesOfJob || bytes >= kBytesOfJob || index + 1 == found.jobs.size()) {
+    for (std::size_t index = 0; index < found->jobs.size() && !task_.Terminated(); ++index) {
+        bytes += found->jobs[index]->size;
+        batch.push_back(std::move(found->jobs[index]));
+        if (batch.size() == kFilesOfJob || bytes >= kBytesOfJob || index + 1 == found->jobs.size()) {
             Begin(std::exchange(batch, {}));
             bytes = 0;
         }
-        while (pending_.size() >= kAhead && !task_.Terminated()) {
+        while (pending_.size() >= parameters_.parallel * kUntoldForEachThread && !task_.Terminated()) {
             TakeOne();
         }
     }
 }
 
-// A destination that is away for some seconds is waited for, and the folder is listed once more.
-TVerifyScan::TFolder TVerifyScan::FilesOf(const TSourceFolder& folder) {
-    for (unsigned attempt = 1;; ++attempt) {
-        try {
-            return ListedFilesOf(folder);
-        } catch (const EProblem& problem) {
-            if (problem.Problem().what != TProblemKind::DestinationUnreachable || attempt == kAttempts ||
-                !DestinationComesBack()) {
-                throw;
-            }
-        }
+TVerifyScan::TFolder TVerifyScan::FilesOf(TFolderPair& pair) {
+    TFolder files(calls_, parameters_, pair);
+    std::vector<std::wstring> collisions =
+        folders_.ListFiles(pair, [&](const WIN32_FIND_DATAW& file) { files.Add(file); });
+    for (std::wstring& path : collisions) {
+        files.TellCollision(std::move(path));
     }
-}
-
-TVerifyScan::TFolder TVerifyScan::ListedFilesOf(const TSourceFolder& folder) {
-    const std::wstring target = DestinationOfFilesIn(parameters_.nas, parameters_.host, folder.path);
-    TFolder files(calls_, parameters_, folder, target);
-    TSharedTargets::TNames* const names = folder.sharesTarget ? &sharedTargets_.NamesAt(target) : nullptr;
-    TSharedTargets::TNames given;
-    walk_.ListFiles(folder, [&](const WIN32_FIND_DATAW& file) {
-        const std::wstring name = names != nullptr ? FoldedCase(file.cFileName) : std::wstring();
-        if (names == nullptr || (!names->contains(name) && given.insert(name).second)) {
-            files.Add(file);
-        } else {
-            files.TellCollision(file.cFileName);
-        }
-    });
     files.Finish();
-    // Only now: a listing that broke off begins anew.
-    if (names != nullptr) {
-        names->merge(given);
-    }
     return files;
 }
 
@@ -323,7 +287,7 @@ bool TVerifyScan::MustLookAgain(const TJobPointer& job, const TVerified& verifie
     if (folder.Exists() || folder.error == ERROR_ACCESS_DENIED) {
         return !std::exchange(job->wasInDoubt, true);
     }
-    if (++job->interruptions > kInterruptionsOfOneFile || !DestinationComesBack()) {
+    if (++job->interruptions > kInterruptionsOfOneFile || !folders_.DestinationComesBack()) {
         throw EProblem({.what = TProblemKind::DestinationUnreachable, .code = folder.error});
     }
     return true;
@@ -358,10 +322,6 @@ void TVerifyScan::TellBad(const TJob& job, const TVerified& verified) {
     if (parameters_.repair) {
         Send(task_, TScanMessage::FilesToCopy, std::make_unique<TStringList>(1, job.file.source));
     }
-}
-
-bool TVerifyScan::DestinationComesBack() const {
-    return AwaitFolder(calls_, HostFolder(), kLongestDropOut, task_).IsFolder();
 }
 
 void TVerifyScan::TellProgress() {

@@ -9,17 +9,16 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "engine/folder_pairs.h"
 #include "engine/jobs_in_order.h"
-#include "engine/shared_targets.h"
 #include "engine/source_roots.h"
-#include "engine/source_walk.h"
 #include "engine/task_runtime.h"
 #include "engine/verify_file.h"
 #include "engine/verify_rules.h"
-#include "hashdb/destination_listing.h"
 #include "hashdb/hash_table.h"
 #include "store/source_folder_table.h"
 #include "support/file_times.h"
@@ -34,7 +33,8 @@ struct TVerifyParameters {
     std::wstring nas;
     std::wstring host;
     TVerifySlice slice;
-    bool repair = false;  // bad copies are sent to be copied
+    bool repair = false;       // bad copies are sent to be copied
+    std::size_t parallel = 8;  // files compared, and folders listed, at the same time
     std::shared_ptr<TSourceRoots> sourceRoots;
 };
 
@@ -67,10 +67,9 @@ private:
     using TBatch = std::vector<TJobPointer>;
     class TFolder;
 
-    void WalkAll();
-    void VerifyFolder(const TSourceFolder& folder);
-    TFolder FilesOf(const TSourceFolder& folder);
-    TFolder ListedFilesOf(const TSourceFolder& folder);
+    void CheckAll();
+    void BeginFolder(std::size_t number);
+    TFolder FilesOf(TFolderPair& pair);
     void Begin(TBatch batch);
     // Takes the first result, or nothing when the task is asked to stop before there is one.
     void TakeOne();
@@ -78,7 +77,6 @@ private:
     void JudgeSource(const TJob& job, const TVerified& verified);
     bool MustLookAgain(const TJobPointer& job, const TVerified& verified);
     void TellBad(const TJob& job, const TVerified& verified);
-    bool DestinationComesBack() const;
     void TellProgress();
     void TellProblem(TProblem problem);
     std::wstring HostFolder() const { return parameters_.nas + L"\\" + parameters_.host; }
@@ -86,8 +84,7 @@ private:
     IOmniTask& task_;
     const TPlatformCalls& calls_;
     const TVerifyParameters parameters_;
-    TSourceWalk walk_;
-    TSharedTargets sharedTargets_;
+    TFolderPairs folders_;
     const std::shared_ptr<TShared> shared_;
     std::deque<TBatch> pending_;                         // those in jobs_
     std::map<std::size_t, std::int64_t> comparedFiles_;  // by root

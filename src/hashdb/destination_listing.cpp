@@ -16,17 +16,16 @@ TExistingCopy CopyFrom(const TAttributes& attributes) {
 
 }  // namespace
 
-TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder,
-                                         TLeftOvers leftOvers)
+TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder)
     : calls_(calls), folder_(std::move(folder)) {
     TFolderListing listing(calls_, folder_);
-    Read(listing, leftOvers);
+    Read(listing, TLeftOvers::Remove);
 }
 
 TDestinationListing::TDestinationListing(const TPlatformCalls& calls, std::wstring folder,
-                                         TFolderListing& listing)
+                                         TFolderListing& listing, TLeftOvers leftOvers)
     : calls_(calls), folder_(std::move(folder)) {
-    Read(listing, TLeftOvers::Remove);
+    Read(listing, leftOvers);
 }
 
 void TDestinationListing::Read(TFolderListing& listing, TLeftOvers leftOvers) {

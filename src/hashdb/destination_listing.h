@@ -36,10 +36,10 @@ enum class TLeftOvers { Remove, Keep };
 class TDestinationListing {
 public:
     // The folder's path, without a trailing "\".
-    TDestinationListing(const TPlatformCalls& calls, std::wstring folder,
-                        TLeftOvers leftOvers = TLeftOvers::Remove);
+    TDestinationListing(const TPlatformCalls& calls, std::wstring folder);
     // From a listing of the folder of which nothing was taken yet.
-    TDestinationListing(const TPlatformCalls& calls, std::wstring folder, TFolderListing& listing);
+    TDestinationListing(const TPlatformCalls& calls, std::wstring folder, TFolderListing& listing,
+                        TLeftOvers leftOvers = TLeftOvers::Remove);
 
     // The file of that name; nothing when there is no such file (a folder of that name is none).
     std::optional<TExistingCopy> CopyOf(std::wstring_view fileName);

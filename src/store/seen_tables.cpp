@@ -20,9 +20,10 @@ public:
                 const std::wstring& tableFile, std::wstring_view section)
         : calls_(calls),
           section_(section),
-          path_(configurationFolder + L"\\NASSeen.ini"),
+          path_(SeenTablesFile(configurationFolder)),
           key_(PathHash(FoldedCase(tableFile))) {
-        if (ReadWholeFile(calls_, path_, bytes_) != ERROR_SUCCESS) {
+        readError_ = ReadWholeFile(calls_, path_, bytes_);
+        if (readError_ != ERROR_SUCCESS) {
             bytes_.clear();
         }
     }
@@ -33,14 +34,16 @@ public:
     }
 
     // `note` is for people who look into the file.
-    void Store(std::uint64_t number, const std::wstring& note) const {
+    [[nodiscard]] TErrorCode Store(std::uint64_t number, const std::wstring& note) const {
+        if (readError_ != ERROR_SUCCESS && !IsMissing(readError_)) {
+            return readError_;
+        }
         TIniFile ini(bytes_, codePage_);
         ini.SetText(section_, key_, std::to_wstring(number) + L" " + note);
         const std::string changed = ini.Bytes(codePage_);
-        if (changed != bytes_) {
-            static_cast<void>(
-                ReplaceWholeFile(calls_, path_, [&](const TByteSink& sink) { return sink(changed); }));
-        }
+        return changed == bytes_
+                   ? TErrorCode{ERROR_SUCCESS}
+                   : ReplaceWholeFile(calls_, path_, [&](const TByteSink& sink) { return sink(changed); });
     }
 
 private:
@@ -50,13 +53,18 @@ private:
     const std::wstring key_;
     const TSystemCodePage codePage_;
     std::string bytes_;
+    TErrorCode readError_ = ERROR_SUCCESS;
 };
 
 }  // namespace
 
+std::wstring SeenTablesFile(const std::wstring& configurationFolder) {
+    return configurationFolder + L"\\NASSeen.ini";
+}
+
 void RememberTable(const TPlatformCalls& calls, const std::wstring& configurationFolder,
                    const std::wstring& tableFile, std::uint64_t records) {
-    TSeenTables(calls, configurationFolder, tableFile, kTables).Store(records, tableFile);
+    static_cast<void>(TSeenTables(calls, configurationFolder, tableFile, kTables).Store(records, tableFile));
 }
 
 std::uint64_t TakeSeenRecords(const TPlatformCalls& calls, const std::wstring& configurationFolder,
@@ -64,7 +72,7 @@ std::uint64_t TakeSeenRecords(const TPlatformCalls& calls, const std::wstring& c
     const TSeenTables seen(calls, configurationFolder, tableFile, kTables);
     const std::uint64_t records = seen.Number();
     if (records != 0) {
-        seen.Store(0, tableFile);
+        static_cast<void>(seen.Store(0, tableFile));
     }
     return records;
 }
@@ -74,7 +82,7 @@ unsigned VerifiedUpTo(const TPlatformCalls& calls, const std::wstring& configura
     return static_cast<unsigned>(TSeenTables(calls, configurationFolder, tableFile, kChecks).Number() % 100);
 }
 
-void RememberVerified(const TPlatformCalls& calls, const std::wstring& configurationFolder,
-                      const std::wstring& tableFile, unsigned next) {
-    TSeenTables(calls, configurationFolder, tableFile, kChecks).Store(next, tableFile);
+TErrorCode RememberVerified(const TPlatformCalls& calls, const std::wstring& configurationFolder,
+                            const std::wstring& tableFile, unsigned next) {
+    return TSeenTables(calls, configurationFolder, tableFile, kChecks).Store(next, tableFile);
 }
