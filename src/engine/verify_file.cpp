@@ -55,11 +55,10 @@ public:
         : calls_(calls), path_(path), caching_(caching) {}
 
     TErrorCode Open() {
-        TErrorCode error = OpenAs(caching_);
-        if (caching_ != 0 && CannotPassCaches(error)) {
-            error = OpenAs(caching_ = 0);
-        }
-        return error;
+        file_.emplace(calls_, path_, GENERIC_READ,
+                      DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE}, DWORD{OPEN_EXISTING},
+                      FILE_FLAG_SEQUENTIAL_SCAN | caching_);
+        return file_->OpenError();
     }
 
     // Asked of the open file itself: a listing may still show what it was before.
@@ -84,14 +83,7 @@ public:
             const std::span<std::byte> rest = block.subspan(read);
             DWORD got = 0;
             if (!calls_.ReadFile(file_->Get(), rest.data(), static_cast<DWORD>(rest.size()), &got, nullptr)) {
-                const TErrorCode error = LastFailure();
-                if (caching_ == 0 || !CannotPassCaches(error)) {
-                    return error;
-                }
-                if (const TErrorCode reopened = GoOnWithCaches()) {
-                    return reopened;
-                }
-                continue;
+                return LastFailure();
             }
             if (got == 0) {
                 return ERROR_HANDLE_EOF;
@@ -103,27 +95,9 @@ public:
     }
 
 private:
-    TErrorCode OpenAs(DWORD caching) {
-        file_.emplace(calls_, path_, GENERIC_READ,
-                      DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE}, DWORD{OPEN_EXISTING},
-                      FILE_FLAG_SEQUENTIAL_SCAN | caching);
-        return file_->OpenError();
-    }
-
-    // After a part that came in less than whole sectors, from a server, say.
-    TErrorCode GoOnWithCaches() {
-        caching_ = 0;
-        if (const TErrorCode error = OpenAs(0)) {
-            return error;
-        }
-        LARGE_INTEGER to{};
-        to.QuadPart = position_;
-        return calls_.SetFilePointerEx(file_->Get(), to, nullptr, FILE_BEGIN) ? ERROR_SUCCESS : LastFailure();
-    }
-
     const TPlatformCalls& calls_;
     const std::wstring_view path_;
-    DWORD caching_;
+    const DWORD caching_;
     std::optional<TOpenFile> file_;
     std::int64_t position_ = 0;
 };
@@ -135,6 +109,18 @@ public:
         : calls_(calls), localTime_(localTime), file_(file), goOn_(goOn), retries_(calls, patience) {}
 
     TVerified Make() {
+        const TVerified verified = LookTwice();
+        if (verified.verdict != TVerdict::Unreadable || !CannotPassCaches(verified.error)) {
+            return verified;
+        }
+        // Some destinations refuse it from the beginning, others behind a part that was less than whole
+        // sectors. From the beginning then: what is opened anew may be another file.
+        caching_ = 0;
+        return LookTwice();
+    }
+
+private:
+    TVerified LookTwice() {
         constexpr int kLooks = 2;
         for (int look = 0; look < kLooks; ++look) {
             hasChanged_ = false;
@@ -146,7 +132,6 @@ public:
         return {.verdict = TVerdict::InUse};
     }
 
-private:
     TVerified Look() {
         TReadFile source(calls_, file_.source, 0);
         if (const TErrorCode error = retries_([&] { return source.Open(); })) {
@@ -170,7 +155,7 @@ private:
     }
 
     TVerified LookAtCopy(TReadFile& source, const TFileState& state, TDateTime local) {
-        TReadFile copy(calls_, file_.copy, FILE_FLAG_NO_BUFFERING);
+        TReadFile copy(calls_, file_.copy, caching_);
         const TErrorCode error = retries_([&] { return copy.Open(); });
         if (error != ERROR_SUCCESS && !IsMissing(error)) {
             return OfCopy(error);
@@ -247,6 +232,7 @@ private:
     const TFileToVerify& file_;
     const std::function<bool(std::size_t)>& goOn_;
     TRetries retries_;
+    DWORD caching_ = FILE_FLAG_NO_BUFFERING;  // of the copy
     bool hasChanged_ = false;
 };
 
