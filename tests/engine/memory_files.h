@@ -14,8 +14,8 @@
 #include "support/case_folding.h"
 #include "support/platform_calls.h"
 
-// Files and folders with attributes, dates and sizes but without content. One at a time: the table's
-// functions have no room for a context of their own.
+// Files and folders with attributes, dates and sizes; their content is as many "x". One at a time: the
+// table's functions have no room for a context of their own.
 class TMemoryFiles {
 public:
     struct TNode {
@@ -94,6 +94,9 @@ public:
             calls.GetFileAttributesExW = &Attributes;
             calls.CreateFileW = &Open;
             calls.GetFileInformationByHandle = &Information;
+            calls.GetFileSizeEx = &Size;
+            calls.GetFileTime = &Times;
+            calls.ReadFile = &Read;
             calls.GetFinalPathNameByHandleW = &FinalPathName;
             calls.CloseHandle = [](HANDLE) -> BOOL { return TRUE; };
             return calls;
@@ -210,6 +213,23 @@ private:
         information->ftLastWriteTime = node->lastWrite;
         information->nFileSizeLow = node->size;
         information->nFileIndexLow = node->index;
+        return TRUE;
+    }
+
+    static BOOL WINAPI Size(HANDLE handle, PLARGE_INTEGER size) {
+        size->QuadPart = static_cast<const TNode*>(handle)->size;
+        return TRUE;
+    }
+
+    static BOOL WINAPI Times(HANDLE handle, LPFILETIME, LPFILETIME, LPFILETIME lastWrite) {
+        *lastWrite = static_cast<const TNode*>(handle)->lastWrite;
+        return TRUE;
+    }
+
+    // All of it, for those who have room for that.
+    static BOOL WINAPI Read(HANDLE handle, LPVOID bytes, DWORD size, LPDWORD read, LPOVERLAPPED) {
+        *read = std::min(size, static_cast<const TNode*>(handle)->size);
+        std::fill_n(static_cast<char*>(bytes), *read, 'x');
         return TRUE;
     }
 

@@ -5,6 +5,7 @@
 
 #include "engine/memory_files.h"
 #include "engine/scan_folders.h"
+#include "engine/verify_scan.h"
 #include "support/path_hash.h"
 
 namespace {
@@ -37,6 +38,28 @@ protected:
     }
 
     void Scan(std::vector<SourceFolderRow> rows, bool fetchCloudFiles = false) {
+        const TScanParameters parameters{
+            .dataSet = std::make_shared<const std::vector<SourceFolderRow>>(std::move(rows)),
+            .nasData = records_.Snapshot(),
+            .nas = L"N:",
+            .host = L"PC",
+            .fetchCloudFiles = fetchCloudFiles};
+        RunTask([&](IOmniTask& task) { TFolderScan(task, TMemoryFiles::Table(), parameters).Run(); });
+    }
+
+    // With the scan's filters, order and names: what is checked is what would be copied.
+    void Check(std::vector<SourceFolderRow> rows) {
+        const TVerifyParameters parameters{
+            .dataSet = std::move(rows),
+            .nasData = records_.Snapshot(),
+            .nas = L"N:",
+            .host = L"PC",
+            .slice = {},
+            .sourceRoots = std::make_shared<TSourceRoots>(TMemoryFiles::Table())};
+        RunTask([&](IOmniTask& task) { TVerifyScan(task, TMemoryFiles::Table(), parameters).Run(); });
+    }
+
+    void RunTask(const TTaskMethod& method) {
         toCopy_.clear();
         problems_.clear();
         unchanged_.clear();
@@ -44,15 +67,8 @@ protected:
         cloudFiles_ = 0;
         TOmniEventMonitor monitor([] {});
         monitor.OnTaskMessage = [this](IOmniTask&, TTaskMessage& message) { Receive(message.value); };
-        const TScanParameters parameters{
-            .dataSet = std::make_shared<const std::vector<SourceFolderRow>>(std::move(rows)),
-            .nasData = records_.Snapshot(),
-            .nas = L"N:",
-            .host = L"PC",
-            .fetchCloudFiles = fetchCloudFiles};
         monitor.OnTaskTerminated = [](IOmniTask&) {};
-        IOmniTaskControl control(
-            [&](IOmniTask& task) { TFolderScan(task, TMemoryFiles::Table(), parameters).Run(); }, L"Scan");
+        IOmniTaskControl control(method, L"Scan");
         control.MonitorWith(monitor);
         control.Run();
         control.WaitFor(kUnlimitedWait);
@@ -68,6 +84,8 @@ protected:
             problems_.push_back(*problem);
         } else if (const auto* compared = std::get_if<TComparedFolder>(&value)) {
             compared_.push_back(compared->path + L" " + std::to_wstring(compared->files));
+        } else if (const auto* checked = std::get_if<TVerifyCounts>(&value)) {
+            checked_ = *checked;
         } else if (const auto* number = std::get_if<std::int64_t>(&value)) {
             cloudFiles_ = *number;
         }
@@ -87,6 +105,7 @@ protected:
     THashTable records_;
     TPaths toCopy_;
     TPaths compared_;
+    TVerifyCounts checked_;
     TUnchangedList unchanged_;
     std::vector<TProblem> problems_;
     std::int64_t cloudFiles_ = 0;
@@ -180,6 +199,14 @@ TEST_F(SourceWalk, TellsTheFileWhoseNameAnotherOneHas) {
     Scan({Row(L"C:\\Daten", false)});
     EXPECT_EQ(toCopy_, TPaths{});
     EXPECT_EQ(Told(TProblemKind::NamesCollide), TPaths{L"C:\\Daten\\Brief.doc"});
+
+    // A check sees each copy as that of one file.
+    files_.Add(L"N:\\PC\\drive_C\\Daten\\Sub\\x.txt", kFile, At(9), 1);
+    files_.Add(L"N:\\PC\\drive_C\\Daten\\Sub\\y.txt", kFile, At(9), 2);
+    Check({Row(L"C:\\Daten")});
+    EXPECT_EQ(Told(TProblemKind::NamesCollide), (TPaths{L"C:\\Daten\\Brief.doc", L"C:\\Daten\\sub\\X.txt"}));
+    EXPECT_EQ(Told(TProblemKind::CopySizeDiffers), TPaths{L"C:\\Daten\\sub\\y.txt"});
+    EXPECT_TRUE(checked_.isComplete && checked_.files == 4 && checked_.good == 3 && checked_.bad == 1);
 }
 
 TEST_F(SourceWalk, TwoNamesAreTwoFilesWhereTheDestinationSaysSo) {

@@ -12,6 +12,46 @@
 
 namespace {
 
+// A destination on which files are not read past the caches: not at all, or only as far as whole sectors
+// came.
+bool refusesAtOnce = false;
+std::mutex mutex;
+std::set<HANDLE> pastCaches;
+std::set<HANDLE> cutShort;
+int refusals = 0;
+
+HANDLE WINAPI OpenThere(LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                        DWORD disposition, DWORD flags, HANDLE pattern) {
+    const bool isPastCaches = (flags & FILE_FLAG_NO_BUFFERING) != 0;
+    if (isPastCaches && refusesAtOnce) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return INVALID_HANDLE_VALUE;
+    }
+    const HANDLE file = CreateFileW(path, access, sharing, security, disposition, flags, pattern);
+    const std::scoped_lock lock(mutex);
+    cutShort.erase(file);
+    pastCaches.erase(file);
+    if (isPastCaches) {
+        pastCaches.insert(file);
+    }
+    return file;
+}
+
+BOOL WINAPI ReadThere(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
+    {
+        const std::scoped_lock lock(mutex);
+        if (pastCaches.contains(file)) {
+            if (!cutShort.insert(file).second) {
+                ++refusals;
+                SetLastError(ERROR_INVALID_PARAMETER);
+                return FALSE;
+            }
+            size = 1000;
+        }
+    }
+    return ReadFile(file, bytes, size, read, overlapped);
+}
+
 const TRunOrder kCheck{.copy = false, .check = TCheckOrder()};
 
 class Check : public CopyRun {
@@ -275,6 +315,134 @@ TEST_F(Check, ASourceThatChangesIsLookedAtOnceMore) {
     Run(kCheck);
     EXPECT_TRUE(SaysInGrey(L"In Benutzung und nicht geprüft: ") && SaysInGrey(L", 1 in Benutzung"));
     EXPECT_TRUE(Bad().empty());
+}
+
+TEST_F(Check, ReadsThroughTheCachesWhereItMust) {
+    std::string content(700'000, 'x');
+    for (const wchar_t* name : {L"good.bin", L"tail.bin", L"small.bin"}) {
+        source_.Write(name, name[0] == L's' ? "small" : content, TestTime(0));
+    }
+    AddSource(source_.Path());
+    Run();
+    content.back() = 'y';
+    destination_.Write(CopyOf(L"tail.bin"), content, TestTime(0));
+    dm_.reset();
+    calls_.CreateFileW = &OpenThere;
+    calls_.ReadFile = &ReadThere;
+    AddSource(source_.Path());
+    for (const bool atOnce : {true, false}) {
+        refusesAtOnce = atOnce;
+        Run(kCheck);
+        EXPECT_TRUE(SaysInGrey(L"3 Dateien angesehen, 2 Kopien gut")) << atOnce;
+        EXPECT_EQ(Bad()[L"tail.bin"], L"Die Kopie hat ab Byte 700000 einen anderen Inhalt") << atOnce;
+    }
+    EXPECT_EQ(refusals, 2) << "the small one came in one piece";
+}
+
+TEST_F(Check, TheOnlyGoodFileIsNeverGivenUp) {
+    for (const wchar_t* name : {L"unreadable", L"refused", L"cloud"}) {
+        source_.Write(name, "content", TestTime(0));
+    }
+    AddSource(source_.Path());
+    Run();
+    for (const wchar_t* name : {L"unreadable", L"refused", L"cloud"}) {
+        destination_.Write(CopyOf(name), "c0ntent", TestTime(0));
+    }
+    const auto before = Destination();
+    dm_.reset();
+    calls_ = TWatchedCalls::Table();
+    calls_.FindNextFileW = [](HANDLE find, LPWIN32_FIND_DATAW data) -> BOOL {
+        const BOOL found = FindNextFileW(find, data);
+        if (found && data->cFileName == std::wstring_view(L"cloud")) {
+            data->dwFileAttributes |= FILE_ATTRIBUTE_OFFLINE;
+        }
+        return found;
+    };
+    UseMovedClock(calls_);
+    AddSource(source_.Path());
+    std::atomic<bool> wasFetched = false;
+    const TWatchedCalls watch([&](const char* call, std::wstring_view path) -> DWORD {
+        if (path.ends_with(L"cloud")) {
+            wasFetched = wasFetched || call == std::string_view("CreateFile");
+        }
+        const bool isSource = path.find(source_.Path()) != std::wstring_view::npos;
+        const bool fails = (call == std::string_view("CreateFile") && path.ends_with(L"unreadable")) ||
+                           (call == std::string_view("CopyFileEx") && path.ends_with(L"refused"));
+        return isSource && fails ? ERROR_CRC : ERROR_SUCCESS;
+    });
+    Run({.copy = false, .check = TCheckOrder{.repair = true}});
+    EXPECT_TRUE(SaysInGrey(L"1 Datei angesehen, 0 Kopien gut, 1 schlecht, 1 nur in der Cloud"));
+    EXPECT_TRUE(!wasFetched && Bad().contains(L"refused") && !Bad().contains(L"unreadable"));
+    EXPECT_EQ(Dm().Failures().others, 1U) << "a source that cannot be read is told";
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::BadCopies);
+    const auto after = Destination();
+    for (const auto& [path, content] : before) {
+        EXPECT_TRUE(after.contains(path) && (path.ends_with(L".dat") || after.at(path) == content))
+            << ToUtf8(path);
+    }
+    for (const auto& [path, content] : after) {
+        EXPECT_EQ(path.find(L" #001"), std::wstring::npos) << ToUtf8(path);
+    }
+}
+
+TEST_F(Check, WhatCouldNotBeCopiedIsNotRepaired) {
+    source_.Write(L"a.txt", "old", TestTime(0));
+    AddSource(source_.Path());
+    Run();
+    source_.Write(L"a.txt", "new", TestTime(1000));
+    dm_.reset();
+    calls_ = TWatchedCalls::Table();
+    UseMovedClock(calls_);
+    AddSource(source_.Path());
+    std::atomic<int> attempts = 0;
+    const TWatchedCalls watch([&](const char* call, std::wstring_view) -> DWORD {
+        return call == std::string_view("CopyFileEx") && ++attempts <= 2 ? ERROR_DISK_FULL : ERROR_SUCCESS;
+    });
+    Run({.copy = true, .check = TCheckOrder{.repair = true}});
+    EXPECT_EQ(attempts, 2);
+    EXPECT_EQ(Dm().Failures().files, 1U);
+    EXPECT_TRUE(SaysInGrey(L", 1 noch zu kopieren"));
+    EXPECT_EQ(Dm().ExitCode(), TExitCode::NotAllCopied);
+}
+
+TEST_F(Check, PartByPartSeesEveryFileWhateverWasRemembered) {
+    const std::wstring remembered = configuration_ + L"\\NASSeen.ini";
+    std::set<std::wstring> all;
+    for (int number = 0; number < 40; ++number) {
+        const std::wstring name = L"f" + std::to_wstring(number);
+        all.insert(name);
+        source_.Write(name, "content", TestTime(0));
+    }
+    AddSource(source_.Path());
+    Run();
+    for (const std::wstring& name : all) {
+        destination_.Write(CopyOf(name), "c0ntent", TestTime(0));
+    }
+    const TRunOrder part{.copy = false, .check = TCheckOrder{.percent = 30}};
+    for (const char* damage :
+         {"", "\xff\xfe[CHECKS", "[CHECKS]\r\n[TABLES\r\n=\r\n\x01\x02", "[CHECKS]\r\nx=-7"}) {
+        if (*damage != '\0') {
+            std::ofstream(std::filesystem::path(remembered), std::ios::binary) << damage;
+        }
+        std::set<std::wstring> seen;
+        std::size_t told = 0;
+        for (int night = 0; night < 4; ++night) {
+            Run(part);
+            told += Bad().size();
+            for (const auto& [name, reason] : Bad()) {
+                seen.insert(name);
+            }
+        }
+        EXPECT_TRUE(seen == all) << damage;
+        EXPECT_LT(told, 60U) << "others each time";
+    }
+    // Night after night the same part would pass for all of it.
+    CreateDirectoryW((remembered + L".new").c_str(), nullptr);
+    Run(part);
+    RemoveDirectoryW((remembered + L".new").c_str());
+    EXPECT_EQ(Dm().Failures().others, 1U);
+    EXPECT_TRUE(Texts(TMessagePos::Error).back().find(L"NASSeen.ini\" konnte nicht gespeichert werden") !=
+                std::wstring::npos);
 }
 
 }  // namespace
