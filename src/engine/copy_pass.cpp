@@ -117,8 +117,8 @@ std::shared_ptr<TCopyJob> TCopyRun::NextJob() const {
     std::wstring folder(
         RemoveTrailingSeparator(DestinationFolder(destination_.nas, destination_.host, job->source)));
     job->target = folder + L"\\" + std::wstring(FileNamePart(job->source));
-    // The current row's switch counts, whichever row the file comes from. A bad copy, which only a check sends here,
-    // may be the better one: it is kept.
+    // The current row's switch counts, whichever row the file comes from. A bad copy, which only a check
+    // sends here, may be the better one: it is kept.
     job->moveAside = checks_ || with_.memData.Current().History.value_or(false);
     // An earlier copy that is moved aside may get the name of another file.
     job->targetKey = FoldedCase(job->moveAside ? WithoutNumber(job->target) : job->target);
