@@ -9,14 +9,13 @@
 #include <windows.h>
 
 #include <cstdlib>
-#include <mutex>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "engine/scan_folders.h"
+#include "far_calls.h"
 #include "hashdb/destination_folder.h"
 #include "hashdb/hash_table_file.h"
 #include "measure.h"
@@ -141,49 +140,6 @@ void MeasureFar(const TTrees& trees, const THashTable& table) {
     Tell("far_scan", "ours", SecondsOfScan(trees, table));
     Tell("far_scan", "floor", SecondsOfListings(trees, 8));
     Tell("far_scan", "one", SecondsOfScan(trees, table, {.atATime = 1}));
-}
-
-// Listings of paths with this in them are far away: each of their calls sleeps in the thread that makes it.
-std::wstring farPart;
-std::mutex farMutex;
-std::set<HANDLE> farListings;
-
-bool IsFar(HANDLE find) {
-    const std::scoped_lock lock(farMutex);
-    return farListings.contains(find);
-}
-
-TPlatformCalls SleepingCalls() {
-    TPlatformCalls calls = SystemPlatformCalls();
-    calls.FindFirstFileExW = [](LPCWSTR path, FINDEX_INFO_LEVELS level, LPVOID data, FINDEX_SEARCH_OPS search,
-                                LPVOID filter, DWORD flags) -> HANDLE {
-        const bool isFar = std::wstring_view(path).find(farPart) != std::wstring_view::npos;
-        Sleep(isFar ? 2 : 0);
-        const HANDLE find = FindFirstFileExW(path, level, data, search, filter, flags);
-        if (isFar && find != INVALID_HANDLE_VALUE) {
-            const std::scoped_lock lock(farMutex);
-            farListings.insert(find);
-        }
-        return find;
-    };
-    calls.FindNextFileW = [](HANDLE find, LPWIN32_FIND_DATAW data) -> BOOL {
-        const BOOL found = FindNextFileW(find, data);
-        // Entries come many at a time; only their end is asked for once more.
-        if (!found && IsFar(find)) {
-            Sleep(2);
-            SetLastError(ERROR_NO_MORE_FILES);
-        }
-        return found;
-    };
-    calls.FindClose = [](HANDLE find) -> BOOL {
-        if (IsFar(find)) {
-            Sleep(2);
-            const std::scoped_lock lock(farMutex);
-            farListings.erase(find);
-        }
-        return FindClose(find);
-    };
-    return calls;
 }
 
 void MeasureSlept(const TTrees& trees, const THashTable& table) {

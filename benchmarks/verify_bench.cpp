@@ -1,7 +1,9 @@
 // What a check of the backup costs, against bare reading of both sides. Trees and hash table are there
 // already.
 //
-//   verify_bench ROW SOURCE NAS HOST ROUNDS
+//   verify_bench SOURCE NAS HOST ROUNDS    the check, and bare reading
+//   verify_bench SOURCE NAS HOST slept     checks of eight files at a time and of one, each call to the
+//                                          destination 2 ms longer
 #include <windows.h>
 
 #include <atomic>
@@ -13,6 +15,7 @@
 
 #include "engine/scan_folders.h"
 #include "engine/verify_scan.h"
+#include "far_calls.h"
 #include "hashdb/destination_folder.h"
 #include "hashdb/hash_table_file.h"
 #include "measure.h"
@@ -83,7 +86,8 @@ void ReadAllBare(const TTrees& trees) {
     }
 }
 
-void Check(const TTrees& trees, const THashTable& table) {
+void Check(const TTrees& trees, const THashTable& table, std::size_t parallel = kAtATime,
+           const TPlatformCalls& calls = SystemPlatformCalls()) {
     SourceFolderRow row;
     row.Aktive = row.Rekursiv = true;
     row.Directory = trees.source;
@@ -98,14 +102,15 @@ void Check(const TTrees& trees, const THashTable& table) {
     monitor.OnTaskTerminated = [](IOmniTask&) {};
     IOmniTaskControl task(
         [&](IOmniTask& own) {
-            TVerifyScan(own, SystemPlatformCalls(),
+            TVerifyScan(own, calls,
                         {.dataSet = {row},
                          .nasData = table.Snapshot(),
                          .recordsAreKnown = true,
                          .nas = trees.nas,
                          .host = trees.host,
                          .slice = {},
-                         .sourceRoots = std::make_shared<TSourceRoots>(SystemPlatformCalls())})
+                         .parallel = parallel,
+                         .sourceRoots = std::make_shared<TSourceRoots>(calls)})
                 .Run();
         },
         L"check");
@@ -118,28 +123,34 @@ void Check(const TTrees& trees, const THashTable& table) {
     }
 }
 
+void MeasureSlept(const TTrees& trees, const THashTable& table) {
+    farPart = trees.nas;
+    const TPlatformCalls calls = SleepingCalls();
+    Tell("slept_check", "ours", SecondsOf([&] { Check(trees, table, kAtATime, calls); }));
+    Tell("slept_check", "one", SecondsOf([&] { Check(trees, table, 1, calls); }));
+}
+
 }  // namespace
 
 extern "C" int wmain(int count, wchar_t** arguments) {
-    if (count != 6) {
-        std::fputs("usage: verify_bench ROW SOURCE NAS HOST ROUNDS\n", stderr);
+    if (count != 5) {
+        std::fputs("usage: verify_bench SOURCE NAS HOST ROUNDS|slept\n", stderr);
         return 64;
     }
-    const std::wstring wide = arguments[1];
-    std::string row;
-    for (const wchar_t letter : wide) {
-        row += static_cast<char>(letter);
-    }
-    const TTrees trees{arguments[2], arguments[3], arguments[4]};
+    const TTrees trees{arguments[1], arguments[2], arguments[3]};
     CreateHashContext();
     THashTable table;
     if (!LoadHashTable(SystemPlatformCalls(), trees.nas + L"\\" + trees.host + L"\\Vardeko.dat", table)) {
         std::fputs("there is no hash table\n", stderr);
         return 66;
     }
-    for (int round = _wtoi(arguments[5]); round > 0; --round) {
-        Tell(row.c_str(), "floor", SecondsOf([&] { ReadAllBare(trees); }));
-        Tell(row.c_str(), "ours", SecondsOf([&] { Check(trees, table); }));
+    if (arguments[4] == std::wstring_view(L"slept")) {
+        MeasureSlept(trees, table);
+        return 0;
+    }
+    for (int round = _wtoi(arguments[4]); round > 0; --round) {
+        Tell("check", "floor", SecondsOf([&] { ReadAllBare(trees); }));
+        Tell("check", "ours", SecondsOf([&] { Check(trees, table); }));
     }
     return 0;
 }

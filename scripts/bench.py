@@ -156,10 +156,20 @@ def large(trees):
 def verify(trees):
     for files, size in ((10_000, 16 << 10), (100, 4 << 20)):
         trees.make_with_backup(files, b"x" * size)
-        found = wine_samples("verify_bench", "check", trees.folder(files), trees.backup(files), trees.host, ROUNDS)
+        found = wine_samples("verify_bench", trees.folder(files), trees.backup(files), trees.host, ROUNDS)
         trees.remove(files)
         yield Row(f"checking {files:,} files of {size >> 10:,} KB, eight at a time", "s", found["check", "ours"],
                   "bare reading of both sides", found["check", "floor"], 1.15)
+    files = 400
+    trees.make_with_backup(files, b"x" * 2048, per_folder=2)
+    found = collections.defaultdict(list)
+    for _ in range(FAR_ROUNDS):
+        far_away = wine_samples("verify_bench", trees.folder(files), trees.backup(files), trees.host, "slept")
+        for key, values in far_away.items():
+            found[key] += values
+    trees.remove(files)
+    yield Row("check of 200 folders of two files, slept 2 ms a call", "s", found["slept_check", "ours"],
+              "one at a time", found["slept_check", "one"], 1 / 6)
 
 
 def peak_memory_of_run(trees, files):
@@ -241,6 +251,7 @@ def far(trees):
     yield Row("the same on a file system of 2 ms a call", "s", found["far_scan", "ours"],
               "bare listings, eight at a time", found["far_scan", "floor"], 1.5)
     yield Row("  the same", "s", found["far_scan", "ours"], "one at a time", found["far_scan", "one"])
+
 
 
 GROUPS = {group.__name__: group for group in (table, scan, calls, copy, large, verify, growth, start, far)}
