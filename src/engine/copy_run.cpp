@@ -184,10 +184,8 @@ void TCopyRun::TellProblem(const TProblem& problem) {
             ++missingFolders_;
             return log_.Problem(problem);
         case TProblemKind::BackupInSource:
-            // Left out on purpose, and nothing is missing in the backup.
-            log_.Problem(problem);
-            return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Ignore);
         case TProblemKind::SourceInUse:
+            // Left out on purpose, or not to be told good from bad: nothing is missing in the backup.
             log_.Problem(problem);
             return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Ignore);
         case TProblemKind::CopyMissing:

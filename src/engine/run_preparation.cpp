@@ -120,12 +120,12 @@ void LoadTable(const TPlatformCalls& calls, const TPreparationOrder& order, TPre
         }
     } catch (const std::exception& error) {
         TProblem problem = ProblemOf(error);
-        // A damaged table would stop every later run as well. Without it the copies' own dates decide. One of
-        // another version may be worth more than this program knows.
-        if (order.onlyReads) {
-            // The copies' own dates decide without it.
-            preparation.told.push_back(std::move(problem));
-        } else if (IsDamage(problem) && MoveAsideWithNumber(calls, destination.TableFile())) {
+        // A damaged table would stop every later run as well. Without it the copies' own dates decide, as
+        // they do for a run that only reads. One of another version may be worth more than this program
+        // knows.
+        const bool goesOn =
+            order.onlyReads || (IsDamage(problem) && MoveAsideWithNumber(calls, destination.TableFile()));
+        if (goesOn) {
             preparation.told.push_back(std::move(problem));
         } else {
             preparation.broken = std::move(problem);

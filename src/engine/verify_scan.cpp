@@ -28,6 +28,9 @@ void Send(IOmniTask& task, TScanMessage message, TTaskValue value) {
 }  // namespace
 
 struct TVerifyScan::TShared {
+    TShared(const TPlatformCalls& platformCalls, std::shared_ptr<IOmniTask> ownTask)
+        : calls(platformCalls), task(std::move(ownTask)) {}
+
     const TPlatformCalls& calls;
     const std::shared_ptr<IOmniTask> task;
     const TLocalTimeRule localTime = TLocalTimeRule();
