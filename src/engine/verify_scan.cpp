@@ -179,7 +179,12 @@ void TVerifyScan::BeginFolder(std::size_t number) {
     TBatch batch;
     std::uint64_t bytes = 0;
     for (std::size_t index = 0; index < found->jobs.size() && !task_.Terminated(); ++index) {
-        bytes += found->jobs[index]->size;
+        const std::uint64_t size = found->jobs[index]->size;
+        if (size >= kBytesOfJob && !batch.empty()) {
+            // While it is read its own path and progress are to be seen.
+            Begin(std::exchange(batch, {}));
+        }
+        bytes += size;
         batch.push_back(std::move(found->jobs[index]));
         if (batch.size() == kFilesOfJob || bytes >= kBytesOfJob || index + 1 == found->jobs.size()) {
             Begin(std::exchange(batch, {}));
