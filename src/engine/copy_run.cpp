@@ -37,6 +37,7 @@ TCopyRun::TCopyRun(TRunSurroundings surroundings)
 TCopyRun::~TCopyRun() {
     Stop();
     if (progress_) {
+        ground_->givenUp = true;
         progress_->Close(PROGRESS_STOP);
     }
     EndTheTasks({});
@@ -89,6 +90,9 @@ void TCopyRun::Prepare(TRunSettings settings) {
 bool TCopyRun::BeginScan() {
     const std::shared_ptr<TPreparation> prepared = std::exchange(preparation_, nullptr);
     Report({}, TMessagePos::Status);
+    if (stopped_) {
+        return true;  // from within the report
+    }
     if (prepared->notReached) {
         const TProblem& problem = *prepared->notReached;
         if (!order_.copy) {
@@ -103,12 +107,12 @@ bool TCopyRun::BeginScan() {
     for (const TProblem& problem : prepared->told) {
         ReportFailure(problem);
     }
+    if (stopped_) {
+        return true;
+    }
     if (prepared->broken) {
         ReportFailure(*prepared->broken);
         return true;
-    }
-    if (stopped_) {
-        return true;  // from within a report
     }
     claim_ = std::move(prepared->claim);
     if (order_.ChangesNothing()) {
@@ -232,9 +236,13 @@ void TCopyRun::Stop() {
 }
 
 void TCopyRun::EndTasks(const std::function<void()>& whileWaiting) {
+    const bool isWaiting = preparationTask_ || waitTask_;
     Stop();
     FinishFiles(whileWaiting);
     EndTheTasks(whileWaiting);
+    if (isWaiting) {
+        Report({}, TMessagePos::Status);  // what was waited for
+    }
 }
 
 void TCopyRun::EndTheTasks(const std::function<void()>& whileWaiting) {

@@ -94,8 +94,8 @@ void TDM::Report(const std::wstring& text, TMessagePos kind, const std::wstring&
 }
 
 void TDM::ReportFailure(const TProblem& problem) {
-    if (run_) {
-        return run_->ReportFailure(problem);
+    if (const std::shared_ptr<TCopyRun> run = run_) {
+        return run->ReportFailure(problem);
     }
     ++failures_;
     Report(ProblemText(problem, &SystemErrorText), TMessagePos::Error);
@@ -159,7 +159,12 @@ void TDM::RunIsPrepared() {
     if (State() != TRunState::Preparing) {
         return;
     }
-    if (run_->BeginScan()) {
+    const std::shared_ptr<TCopyRun> run = run_;
+    const bool isReached = run->BeginScan();
+    if (run != run_) {
+        return;  // a report has let in the start of another one
+    }
+    if (isReached) {
         machine_.Prepared();
     } else {
         machine_.NotReached();
@@ -292,13 +297,13 @@ void TDM::OmniEventMonitorTaskMessage(IOmniTask& task, TTaskMessage& message) {
         Report(*text, TMessagePos::Ignore);
     } else if (number != nullptr && identifier == TScanMessage::Number) {
         Report(std::to_wstring(*number), TMessagePos::ThreadMsg);
-    } else if (run_ && run_->Owns(task)) {
-        run_->TaskSent(message);
+    } else if (const std::shared_ptr<TCopyRun> run = run_; run && run->Owns(task)) {
+        run->TaskSent(message);
     }
 }
 
 void TDM::OmniEventMonitorTaskTerminated(IOmniTask& task) {
-    if (run_ && run_->TaskEnded(task)) {
+    if (const std::shared_ptr<TCopyRun> run = run_; run && run->TaskEnded(task)) {
         RunIsPrepared();
     }
 }

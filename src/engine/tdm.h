@@ -147,7 +147,7 @@ private:
 
     TWakeUp taskWakeUp_;
     TOmniEventMonitor OmniEventMonitor;
-    // Shared with the pass that works for it: a report of that pass may let in the start of another run.
+    // Shared with whatever works for it: each of its reports may let in the start of another run.
     std::shared_ptr<TCopyRun> run_;
     bool inPass_ = false;
     TTimer CopyTimer;

@@ -338,25 +338,38 @@ TEST_F(CopyRun, WhatFailedIsTriedOnceMoreAtTheEnd) {
     EXPECT_EQ(Dm().ExitCode(), TExitCode::AllCopied);
 }
 
-TEST_F(CopyRun, StopAndStartFromWithinAReportAreSafe) {
-    for (int index = 0; index < 20; ++index) {
-        source_.Write(L"f" + std::to_wstring(index) + L".txt", "x", TestTime(0));
-    }
+TEST_F(CopyRun, StopAndStartFromWithinAnyReportAreSafe) {
     AddSource(source_.Path());
-    bool restarted = false;
-    onReport_ = [&](const TReport& report) {
-        if (report.kind == TMessagePos::Memo && !restarted) {
-            restarted = true;
-            EndRun();
-            Dm().StartCopy();
-            Dm().CopyTimerTimer();
-        }
+    UseMovedClock(calls_);
+    calls_.CopyFileExW = [](LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE routine, LPVOID data, LPBOOL cancel,
+                            DWORD flags) WINAPI -> BOOL {
+        SetLastError(ERROR_DISK_FULL);
+        return !std::wstring_view(from).ends_with(L"fails") &&
+               ::CopyFileExW(from, to, routine, data, cancel, flags);
     };
-    Run();
-    EXPECT_TRUE(restarted);
-    EXPECT_TRUE(finished_);
-    EXPECT_EQ(destination_.FileCount(), 21U);
-    EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko.dat")->size(), 42U + 78 * 20);
+    source_.Write(L"fails", "x", TestTime(0));
+    std::size_t runs = 0;
+    for (bool restarted = true; restarted && !HasFailure(); ++runs) {
+        for (const wchar_t* name : {L"a", L"b", L"z"}) {
+            source_.Write(name + std::to_wstring(runs), "x", TestTime(0));
+        }
+        restarted = false;
+        std::size_t reports = 0;
+        onReport_ = [&](const TReport&) {
+            if (!restarted && !CopyIdle && reports++ == runs) {
+                restarted = true;
+                EndRun();
+                Dm().StartCopy();
+                Dm().CopyTimerTimer();
+            }
+        };
+        Run();
+        EXPECT_TRUE(finished_) << "at report " << runs;
+        EXPECT_EQ(destination_.FileCount(), 3 * runs + 5) << runs << ": with the table and Error.log";
+        EXPECT_EQ(destination_.Read(HostName() + L"\\Vardeko.dat")->size(), 42U + 78 * (3 * runs + 3))
+            << runs;
+    }
+    EXPECT_GT(runs, 15U);
 }
 
 // Calls to a NAS that hangs: one that waits for bytes which never come, and one that nothing ends.
@@ -402,6 +415,7 @@ TEST_F(CopyRun, AStopIsAnsweredAlsoWhileTheDestinationHangs) {
         const auto begin = std::chrono::steady_clock::now();
         EndRun();
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+        EXPECT_EQ(reports_.back().text, L"") << "it is not waited for any more";
         while (canBeBrokenOff && freedCalls == 0) {
             Sleep(1);
         }
