@@ -27,6 +27,8 @@ constexpr std::uint32_t kLookInterval = 30;
 // How long a copy that is under way at a stop may take, and how long one that is broken off then.
 constexpr std::chrono::seconds kWaitForCopies{5};
 constexpr std::uint32_t kWaitForFreedCopies = 2000;  // milliseconds
+// How long the lines about those that failed so may take.
+constexpr std::chrono::seconds kWaitForLastLines{2};
 
 // "report.txt" for "report #001.txt".
 std::wstring WithoutNumber(std::wstring_view path) {
@@ -78,13 +80,14 @@ void TCopyRun::CopyWaitingFiles() {
 void TCopyRun::TellLostFolders() {
     TJobsInOrder<std::vector<TProblem>> asking(1, &BreakOffCallsOfThisThread);
     asking.Add([roots = sourceRoots_] { return roots->AskOwed(); });
-    std::optional<std::vector<TProblem>> problems = asking.TakeFirst(kLookInterval);
-    while (!problems && !stopped_) {
+    std::optional<std::vector<TProblem>> problems;
+    while (!stopped_ && !(problems = asking.TakeFirst(kLookInterval))) {
         with_.whileWaiting();
-        problems = asking.TakeFirst(kLookInterval);
     }
     for (const TProblem& problem : problems.value_or(std::vector<TProblem>())) {
-        ReportFailure(problem);
+        if (!stopped_) {
+            ReportFailure(problem);
+        }
     }
     asking.End(kWaitForFreedCopies, with_.whileWaiting);
 }
@@ -171,11 +174,37 @@ void TCopyRun::FinishFiles(const std::function<void()>& whileWaiting) {
     if (!copies_ || filesAreFinished_) {
         return;
     }
-    // Asked again after each wait, which may have let in another call of this.
+    FinishFilesWithin(kWaitForCopies, whileWaiting);
+    if (filesAreFinished_) {
+        return;
+    }
+    ground_->givenUp = true;
+    progress_->Close(PROGRESS_STOP);
+    largeCopy_->End(kWaitForFreedCopies, whileWaiting);
+    copies_->End(kWaitForFreedCopies, whileWaiting);
+    while (!underWay_.empty()) {
+        if (!TakeFile(0)) {
+            const std::shared_ptr<TCopyJob> job = underWay_.front();
+            underWay_.pop_front();
+            // Those behind it have results of their own.
+            (std::exchange(largeAtHand_, false) ? largeCopy_ : copies_)->LeaveFirst();
+            if (job->begun) {
+                FileDone(*job, {.kind = TCopyOutcome::TKind::CopyFailed, .error = ERROR_TIMEOUT});
+            }
+        }
+    }
+    FinishFilesWithin(kWaitForLastLines, whileWaiting);
+    errorLines_->End(kWaitForFreedCopies, whileWaiting);
+    TakeErrorLines(0);
+    filesAreFinished_ = true;
+}
+
+void TCopyRun::FinishFilesWithin(std::chrono::seconds time, const std::function<void()>& whileWaiting) {
+    // Asked again after each wait, which may have let in a call that finishes them all.
     const auto waits = [this] {
         return !filesAreFinished_ && (!underWay_.empty() || errorLines_->Count() > 0);
     };
-    const auto until = std::chrono::steady_clock::now() + kWaitForCopies;
+    const auto until = std::chrono::steady_clock::now() + time;
     while (waits() && std::chrono::steady_clock::now() < until) {
         const bool hasTaken = !underWay_.empty() && TakeFile(kLookInterval);
         TakeErrorLines(underWay_.empty() ? kLookInterval : 0);
@@ -186,22 +215,6 @@ void TCopyRun::FinishFiles(const std::function<void()>& whileWaiting) {
             }
         }
     }
-    ground_->givenUp = true;
-    progress_->Close(PROGRESS_STOP);
-    largeCopy_->End(kWaitForFreedCopies, whileWaiting);
-    copies_->End(kWaitForFreedCopies, whileWaiting);
-    while (!underWay_.empty()) {
-        if (!TakeFile(0)) {
-            const std::shared_ptr<TCopyJob> job = underWay_.front();
-            largeAtHand_ = false;
-            underWay_.pop_front();
-            if (job->begun) {
-                FileDone(*job, {.kind = TCopyOutcome::TKind::CopyFailed, .error = ERROR_TIMEOUT});
-            }
-        }
-    }
-    errorLines_->End(kWaitForFreedCopies, whileWaiting);
-    filesAreFinished_ = true;
 }
 
 void TCopyRun::FileDone(TCopyJob& job, const TCopyOutcome& outcome) {
@@ -241,8 +254,9 @@ void TCopyRun::FileDone(TCopyJob& job, const TCopyOutcome& outcome) {
 
 void TCopyRun::BeginLargeFile(const std::shared_ptr<TCopyJob>& job, const TAttributes& attributes) {
     largeCopy_->Add([ground = ground_, job, attributes, progress = progress_] {
-        return ground->stopped ? TCopyOutcome()
-                               : CopyWithProgress(*ground, *job, attributes, &AskForProgress, progress.get());
+        return ground->stopped || ground->destinationIsGone
+                   ? TCopyOutcome()
+                   : CopyWithProgress(*ground, *job, attributes, &AskForProgress, progress.get());
     });
     largeAtHand_ = true;
 }
@@ -334,6 +348,7 @@ void TCopyRun::DestinationLost() {
     if (FScanTask) {
         FScanTask->Terminate(0);
     }
+    Queue({}, TMessagePos::Status);  // it is not waited for any more
     ReportFailure(
         {.what = TProblemKind::DestinationLost, .path = destination_.HostFolder(), .number = waiting});
 }

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -155,6 +156,7 @@ private:
     bool TakeFile(std::uint32_t maxWait);
     void TellWhatIsWaitedFor();
     void FinishFiles(const std::function<void()>& whileWaiting);
+    void FinishFilesWithin(std::chrono::seconds time, const std::function<void()>& whileWaiting);
     void FileDone(TCopyJob& job, const TCopyOutcome& outcome);
     void BeginLargeFile(const std::shared_ptr<TCopyJob>& job, const TAttributes& attributes);
     void TellProgress();

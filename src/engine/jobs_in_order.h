@@ -104,6 +104,13 @@ public:
         return std::move(first->result);
     }
 
+    // The first job is never told, whatever comes of it.
+    void LeaveFirst() {
+        if (!places_.empty()) {
+            places_.pop_front();
+        }
+    }
+
     // What it answers may be called on any thread, at any time, and ends the wait of TakeFirst, or the next
     // one: somebody else has something to say.
     std::function<void()> WakeUp() const {
