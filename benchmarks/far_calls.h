@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "support/platform_calls.h"
 
@@ -45,15 +46,55 @@ private:
     static inline std::set<HANDLE> handles_;
 };
 
+inline bool IsFarPath(LPCWSTR path) {
+    return path != nullptr && std::wstring_view(path).find(farPart) != std::wstring_view::npos;
+}
+
 inline bool SleepIfFar(LPCWSTR path) {
-    const bool isFar = std::wstring_view(path).find(farPart) != std::wstring_view::npos;
+    const bool isFar = IsFarPath(path);
     Sleep(isFar ? kFarSleep : 0);
     return isFar;
 }
 
-// Listings, and files that are read.
+// A call that takes longer when one of its paths, or its handle, is far.
+template <auto Member, typename Function>
+struct TSlowCall;
+
+template <auto Member, typename Result, typename... Arguments>
+struct TSlowCall<Member, Result(WINAPI*)(Arguments...)> {
+    static Result WINAPI Call(Arguments... arguments) {
+        if ((IsFar(arguments) || ...)) {
+            Sleep(kFarSleep);
+        }
+        return (SystemPlatformCalls().*Member)(arguments...);
+    }
+
+private:
+    template <typename Argument>
+    static bool IsFar(Argument argument) {
+        if constexpr (std::is_same_v<Argument, LPCWSTR>) {
+            return IsFarPath(argument);
+        } else if constexpr (std::is_same_v<Argument, HANDLE>) {
+            return TFarHandles::IsFar(argument);
+        } else {
+            return false;
+        }
+    }
+};
+
+template <auto... Members>
+void Slow(TPlatformCalls& calls) {
+    ((calls.*Members = &TSlowCall<Members, std::remove_reference_t<decltype(calls.*Members)>>::Call), ...);
+}
+
 inline TPlatformCalls SleepingCalls() {
     TPlatformCalls calls = SystemPlatformCalls();
+    Slow<&TPlatformCalls::GetFileAttributesExW, &TPlatformCalls::SetFileAttributesW,
+         &TPlatformCalls::CopyFileExW, &TPlatformCalls::MoveFileExW, &TPlatformCalls::DeleteFileW,
+         &TPlatformCalls::CreateDirectoryW, &TPlatformCalls::ReadFile, &TPlatformCalls::WriteFile,
+         &TPlatformCalls::GetFileSizeEx, &TPlatformCalls::GetFileInformationByHandle,
+         &TPlatformCalls::FlushFileBuffers, &TPlatformCalls::GetFileTime, &TPlatformCalls::SetFileTime,
+         &TPlatformCalls::SetFileInformationByHandle>(calls);
     calls.FindFirstFileExW = [](LPCWSTR path, FINDEX_INFO_LEVELS level, LPVOID data, FINDEX_SEARCH_OPS search,
                                 LPVOID filter, DWORD flags) -> HANDLE {
         const bool isFar = SleepIfFar(path);
@@ -77,19 +118,6 @@ inline TPlatformCalls SleepingCalls() {
         const bool isFar = SleepIfFar(path);
         return TFarHandles::Add(CreateFileW(path, access, sharing, security, disposition, flags, pattern),
                                 isFar);
-    };
-    calls.GetFileSizeEx = [](HANDLE file, PLARGE_INTEGER size) -> BOOL {
-        TFarHandles::SleepIfFar(file);
-        return GetFileSizeEx(file, size);
-    };
-    calls.GetFileTime = [](HANDLE file, LPFILETIME created, LPFILETIME read, LPFILETIME written) -> BOOL {
-        TFarHandles::SleepIfFar(file);
-        return GetFileTime(file, created, read, written);
-    };
-    calls.ReadFile = [](HANDLE file, LPVOID bytes, DWORD size, LPDWORD read,
-                        LPOVERLAPPED overlapped) -> BOOL {
-        TFarHandles::SleepIfFar(file);
-        return ReadFile(file, bytes, size, read, overlapped);
     };
     calls.CloseHandle = [](HANDLE file) -> BOOL {
         TFarHandles::Remove(file);

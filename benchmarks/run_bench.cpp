@@ -3,9 +3,11 @@
 //   run_bench copy SOURCE NAS ROUNDS    many small files with the window on the screen
 //   run_bench calls SOURCE NAS          calls to the destination, per file copied and per file unchanged, and
 //                                       what they would take where each lasts a millisecond
-//   run_bench far SOURCE NAS ROUNDS [MILLISECONDS]
-//                                       a whole run with eight files at a time and with one, without a
-//                                       window; each call lasts that much longer, in the thread that makes it
+//   run_bench slept SOURCE NAS ROUNDS   a whole first run with eight files at a time and with one, without a
+//                                       window; each call to the destination lasts 2 ms longer
+//   run_bench first SOURCE NAS ROUNDS
+//                                       a whole first run without a window, and the bare calls of its folders
+//                                       and safe copies, eight at a time: for a NAS that is slow by itself
 //   run_bench large FILE NAS ROUNDS     one large file
 //   run_bench flush SOURCE NAS ROUNDS [MILLISECONDS]
 //                                       what waiting for the disk costs, one and eight files at a time; each
@@ -19,6 +21,7 @@
 
 #include "app/main_window.h"
 #include "engine/safe_copy.h"
+#include "far_calls.h"
 #include "hashdb/destination_folder.h"
 #include "measure.h"
 #include "support/folder_listing.h"
@@ -99,19 +102,29 @@ struct TBareCopy {
     FILETIME created, accessed, written;
 };
 
-// The files of a tree and where a bare copy puts them, in folders that exist.
-void Collect(const std::wstring& folder, const std::wstring& target, std::vector<TBareCopy>& copies) {
-    static_cast<void>(CreateFolders(SystemPlatformCalls(), target));
+// The files of a tree and where a bare copy puts them; the folders they land in.
+void Collect(const std::wstring& folder, const std::wstring& target, std::vector<TBareCopy>& copies,
+             std::vector<std::wstring>& targets) {
+    targets.push_back(target);
     TFolderListing listing(SystemPlatformCalls(), folder);
     while (listing.Next()) {
         const WIN32_FIND_DATAW& entry = listing.Entry();
         const std::wstring name = std::wstring(L"\\") + entry.cFileName;
         if (IsFolder(entry)) {
-            Collect(folder + name, target + name, copies);
+            Collect(folder + name, target + name, copies, targets);
         } else {
             copies.push_back({folder + name, target + name, entry.nFileSizeLow, entry.ftCreationTime,
                               entry.ftLastAccessTime, entry.ftLastWriteTime});
         }
+    }
+}
+
+// The same, in folders that exist.
+void Collect(const std::wstring& folder, const std::wstring& target, std::vector<TBareCopy>& copies) {
+    std::vector<std::wstring> targets;
+    Collect(folder, target, copies, targets);
+    for (const std::wstring& made : targets) {
+        static_cast<void>(CreateFolders(SystemPlatformCalls(), made));
     }
 }
 
@@ -164,15 +177,43 @@ TWatchedCalls Slowly(DWORD milliseconds) {
     });
 }
 
-void MeasureFar(const std::wstring& source, const std::wstring& nas, int rounds, DWORD milliseconds) {
-    const TWatchedCalls slow = Slowly(milliseconds);
+void MeasureSlept(const std::wstring& source, const std::wstring& nas, int rounds) {
+    farPart = nas;
+    const TPlatformCalls calls = SleepingCalls();
     for (int round = 0; round < rounds; ++round) {
-        const std::wstring place = nas + L"\\FAR" + std::to_wstring(round);
+        const std::wstring place = nas + L"\\SLEPT" + std::to_wstring(round);
         for (const bool several : {round % 2 == 0, round % 2 != 0}) {
-            TMeasuredRun run(TWatchedCalls::Table(), source, place + (several ? L"\\OURS" : L"\\SOLO"),
-                             several ? 8 : 1);
-            Tell("far_copy", several ? "ours" : "one", run.WithoutWindow());
+            TMeasuredRun run(calls, source, place + (several ? L"\\OURS" : L"\\SOLO"), several ? 8 : 1);
+            Tell("slept_run", several ? "ours" : "one", run.WithoutWindow());
         }
+    }
+}
+
+void MeasureFirstRun(const std::wstring& source, const std::wstring& nas, int rounds) {
+    constexpr std::size_t kThreads = 8;
+    for (int round = 0; round < rounds; ++round) {
+        const std::wstring place = nas + L"\\FIRST" + std::to_wstring(round);
+        std::vector<TBareCopy> copies;
+        std::vector<std::wstring> targets;
+        const std::wstring top = DestinationOfFilesIn(place + L"\\BARE", HostName(), source);
+        Collect(source, top, copies, targets);
+        static_cast<void>(CreateFolders(SystemPlatformCalls(), top));
+        const auto makeBarely = [&] {
+            for (const std::wstring& folder : targets) {
+                CreateDirectoryW(folder.c_str(), nullptr);
+            }
+            std::vector<std::jthread> running;
+            for (std::size_t thread = 0; thread < kThreads; ++thread) {
+                running.emplace_back([&, thread] {
+                    for (std::size_t index = thread; index < copies.size(); index += kThreads) {
+                        CopyBarely(copies[index]);
+                    }
+                });
+            }
+        };
+        Tell("first_run", "floor", SecondsOf(makeBarely));
+        Tell("first_run", "ours",
+             TMeasuredRun(SystemPlatformCalls(), source, place + L"\\OURS", kThreads).WithoutWindow());
     }
 }
 
@@ -324,10 +365,12 @@ extern "C" int wmain(int count, wchar_t** arguments) {
         MeasureCalls(arguments[2], arguments[3]);
     } else if (mode == L"flush") {
         MeasureFlush(arguments[2], arguments[3], rounds, milliseconds);
-    } else if (mode == L"far") {
-        MeasureFar(arguments[2], arguments[3], rounds, milliseconds);
+    } else if (mode == L"slept") {
+        MeasureSlept(arguments[2], arguments[3], rounds);
+    } else if (mode == L"first") {
+        MeasureFirstRun(arguments[2], arguments[3], rounds);
     } else {
-        std::fputs("usage: run_bench copy|large|calls|flush|far SOURCE NAS [ROUNDS] [MILLISECONDS]\n",
+        std::fputs("usage: run_bench copy|large|calls|flush|slept|first SOURCE NAS [ROUNDS] [MILLISECONDS]\n",
                    stderr);
         return 64;
     }

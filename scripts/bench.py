@@ -3,6 +3,7 @@
 usage: scripts/in_wine.sh python3 scripts/bench.py [GROUP...]     or: bench.py --list
 """
 import collections
+import contextlib
 import os
 import re
 import shutil
@@ -219,42 +220,73 @@ def start(trees):
     yield Row("size of the program", "MiB", [os.path.getsize(PROGRAM) / 2**20])
 
 
-def far(trees):
-    """At a NAS's distance: a file system whose calls take 2 ms each lies over the destination."""
-    sys.path.insert(0, os.path.join(ROOT, "tests", "whole_run"))
-    from fault_fixture import FaultyFs, build_faulty_fs  # which wants a prefix to work in
+def slept(trees):
+    """At a NAS's distance: each call to the destination sleeps 2 ms in the thread that makes it."""
     files = 2000
     trees.make_with_backup(files, b"x" * 2048, per_folder=2)
     place = trees.folder(files), trees.backup(files), trees.host
     found = collections.defaultdict(list)
-
-    def add(samples_of_round):
-        for key, values in samples_of_round.items():
-            found[key] += values
     for _ in range(FAR_ROUNDS):
-        add(wine_samples("scan_bench", *place, "slept"))
-    yield Row("no-change scan of 1,000 folders, listings slept 2 ms a call", "s", found["slept_scan", "ours"],
-              "one at a time", found["slept_scan", "one"], 1 / 6)
+        for key, values in wine_samples("scan_bench", *place, "slept").items():
+            found[key] += values
+    found |= wine_samples("run_bench", "slept", trees.folder(files), "N:", FAR_ROUNDS)
+    trees.remove(files)
+    trees.empty_nas()
+    for what, key in (("no-change scan", "slept_scan"), ("first run", "slept_run")):
+        yield Row(f"{what}, 2,000 files in 1,000 folders, slept 2 ms a call", "s", found[key, "ours"],
+                  "one at a time", found[key, "one"], 1 / 6)
+
+
+def far(trees, files=200, rounds=FAR_ROUNDS):
+    """The same with a file system over the destination whose calls take 2 ms each."""
+    sys.path.insert(0, os.path.join(ROOT, "tests", "whole_run"))
+    from fault_fixture import FaultyFs, build_faulty_fs  # which wants a prefix to work in
+    trees.make_with_backup(files, b"x" * 2048, per_folder=2)
     build_faulty_fs()
     mount = os.path.join(trees.top, "FAR")
-    system = FaultyFs(trees.nas, mount)
+    # As long as a client of a network share keeps what it was told.
+    system = FaultyFs(trees.nas, mount, kept_seconds=1)
+    source = os.path.join(trees.source, f"T{files}", "")
+    peers = {"xcopy /D /S /Y": ["wine", "xcopy", trees.folder(files), "N:\\XCOPY{}\\", "/D", "/S", "/Y"],
+             "native rsync -a": ["rsync", "-a", source, f"{mount}/RSYNC{{}}"],
+             "native rclone copy --transfers 8": ["rclone", "copy", "--transfers", "8", source,
+                                                  f"{mount}/RCLONE{{}}"]}
+    found = collections.defaultdict(list)
     try:
         map_drive(os.environ["WINEPREFIX"], "n", mount)
         system.tell("delay", 2)
-        for _ in range(FAR_ROUNDS):
-            add(wine_samples("scan_bench", *place, "far"))
+        for turn in range(rounds):
+            scans = wine_samples("scan_bench", trees.folder(files), trees.backup(files), trees.host, "far")
+            runs = wine_samples("run_bench", "first", trees.folder(files), f"N:\\TURN{turn}", 1)
+            for key, values in (scans | runs).items():
+                found[key] += values
+            for name, command in peers.items():
+                found["first_run", name].append(run([word.format(turn) for word in command])[1])
     finally:
-        system.tell("delay", 0)
         map_drive(os.environ["WINEPREFIX"], "n", trees.nas)
+        with contextlib.suppress(OSError):  # who is told to end in the middle finds it gone
+            system.tell("delay", 0)
         system.close()
     trees.remove(files)
-    yield Row("the same on a file system of 2 ms a call", "s", found["far_scan", "ours"],
-              "bare listings, eight at a time", found["far_scan", "floor"], 1.5)
+    trees.empty_nas()
+    what = f"{files:,} files in {files // 2:,} folders, a file system of 2 ms a call"
+    yield Row(f"no-change scan, {what}", "s", found["far_scan", "ours"], "bare listings, eight at a time",
+              found["far_scan", "floor"], 1.5)
     yield Row("  the same", "s", found["far_scan", "ours"], "one at a time", found["far_scan", "one"])
+    yield Row(f"first run, {what}", "s", found["first_run", "ours"], "bare safe copies, eight at a time",
+              found["first_run", "floor"], 1.3)
+    for name in peers:
+        yield Row("  the same", "s", found["first_run", "ours"], name, found["first_run", name],
+                  1 / 2 if name.startswith("xcopy") else None)
 
 
+def long_far(trees):
+    """The same with ten times as many files, each side once: some ten minutes."""
+    yield from far(trees, files=2000, rounds=1)
 
-GROUPS = {group.__name__: group for group in (table, scan, calls, copy, large, verify, growth, start, far)}
+
+GROUPS = {group.__name__: group for group in (table, scan, calls, copy, large, verify, growth, start, slept, far)}
+LONG_GROUPS = {"long-far": long_far}  # only when asked for by name
 
 
 def print_table(rows):
@@ -266,9 +298,10 @@ def print_table(rows):
 
 
 def main(names):
-    unknown = [name for name in names if name not in GROUPS]
+    known = GROUPS | LONG_GROUPS
+    unknown = [name for name in names if name not in known]
     if unknown:
-        print(f"There is no group {' '.join(unknown)}; the groups are {' '.join(GROUPS)}.")
+        print(f"There is no group {' '.join(unknown)}; the groups are {' '.join(known)}.")
         return 64
     began = time.monotonic()
     top = tempfile.mkdtemp(prefix="VARDEKO-", dir="/dev/shm")
@@ -279,7 +312,7 @@ def main(names):
         map_drive(os.environ["WINEPREFIX"], "n", trees.nas)
         for name in names or GROUPS:
             print(f"-- {name} ({time.monotonic() - began:.0f} s)", flush=True)
-            rows += GROUPS[name](trees)
+            rows += known[name](trees)
     finally:
         shutil.rmtree(top, ignore_errors=True)
         print_table(rows)
@@ -289,7 +322,7 @@ def main(names):
 
 if __name__ == "__main__":
     if sys.argv[1:2] == ["--list"]:
-        print("\n".join(GROUPS))
+        print("\n".join(GROUPS | LONG_GROUPS))
         sys.exit(0)
     # Whoever ends the measuring shall find no trees left in memory.
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))

@@ -16,7 +16,7 @@ release=(cmark-gfm git nsis openssl osslsigncode)
 case "${1:-}" in
     run) ;;
     release) packages+=("${release[@]}") ;;
-    bench) packages+=(g++ libsqlite3-dev rsync libfuse3-dev pkg-config) ;;
+    bench) packages+=(g++ libsqlite3-dev rsync rclone libfuse3-dev pkg-config) ;;
     test)
         packages+=("${release[@]}" g++ googletest clang libclang-rt-dev clang-format clang-tidy cppcheck)
         # The file system with faults, and the disks whose power fails.

@@ -1,19 +1,28 @@
 // A file system with faults: passes all calls on to a backing folder, but for what it is told to do wrong.
-//   faulty_fs BACKING MOUNT SOCKET    stays in the foreground until it is unmounted
+//
+//   faulty_fs BACKING MOUNT SOCKET [SECONDS]
+//
+// stays in the foreground until it is unmounted. The kernel may keep names and attributes for SECONDS, as the
+// clients of network shares do; 0 if not given.
 // Each connection to SOCKET takes one command, its words separated by tabs, and is answered with text.
 // PATH is below the mount and begins with "/"; ERRNO is a number of this system; KIND is one of `kKinds`.
-//   backing FOLDER                other content from now on; files that are open keep theirs
-//   times N                       keeps write times in whole multiples of N seconds, rounded down; 0: as
-//   given apart 0|1                     gives names back with accents apart; finds them by either form delay
-//   MILLISECONDS            every call takes so much longer down ERRNO MILLISECONDS PATH  every call at PATH
-//   and below fails for that time; 0: until "up" up                            ends that fail KIND N TIMES
-//   ERRNO PATH  of the calls from now on whose path has PATH in it, the N-th and the next ones room BYTES
-//   what can still be written before the disk is full; -1: no end bad PATH OFFSET               a sector that
-//   cannot be read cut PATH N ERRNO              the listing of that folder fails after N entries lose 0|1
-//   writes are accepted and lost; flush and fsync of these files say so when KIND N COMMAND...        carries
-//   out COMMAND right before the N-th call of the kind from now reset                         no more faults,
-//   counts begin anew; the backing folder stays counts                        answers a line "KIND NUMBER"
-//   for each kind created                       answers the paths of the files that were created
+//
+// - backing FOLDER: other content from now on; files that are open keep theirs
+// - times N: keeps write times in whole multiples of N seconds, rounded down; 0: as given
+// - apart 0|1: gives names back with accents apart; finds them by either form
+// - delay MILLISECONDS: every call takes so much longer
+// - down ERRNO MILLISECONDS PATH: every call at PATH and below fails for that time; 0: until "up"
+// - up: ends that
+// - fail KIND N TIMES ERRNO PATH: of the calls from now on whose path has PATH in it, the N-th and the next
+//   ones
+// - room BYTES: what can still be written before the disk is full; -1: no end
+// - bad PATH OFFSET: a sector that cannot be read
+// - cut PATH N ERRNO: the listing of that folder fails after N entries
+// - lose 0|1: writes are accepted and lost; flush and fsync of these files say so
+// - when KIND N COMMAND...: carries out COMMAND right before the N-th call of the kind from now
+// - reset: no more faults, counts begin anew; the backing folder stays
+// - counts: answers a line "KIND NUMBER" for each kind
+// - created: answers the paths of the files that were created
 #define FUSE_USE_VERSION 312
 #include <dirent.h>
 #include <fcntl.h>
@@ -87,6 +96,7 @@ std::mutex lock;
 TFaults told;
 std::string backing;
 std::string controlSocket;
+double keptSeconds = 0;  // by the kernel: names and attributes
 
 // Latin letters with an accent, from U+00C0 on, each as letter and combining mark; '.' has none.
 constexpr std::string_view kLetters = "AAAAAA.CEEEEIIII.NOOOOO..UUUUY..aaaaaa.ceeeeiiii.nooooo..uuuuy.y";
@@ -492,8 +502,9 @@ void* Begin(fuse_conn_info* connection, fuse_config* config) {
     connection->want |= connection->capable & (FUSE_CAP_READDIRPLUS | FUSE_CAP_READDIRPLUS_AUTO);
     config->use_ino = 1;
     config->hard_remove = 1;
-    // What changes behind the kernel's back must show at once.
-    config->entry_timeout = config->attr_timeout = config->negative_timeout = 0;
+    // What changes behind the kernel's back shows at once if that is 0. That a name is missing is never kept.
+    config->entry_timeout = config->attr_timeout = keptSeconds;
+    config->negative_timeout = 0;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     controlSocket.copy(address.sun_path, sizeof(address.sun_path) - 1);
@@ -536,12 +547,13 @@ fuse_operations Operations() {
 }  // namespace
 
 int main(int count, char** words) {
-    if (count != 4) {
-        std::fprintf(stderr, "usage: faulty_fs BACKING MOUNT SOCKET\n");
+    if (count != 4 && count != 5) {
+        std::fprintf(stderr, "usage: faulty_fs BACKING MOUNT SOCKET [SECONDS]\n");
         return 64;
     }
     backing = words[1];
     controlSocket = words[3];
+    keptSeconds = count == 5 ? std::atof(words[4]) : 0;
     char foreground[] = "-f";
     char* arguments[] = {words[0], foreground, words[2], nullptr};
     const fuse_operations calls = Operations();

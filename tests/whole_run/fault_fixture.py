@@ -71,7 +71,7 @@ def mount(device, where, options=""):
 class FaultyFs:
     """A mounted tests/faults/faulty_fs.cpp, which names its commands."""
 
-    def __init__(self, backing, where):
+    def __init__(self, backing, where, kept_seconds=0):
         os.makedirs(where)
         Watcher.watch(where)
         self.where = where
@@ -79,7 +79,8 @@ class FaultyFs:
         if os.path.exists(self.control):
             os.unlink(self.control)
         errors = tempfile.TemporaryFile()
-        self.process = subprocess.Popen([FAULTY_FS, backing, where, self.control], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([FAULTY_FS, backing, where, self.control, str(kept_seconds)],
+                                        stdin=subprocess.DEVNULL,
                                         stderr=errors)
         while not os.path.exists(self.control):
             if self.process.poll() is not None:
