@@ -246,15 +246,9 @@ void TDM::ReIndexNasData() {
     } catch (const std::exception& error) {
         return ReportFailure(ProblemOf(error));
     }
-    const TErrorCode refused =
-        UseConnect && !NAS.empty() ? shareLogon_->Connect(NAS, AUser.text, APass.text) : ERROR_SUCCESS;
+    // The settings are those of a run, but nothing is logged on to here: what is kept of them is wiped again.
     AUser = {};
     APass = {};
-    if (refused != ERROR_SUCCESS) {
-        const TProblem problem{.what = TProblemKind::ShareRefused, .path = NAS, .code = refused};
-        return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Memo,
-                      ProblemReason(problem, &SystemErrorText));
-    }
     const TDestination destination = Destination();
     if (NAS.empty() || !FolderExists(calls_, destination.HostFolder())) {
         const TProblem problem{.what = TProblemKind::DestinationMissing, .path = NAS};

@@ -70,7 +70,8 @@ public:
     void CloseRun();
 
     // Appends hash records for an existing backup's files and saves the hash table. Returns when it is done,
-    // or soon after it was stopped.
+    // or soon after it was stopped. Opens no connection to a share: one that asks for other credentials has
+    // to be open already.
     void ReIndexNasData();
 
     // The size text with the user's decimal separator.
