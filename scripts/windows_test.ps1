@@ -273,7 +273,8 @@ try {
     if (Test-Path $settings) { Remove-Item $settings -Recurse -Force }
     if (Test-Path $settingsAside) { Rename-Item $settingsAside (Split-Path $settings -Leaf) }
     if (Test-Path "Registry::$places") { & reg delete $places /f | Out-Null }
-    if ($hadPlaces) { & reg import "$work\places.reg" 2>&1 | Out-Null }
+    # It tells its success on the error stream, which Windows PowerShell takes for a mistake where it is caught.
+    if ($hadPlaces) { & cmd /c "reg import ""$work\places.reg"" >nul 2>&1" }
     & cmd /c rmdir /s /q $work
 }
 Write-Host "$script:passed passed, $script:failed failed"
