@@ -23,7 +23,7 @@ void UseDarkFrame(HWND window) {
 }
 
 void UseDarkScrollBars(HWND control) {
-    SetWindowTheme(control, L"DarkMode_Explorer", nullptr);
+    SetWindowTheme(control, Theme().isHighContrast ? nullptr : L"DarkMode_Explorer", nullptr);
 }
 
 void RemoveVisualStyle(HWND control) {

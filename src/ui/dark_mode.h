@@ -6,7 +6,7 @@
 // The caption and the frame.
 void UseDarkFrame(HWND window);
 
-// The scroll bars of a list, a grid or a field.
+// The scroll bars of a list, a grid or a field; the system's own while high contrast is on.
 void UseDarkScrollBars(HWND control);
 
 // Takes the visual style off a control, so that it obeys the colours set for it.
