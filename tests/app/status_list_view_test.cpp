@@ -199,6 +199,28 @@ TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
     ReleaseDC(List(), context);
 }
 
+TEST_F(StatusListView, MarksWhereErrorsAreBesideTheScrollBar) {
+    Add(100'000);
+    Add(1, kErrorStatus);
+    Add(300'000);
+    ShowWindow(window_.Handle(), SW_SHOW);
+    Show();
+    const HWND bar = FindWindowExW(window_.Handle(), nullptr, L"VardekoScrollBar", nullptr);
+    UpdateWindow(bar);
+    RECT track{};
+    GetClientRect(bar, &track);
+    std::vector<LONG> marked;
+    const HDC context = GetDC(bar);
+    for (LONG y = 0; y < track.bottom; ++y) {
+        if (GetPixel(context, track.right - 2, y) == ColorRefOf(Theme().errorMark)) {
+            marked.push_back(y);
+        }
+    }
+    ReleaseDC(bar, context);
+    ASSERT_EQ(marked.size(), 2U) << "one line for one row, and no more";
+    EXPECT_NEAR(marked.front(), track.bottom * 3 / 4, 2);
+}
+
 TEST_F(StatusListView, NothingOfASelectionStaysBehind) {
     Add(3);
     ShowWindow(window_.Handle(), SW_SHOW);
