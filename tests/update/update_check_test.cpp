@@ -206,10 +206,12 @@ TEST_F(TUpdateCheckTest, LogsWhatWentWrong) {
     Make(Trusted() + L"/html");
     SearchSilently();
     EXPECT_FALSE(check_->NewUpdateExist());
-    Make(L"localhost:1");
-    SearchSilently();
-    Show();
-    EXPECT_THAT(Log(), testing::StartsWith(L"12029 Der Server ist nicht zu erreichen."));
+    for (const auto& [server, code] : {std::pair{L"localhost:1", L"12029"}, {L"server.invalid", L"12007"}}) {
+        Make(server);
+        SearchSilently();
+        Show();
+        EXPECT_THAT(Log(), testing::StartsWith(code + std::wstring(L" Der Server ist nicht zu erreichen.")));
+    }
 }
 
 TEST_F(TUpdateCheckTest, OpensTheNewsPageOnlyWhenItIsAPage) {
