@@ -574,6 +574,8 @@ void TfmMain::ShowChanges() {
     if (CopyIdle) {
         // A full bar would stay on the button for as long as the window is open.
         failureUnseen_ ? taskbarProgress_.ShowError() : taskbarProgress_.Hide();
+    } else if (dataModule_ != nullptr && dataModule_->State() == TRunState::Unreachable) {
+        taskbarProgress_.ShowError();  // nothing goes on until the user stops it
     } else if (cxProgressBar.Position() > 0) {
         taskbarProgress_.Show(cxProgressBar.Position(), cxProgressBar.Maximum());
     } else {

@@ -553,6 +553,7 @@ TEST_F(MainWindow, ARunThatCannotStartWaitsForTheUserToStopIt) {
     window.acStartCopy.Execute();
     EXPECT_FALSE(LoopUntil([] { return CopyIdle; }, 2));
     EXPECT_TRUE(HasRows({L"Error: Destination Directory does not exist, "}));
+    EXPECT_EQ(window.TaskbarProgress().State(), TTaskbarProgress::TState::Error);
     Click(StopButton());
     ASSERT_TRUE(LoopUntil([] { return CopyIdle; }));
     EXPECT_EQ(window.ExitCode(), 1);
