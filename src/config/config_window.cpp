@@ -66,6 +66,7 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
         return Ask(ConfigTexts::DeleteQuestion(folder));
     };
     dsMemData.OnProblem = [this](const TProblem& problem) {
+        refused_ = true;
         ShowNotice(ProblemText(problem, &SystemErrorText));
     };
     dsMemData.OnChanged = [this] { RowsChanged(); };
@@ -178,9 +179,24 @@ void TfmConfig::ForgetCredentials() {
     settings_.PASS.value = {};
 }
 
+// An edit ends when something else is clicked, also one that the table refuses: closing upon that would let
+// the user believe that it was taken.
+bool TfmConfig::TakeOverEdit() {
+    cxGrid.TakeOver();
+    dsMemData.PostEdit();
+    if (!std::exchange(refused_, false)) {
+        return true;
+    }
+    Show(GetWindow(Handle(), GW_OWNER));
+    return false;
+}
+
 bool TfmConfig::Close() {
     if (!open_) {
         return true;
+    }
+    if (!TakeOverEdit()) {
+        return false;
     }
     const std::optional<TProblem> problem = FormClose();
     if (problem && !Ask(ConfigTexts::CloseQuestion(ProblemText(*problem, &SystemErrorText)))) {
@@ -196,6 +212,9 @@ bool TfmConfig::Close() {
 bool TfmConfig::CloseForRun() {
     if (!open_) {
         return true;
+    }
+    if (!TakeOverEdit()) {
+        return false;
     }
     if (const std::optional<TProblem> problem = FormClose()) {
         ShowNotice(ProblemText(*problem, &SystemErrorText));
@@ -230,6 +249,7 @@ void TfmConfig::CloseWithoutQuestion() {
 }
 
 void TfmConfig::acCloseExecute() {
+    refused_ = false;
     SetFocus(EdBackupPath.Edit());
     Close();
 }

@@ -34,11 +34,11 @@ public:
     // when the system refuses a window.
     void Show(HWND owner);
     bool IsOpen() const { return open_; }
-    // Closes the window as the user does. False when the settings could not be saved and the user wants to
-    // go on editing.
+    // Closes the window as the user does. False when it stays open: the settings could not be saved and the
+    // user wants to go on editing, or the table refused what he was entering, which he is told.
     bool Close();
-    // The same for a run that is about to begin, without a question: settings that cannot be saved stay open,
-    // with the reason, and false is returned.
+    // The same for a run that is about to begin, without a question: what cannot be saved stays open, with
+    // the reason, and false is returned.
     bool CloseForRun();
 
     // Called when the window has closed and all that was entered is in the table: losing it to a crash hours
@@ -90,6 +90,7 @@ private:
     void UpdateNoticeLine();
     void LoadFields();
     [[nodiscard]] std::optional<TProblem> SaveFields();
+    [[nodiscard]] bool TakeOverEdit();
     void ForgetCredentials();
     void InsertFolder(const std::wstring& folder);
     std::optional<std::wstring> AskForFolder(const std::wstring& startFolder);
@@ -117,6 +118,7 @@ private:
     TMessageFilter keyFilter_;
     HWND lastFocus_ = nullptr;
     bool open_ = false;
+    bool refused_ = false;  // an edit, since the window was last turned to or left
     // Known, and so written, is what could be read or was changed by the user; the fields hold the values.
     TSettings settings_;
 };

@@ -172,6 +172,7 @@ void TfmConfig::Paint() {
 
 // The system gives the focus to the window itself when it comes back, not to the control that had it.
 void TfmConfig::Activated(bool active) {
+    refused_ = false;
     if (!active) {
         lastFocus_ = GetFocus();
         return;
@@ -207,7 +208,7 @@ std::optional<LRESULT> TfmConfig::HandleMessage(UINT message, WPARAM wordParamet
     }
     switch (message) {
         case WM_CLOSE:
-            Close();
+            acCloseExecute();
             return 0;
         case WM_DESTROY:
             CloseWithoutQuestion();

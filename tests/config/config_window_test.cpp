@@ -334,6 +334,22 @@ TEST_F(ConfigWindow, APastedTextThatIsTooLongIsRefused) {
     FocusCell(0, kAktive);
     Type(L" ");
     EXPECT_EQ(window.Notice(), L"") << "what follows is good";
+
+    // Nothing closes over an edit that it has just dropped; whoever has seen that may close.
+    const std::function<bool()> closings[] = {
+        [&] { return window.acClose.Execute(), !window.IsOpen(); },
+        [&] { return SetFocus(owner), window.CloseForRun(); },
+    };
+    for (const auto& close : closings) {
+        Open();
+        FocusCell(0, kDirectory);
+        Press(VK_F2);
+        SetWindowTextW(window.cxGrid.EditorHandle(), std::wstring(300, L'x').c_str());
+        EXPECT_FALSE(close());
+        EXPECT_TRUE(window.IsOpen());
+        EXPECT_THAT(Bytes(window.Notice()), HasSubstr("300"));
+        EXPECT_TRUE(close());
+    }
 }
 
 TEST_F(ConfigWindow, SaysWhichRowRulesTheOthers) {
@@ -357,6 +373,12 @@ TEST_F(ConfigWindow, SaysWhichRowRulesTheOthers) {
     // Header and cut cell explain themselves.
     const TGridArea header = window.cxGrid.Layout().Header(window.cxGridDBTv.PositionOf(kHistory));
     EXPECT_THAT(Bytes(window.cxGrid.HintAt({header.left + 9, 5})), HasSubstr("Markierung"));
+    const std::wstring longFolder = L"C:\\" + std::wstring(250, L'x');
+    table.Edit();
+    table.Working().Directory = longFolder;
+    table.Post();
+    const TGridArea cell = window.cxGrid.Layout().Cell(0, window.cxGridDBTv.PositionOf(kDirectory));
+    EXPECT_EQ(window.cxGrid.HintAt({cell.left + 9, cell.top + 5}), longFolder);
 }
 
 // Asks as a NAS that sleeps: no answer to this folder until the test lets it come.
