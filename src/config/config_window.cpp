@@ -71,7 +71,9 @@ TfmConfig::TfmConfig(const TPlatformCalls& calls, TSourceFolderTable& memData,
     };
     dsMemData.OnChanged = [this] { RowsChanged(); };
     dsMemData.OnTaken = [this] { ShowNotice(settingsNotice_); };
-    dsMemData.IsMissing = [this](const SourceFolderRow& row) { return folderCheck_.IsMissing(row); };
+    dsMemData.IsMissing = [this](const SourceFolderRow& row) {
+        return row.Aktive.value_or(false) && folderCheck_.IsMissing(row);
+    };
 }
 
 TfmConfig::~TfmConfig() {

@@ -414,6 +414,8 @@ TEST_F(ConfigWindow, AFolderThatIsNotThereIsMarkedWithoutWaitingForOne) {
     Press(VK_RETURN);
     EXPECT_EQ(table.Rows()[1].Directory, L"C:\\auch nicht") << "nothing is refused";
     waitFor("Zeilen 2 und 3");
+    ClickCell(2, kAktive);
+    EXPECT_EQ(window.cxGrid.HintAt({mark.left + 3, mark.top + 3}), L"") << "a row that counts for nothing";
     EXPECT_TRUE(window.Close());
     window.Destroy();
     nasSleeps = false;
