@@ -14,6 +14,7 @@
 #include "ui/dark_mode.h"
 #include "ui/device_context.h"
 #include "ui/layout_store.h"
+#include "ui/rounded_box.h"
 #include "ui/system_theme.h"
 #include "ui/window_place.h"
 #include "ui/window_scale.h"
@@ -173,8 +174,12 @@ void TfmMain::Paint() {
     const int middle = (field.top + field.bottom) / 2;
     const RECT frame{field.left - scale_(5), middle - scale_(kFileFieldHeight) / 2, field.right + scale_(5),
                      middle + scale_(kFileFieldHeight) / 2};
-    FillArea(paint.Get(), frame, Theme().controlGround);
-    FrameArea(paint.Get(), frame, GetFocus() == dxBarStatic2_ ? Theme().accent : Theme().border, scale_(1));
+    PaintRoundedBox(paint.Get(), frame,
+                    {.ground = Theme().controlGround,
+                     .border = GetFocus() == dxBarStatic2_ ? Theme().accent : Theme().controlBorder,
+                     .outside = Theme().windowGround,
+                     .thickness = scale_(1),
+                     .radius = scale_(kCornerRadius)});
 }
 
 void TfmMain::ScaleChanged(TScale scale, const RECT& suggestedArea) {
