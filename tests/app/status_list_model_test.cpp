@@ -59,17 +59,6 @@ TEST(StatusListModel, SharesANarrowRowBetweenTextAndReason) {
     EXPECT_GE(shares(5, 100, 100).first, 0);
 }
 
-TEST(StatusListModel, PaintsUnknownAndMissingStatusAsFileNames) {
-    EXPECT_EQ(&StyleOfStatus(kInfoStatus), &Theme().infoRow);
-    EXPECT_EQ(&StyleOfStatus(kErrorStatus), &Theme().errorRow);
-    EXPECT_EQ(&StyleOfStatus(kIgnoreStatus), &Theme().ignoreRow);
-    for (const std::optional<int> status :
-         {std::optional<int>(0), std::optional<int>(), std::optional<int>(-2), std::optional<int>(3),
-          std::optional<int>(65535)}) {
-        EXPECT_EQ(&StyleOfStatus(status), &Theme().fileNameRow);
-    }
-}
-
 TEST(StatusListModel, HoldsAMillionPathsOfHundredLettersInFewBytesEach) {
     constexpr std::size_t kRows = 1'000'000;
     TStatusListModel model;

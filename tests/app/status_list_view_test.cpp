@@ -171,11 +171,9 @@ TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
     const struct {
         std::optional<int> status;
         TRowStyle style;
-    } kCases[] = {{kInfoStatus, Theme().infoRow},
-                  {kFileNameStatus, Theme().fileNameRow},
-                  {kErrorStatus, Theme().errorRow},
-                  {kIgnoreStatus, Theme().ignoreRow},
-                  {std::nullopt, Theme().fileNameRow}};
+    } kCases[] = {{kInfoStatus, Theme().infoRow},      {kFileNameStatus, Theme().fileNameRow},
+                  {kErrorStatus, Theme().errorRow},    {kIgnoreStatus, Theme().ignoreRow},
+                  {std::nullopt, Theme().fileNameRow}, {7, Theme().fileNameRow}};
     for (const auto& example : kCases) {
         model_.InsertAtTop(L"\u2588\u2588", example.status);  // solid blocks
     }
@@ -183,9 +181,9 @@ TEST_F(StatusListView, PaintsEveryStatusInItsColour) {
     Show();
     UpdateWindow(List());
     const HDC context = GetDC(List());
-    for (int row = 0; row < 5; ++row) {
+    for (int row = 0; row < 6; ++row) {
         const RECT area = AreaOfRow(row);
-        const TRowStyle& style = kCases[4 - row].style;
+        const TRowStyle& style = kCases[5 - row].style;
         int textPixels = 0;
         int groundPixels = 0;
         for (int x = area.left; x < area.left + 60; ++x) {
