@@ -59,8 +59,14 @@ void Collect(const TTrees& trees, const std::wstring& folder, std::vector<TPair>
 }
 
 void ReadBare(const std::wstring& path, std::vector<char>& block) {
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                    FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    LARGE_INTEGER size{};
+    FILETIME written{};
+    if (!GetFileSizeEx(file, &size) || !GetFileTime(file, nullptr, nullptr, &written)) {
+        throw std::runtime_error("a file has no size and date");
+    }
     DWORD read = 0;
     do {
         if (!ReadFile(file, block.data(), kBlock, &read, nullptr)) {
