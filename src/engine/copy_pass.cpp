@@ -287,7 +287,9 @@ void TCopyRun::FileCopied(const TCopyJob& job, const TCopyOutcome& outcome) {
     CopiedBytes += outcome.copied.bytes;
     with_.nasData.RecordCopiedFile(PathDigest(job.source),
                                    localTime_.ToLocal(outcome.attributes.data.ftLastWriteTime));
-    Queue(TDM::FormatFileSize(static_cast<double>(CopiedBytes)), TMessagePos::Bytes);
+    if (!checks_) {
+        Queue(TDM::FormatFileSize(static_cast<double>(CopiedBytes)), TMessagePos::Bytes);
+    }
     Queue(job.source, TMessagePos::Memo);
 }
 

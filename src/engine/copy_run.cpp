@@ -20,6 +20,12 @@ constexpr std::uint32_t kWaitForTask = 5000;
 // How many files may be copied and not yet told while the first of them takes its time.
 constexpr std::size_t kUntoldForEachThread = 4;
 
+// What a check has found counts also when it does not come to its end.
+bool IsResultOfCheck(const TTaskValue& value) {
+    const auto* problem = std::get_if<TProblem>(&value);
+    return std::holds_alternative<TVerifyCounts>(value) || (problem != nullptr && IsBadCopy(problem->what));
+}
+
 bool Controls(const std::unique_ptr<IOmniTaskControl>& control, const IOmniTask& task) {
     return control && control->Task().get() == &task;
 }
@@ -70,6 +76,8 @@ void TCopyRun::Prepare(TRunSettings settings) {
     order->configurationFolder = with_.configurationFolder;
     order->unattended = with_.unattended;
     order->onlyReads = order_.ChangesNothing();
+    // Where nothing was ever copied to, everything would be missing, and made anew on a wrong disk.
+    order->makesFolder = order_.copy;
     if (settings.useConnect) {
         order->logon = with_.shareLogon;
         order->user = std::move(settings.user);
@@ -154,11 +162,12 @@ bool TCopyRun::BeginScan() {
 }
 
 bool TCopyRun::Owns(const IOmniTask& task) const {
-    return Controls(preparationTask_, task) || Controls(FScanTask, task) || Controls(waitTask_, task);
+    return Controls(preparationTask_, task) || Controls(FScanTask, task) || Controls(waitTask_, task) ||
+           &task == endedCheck_.get();
 }
 
 void TCopyRun::TaskSent(TTaskMessage& message) {
-    if (stopped_ || isLost_) {
+    if ((stopped_ || isLost_) && !IsResultOfCheck(message.value)) {
         return;
     }
     if (const auto* problem = std::get_if<TProblem>(&message.value)) {
@@ -182,6 +191,13 @@ void TCopyRun::TaskSent(TTaskMessage& message) {
 }
 
 void TCopyRun::TellProblem(const TProblem& problem) {
+    if (IsBadCopy(problem.what)) {
+        return TellBadCopy(problem);
+    }
+    // A check after copying walks the same way, and sees the same on it.
+    if (order_.copy && order_.check && !told_.emplace(problem.what, problem.path).second) {
+        return;
+    }
     switch (problem.what) {
         case TProblemKind::SourceFolderMissing:
             // The window stays silent about it: a disk that is not plugged in today is nothing to wonder at.
@@ -192,12 +208,6 @@ void TCopyRun::TellProblem(const TProblem& problem) {
             // Left out on purpose, or not to be told good from bad: nothing is missing in the backup.
             log_.Problem(problem);
             return Report(ProblemText(problem, &SystemErrorText), TMessagePos::Ignore);
-        case TProblemKind::CopyMissing:
-        case TProblemKind::CopyIsFolder:
-        case TProblemKind::CopySizeDiffers:
-        case TProblemKind::CopyContentDiffers:
-        case TProblemKind::CopyUnreadable:
-            return TellBadCopy(problem);
         default:
             return ReportFailure(problem);
     }
@@ -250,6 +260,9 @@ void TCopyRun::EndTheTasks(const std::function<void()>& whileWaiting) {
         preparation->Terminate(kWaitForPreparation, whileWaiting);
         // With the claim that it may have taken: nobody asks for it any more.
         preparation_.reset();
+    }
+    if (checks_ && FScanTask) {
+        endedCheck_ = FScanTask->Task();
     }
     for (auto* task : {&FScanTask, &waitTask_}) {
         if (const std::unique_ptr<IOmniTaskControl> ending = std::move(*task)) {

@@ -9,8 +9,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "engine/copy_job.h"
@@ -213,9 +215,11 @@ private:
     std::uint64_t incompleteFolders_ = 0;
     std::uint64_t otherFailures_ = 0;
     std::uint64_t missingFolders_ = 0;
+    std::set<std::pair<TProblemKind, std::wstring>> told_;  // of a run that copies and checks
 
     // Of the check: whether it has begun, the records it goes by (none yet: those of nasData), its files.
     bool checks_ = false;
+    std::shared_ptr<IOmniTask> endedCheck_;  // stopped; what it still sent is told
     std::shared_ptr<const THashSnapshot> records_;
     bool recordsAreKnown_ = false;
     TVerifySlice slice_;

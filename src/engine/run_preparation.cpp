@@ -154,14 +154,14 @@ TPreparation PrepareRun(const TPlatformCalls& calls, TPreparationOrder& order, I
     preparation.notReached = ReachRoot(calls, order, task);
     order.user = {};
     order.password = {};
-    if (!preparation.notReached && order.onlyReads && !task.Terminated()) {
-        if (!FolderExists(calls, order.destination.HostFolder())) {
+    if (!preparation.notReached && !task.Terminated()) {
+        if (order.makesFolder) {
+            preparation.notReached = ReachHostFolder(calls, order.destination);
+        } else if (!FolderExists(calls, order.destination.HostFolder())) {
             preparation.broken =
                 TProblem{.what = TProblemKind::NothingToCheck, .path = order.destination.HostFolder()};
             return preparation;
         }
-    } else if (!preparation.notReached && !task.Terminated()) {
-        preparation.notReached = ReachHostFolder(calls, order.destination);
     }
     if (!preparation.notReached && !task.Terminated()) {
         preparation.claim = AwaitClaim(calls, order.destination, task);

@@ -33,6 +33,7 @@ struct TPreparationOrder {
     TSecret password;
     bool unattended = false;  // a destination that is not there yet is waited for
     bool onlyReads = false;   // nothing is made, or moved, at the destination
+    bool makesFolder = true;  // this computer's, where it is missing
 };
 
 // Keeps a second run from working on the same table at the same time: for as long as the object lives, others

@@ -52,6 +52,7 @@ bool TCopyRun::BeginCheck() {
                      IOmniTask& task) { TVerifyScan(task, calls, parameters).Run(); },
                  L"VerifyFiles", TTaskPriority::Normal);
     FScanTask->Run();
+    Report(kCheckingText, TMessagePos::Status);
     return true;
 }
 
@@ -70,6 +71,7 @@ void TCopyRun::CheckIsAt(const TVerifyProgress& progress) {
 }
 
 void TCopyRun::CheckHasEnded(const TVerifyCounts& counts) {
+    Report({}, TMessagePos::Status);
     Report(TDM::FormatFileSize(static_cast<double>(counts.bytes)), TMessagePos::Bytes);
     if (with_.progressWindow != nullptr) {
         SendValue(with_.progressWindow, kProgressResetMessage, 0);

@@ -1,5 +1,6 @@
 #include "engine/verify_scan.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -340,7 +341,8 @@ void TVerifyScan::TellProgress() {
     lastTold_ = now;
     const TJob& first = *pending_.front().front();
     Send(task_, TScanMessage::Verifying,
-         TVerifyProgress{first.file.source, shared_->bytes, first.done, first.size});
+         TVerifyProgress{first.file.source, shared_->bytes, std::min<std::uint64_t>(first.done, first.size),
+                         first.size});
 }
 
 void TVerifyScan::TellProblem(TProblem problem) {

@@ -57,6 +57,13 @@ enum class TProblemKind {
     NothingToCheck,      // path: this computer's folder, which the destination does not have
 };
 
+// Whether a check of the backup calls a copy bad by it.
+constexpr bool IsBadCopy(TProblemKind what) {
+    using enum TProblemKind;
+    return what == CopyMissing || what == CopyIsFolder || what == CopySizeDiffers ||
+           what == CopyContentDiffers || what == CopyUnreadable;
+}
+
 // One thing that went wrong. Holds no sentence: ProblemText (texts/problem_text.h) words it.
 struct TProblem {
     TProblemKind what = TProblemKind::Unexpected;

@@ -37,12 +37,6 @@ std::wstring DurationText(std::chrono::milliseconds duration) {
            TwoDigits(seconds % 60) + L" s";
 }
 
-bool IsBadCopy(TProblemKind what) {
-    return what == TProblemKind::CopyMissing || what == TProblemKind::CopyIsFolder ||
-           what == TProblemKind::CopySizeDiffers || what == TProblemKind::CopyContentDiffers ||
-           what == TProblemKind::CopyUnreadable;
-}
-
 const wchar_t* ResultText(int exitCode, bool onlyChecked) {
     switch (exitCode) {
         case 0:

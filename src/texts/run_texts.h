@@ -42,6 +42,9 @@ std::wstring CloudFilesText(std::int64_t files);
 std::wstring FailuresText(std::uint64_t files, std::uint64_t folders, std::uint64_t others,
                           bool onlyChecked = false);
 
+// In the status bar until the first file of a check is read.
+inline constexpr wchar_t kCheckingText[] = L"Prüfe die Sicherung..";
+
 inline constexpr wchar_t kSearchingText[] = L"Suche nach veränderten Daten..";
 
 // Shown as the current path while a run waits.

@@ -199,13 +199,15 @@ TEST_F(Check, AFailingCallMakesNoBadCopyGood) {
     }
     AddSource(source_.Path());
     Run();
-    destination_.Write(CopyOf(L"sub\\bad.txt"), "c0ntent", TestTime(0));
+    const std::wstring bad = CopyOf(L"sub\\bad.txt");
+    const std::wstring aside = CopyOf(L"sub\\bad #001.txt");
+    destination_.Write(bad, "c0ntent", TestTime(0));
     dm_.reset();
     calls_ = TWatchedCalls::Table();
     UseMovedClock(calls_);
     const auto before = Destination();
     int failed = 0;
-    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_NETNAME_DELETED, ERROR_INVALID_PARAMETER}) {
+    const auto failEachCall = [&](DWORD error, bool repair) {
         bool reached = true;
         for (int failing = 0; reached && !HasFailure(); ++failing) {
             dm_.reset();
@@ -218,17 +220,29 @@ TEST_F(Check, AFailingCallMakesNoBadCopyGood) {
                         call != std::string_view("WriteFile") && call != std::string_view("CloseHandle");
                     return matters && calls++ == failing ? error : ERROR_SUCCESS;
                 });
-                Run(kCheck);
+                Run({.copy = false, .check = TCheckOrder{.repair = repair}});
             }
             reached = calls > failing;
             failed += reached ? 1 : 0;
             EXPECT_TRUE(Bad().contains(L"bad.txt") || Dm().ExitCode() != TExitCode::AllCopied)
                 << "call " << failing << ", error " << error;
             EXPECT_FALSE(SaysInGrey(L"3 Kopien gut"));
+            const bool isKept = destination_.Read(bad) == "c0ntent" || destination_.Read(aside) == "c0ntent";
+            EXPECT_TRUE(isKept && destination_.Read(CopyOf(L"a.txt")) == "content" &&
+                        destination_.Read(CopyOf(L"sub\\c.txt")) == "content")
+                << "call " << failing << ", error " << error;
+            if (repair) {
+                DeleteFileW(destination_.At(aside).c_str());
+                destination_.Write(bad, "c0ntent", TestTime(0));
+            }
         }
+    };
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_NETNAME_DELETED, ERROR_INVALID_PARAMETER}) {
+        failEachCall(error, false);
     }
     EXPECT_GT(failed, 100);
     EXPECT_TRUE(Destination() == before);
+    failEachCall(ERROR_NETNAME_DELETED, true);
 }
 
 TEST_F(Check, ANasThatGoesAwayIsToldOnce) {
@@ -282,6 +296,7 @@ TEST_F(Check, AStopEndsItWithTheFilesUnderWay) {
     }
     EndRun();
     EXPECT_LT(read, 40) << "of 300";
+    EXPECT_TRUE(SaysInGrey(L"Prüfung, nicht beendet: "));
     EXPECT_EQ(Dm().ExitCode(), TExitCode::NotAllCopied);
 }
 
@@ -398,11 +413,22 @@ TEST_F(Check, WhatCouldNotBeCopiedIsNotRepaired) {
     const TWatchedCalls watch([&](const char* call, std::wstring_view) -> DWORD {
         return call == std::string_view("CopyFileEx") && ++attempts <= 2 ? ERROR_DISK_FULL : ERROR_SUCCESS;
     });
+    AddSource(destination_.Path() + L"\\" + HostName());
     Run({.copy = true, .check = TCheckOrder{.repair = true}});
+    EXPECT_EQ(Dm().Failures().others, 1U) << "what both see of the way is told once";
     EXPECT_EQ(attempts, 2);
     EXPECT_EQ(Dm().Failures().files, 1U);
     EXPECT_TRUE(SaysInGrey(L", 1 noch zu kopieren"));
     EXPECT_EQ(Dm().ExitCode(), TExitCode::NotAllCopied);
+}
+
+TEST_F(Check, MakesNoBackupWhereNoneIs) {
+    source_.Write(L"a.txt", "content", TestTime(0));
+    AddSource(source_.Path());
+    for (const bool repair : {false, true}) {
+        Run({.copy = false, .check = TCheckOrder{.repair = repair}});
+        EXPECT_TRUE(Destination().empty() && Dm().ExitCode() == TExitCode::NotAllCopied);
+    }
 }
 
 TEST_F(Check, PartByPartSeesEveryFileWhateverWasRemembered) {
