@@ -43,7 +43,11 @@ TEST(AskAcross, NobodyWaitsForAnAnswerOnceItIsClosed) {
     jobs.Add([doubling] { return doubling->Ask(1) + doubling->Ask(2); });
     EXPECT_EQ(jobs.TakeFirst(kLong), std::nullopt);
     doubling->Close(7);
-    EXPECT_EQ(jobs.TakeFirst(kLong), 14);
+    // The second question may wake as well.
+    std::optional<int> sum;
+    while (!(sum = jobs.TakeFirst(kLong))) {
+    }
+    EXPECT_EQ(sum, 14);
 }
 
 }  // namespace
