@@ -211,7 +211,13 @@ bool TfmMain::TranslateKey(const MSG& message) {
             const TShortcut& shortcut = action->Shortcut();
             if (!alt && shortcut.key == message.wParam && shortcut.control == control &&
                 shortcut.shift == shift) {
-                action->Execute();
+                // No key alone switches anything on: it leads to the button, where the space bar does.
+                if (const HWND button = toolBar_.ButtonOf(*action);
+                    action->Checkable() && button != nullptr) {
+                    SetFocus(button);
+                } else {
+                    action->Execute();
+                }
                 return true;
             }
         }

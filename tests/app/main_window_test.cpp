@@ -425,6 +425,18 @@ TEST_F(MainWindow, NoKeyMeantForAnotherButtonArmsTheShutdown) {
     EXPECT_TRUE(CopyIdle);
     EXPECT_EQ(GetFocus(), StartButton());
     EXPECT_FALSE(window.acShutDown.Checked());
+    BYTE keys[256]{};
+    keys[VK_CONTROL] = 0x80;
+    SetKeyboardState(keys);
+    press('H');
+    keys[VK_CONTROL] = 0;
+    SetKeyboardState(keys);
+    EXPECT_EQ(GetFocus(), FindWindowExW(ToolBar(), nullptr, L"BUTTON", MainTexts::ShutDown));
+    EXPECT_FALSE(window.acShutDown.Checked());
+    press(VK_SPACE);
+    EXPECT_TRUE(window.acShutDown.Checked());
+    press(VK_SPACE);
+    EXPECT_FALSE(window.acShutDown.Checked());
     // Another action that is disabled under the focus.
     SetFocus(FindWindowExW(ToolBar(), nullptr, L"BUTTON", L"Einstellen"));
     window.acStartCopy.Execute();
