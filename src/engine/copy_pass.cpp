@@ -101,7 +101,9 @@ void TCopyRun::TakeFailedFilesAgain() {
 }
 
 void TCopyRun::BeginFiles() {
-    while (!CopyFileList.empty() && underWay_.size() < mostUnderWay_ && interrupted_.empty() && !waitTask_ &&
+    // At the second attempt one at a time: a file that is too large for the room left takes it from no other.
+    const std::size_t most = triedAgain_ ? 1 : mostUnderWay_;
+    while (!CopyFileList.empty() && underWay_.size() < most && interrupted_.empty() && !waitTask_ &&
            !stopped_) {
         const std::shared_ptr<TCopyJob> job = NextJob();
         if (!targetsUnderWay_.insert(job->targetKey).second) {
